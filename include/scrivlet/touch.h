@@ -1,0 +1,32 @@
+// A touch as the platform reports it: positions, time, type, and the optional force and stylus angles.
+#pragma once
+
+#include <scrivlet/geometry.h>
+
+#include <optional>
+
+namespace scrivlet {
+
+class QnView;
+
+enum QnTouchType { kQnTouchTypeDirect = 0, kQnTouchTypeIndirect = 1, kQnTouchTypeStylus = 2 };
+
+// The optional members answer nothing when the platform does not offer them.
+class QnTouch {
+ public:
+  virtual ~QnTouch() = default;
+
+  virtual QnPoint locationInView(const QnView* view) const = 0;
+  virtual QnPoint previousLocationInView(const QnView* view) const = 0;
+  virtual std::optional<QnPoint> preciseLocationInView(const QnView*) const { return {}; }
+  virtual std::optional<QnPoint> precisePreviousLocationInView(const QnView*) const { return {}; }
+  // Seconds on a monotonic clock.
+  virtual double timestamp() const = 0;
+  virtual int type() const { return kQnTouchTypeDirect; }
+  virtual std::optional<double> force() const { return {}; }
+  virtual std::optional<double> maximumPossibleForce() const { return {}; }
+  virtual std::optional<double> azimuthAngleInView(const QnView*) const { return {}; }
+  virtual std::optional<double> altitudeAngle() const { return {}; }
+};
+
+}  // namespace scrivlet

@@ -1,0 +1,92 @@
+// A view: a rectangle in its superview with subviews, display requests and geometry observers.
+#pragma once
+
+#include <scrivlet/geometry.h>
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace scrivlet {
+
+class CGContext;
+
+// Observed geometry lives on the view itself or on its backing layer, as on a touch platform.
+enum class QnGeometryTarget { view, layer };
+
+class QnView : public std::enable_shared_from_this<QnView> {
+ public:
+  explicit QnView(QnRect frame = {});
+  virtual ~QnView();
+  QnView(const QnView&) = delete;
+  QnView& operator=(const QnView&) = delete;
+
+  QnRect frame() const { return frame_; }
+  // Stores the frame and notifies the observers of every geometry key it changes.
+  void setFrame(const QnRect& frame);
+  // The view's own coordinate space: origin (0, 0), the frame's size.
+  QnRect bounds() const { return {{0, 0}, frame_.size}; }
+
+  bool isHidden() const { return hidden_; }
+  void setHidden(bool hidden) { hidden_ = hidden; }
+  int tag() const { return tag_; }
+  void setTag(int tag) { tag_ = tag; }
+  bool isUserInteractionEnabled() const { return userInteractionEnabled_; }
+  void setUserInteractionEnabled(bool enabled) { userInteractionEnabled_ = enabled; }
+
+  void addSubview(const std::shared_ptr<QnView>& view);
+  void removeFromSuperview();
+  const std::vector<std::shared_ptr<QnView>>& subviews() const { return subviews_; }
+  std::shared_ptr<QnView> superview() const { return superview_.lock(); }
+
+  // Asks for the whole view, or a part of it, to be drawn again.
+  void setNeedsDisplay();
+  void setNeedsDisplayInRect(const QnRect& rect);
+  bool needsDisplay() const { return needsDisplay_; }
+  // The union of the areas asked for since the last display.
+  QnRect dirtyRect() const { return dirtyRect_; }
+  // How many display requests the view has had in its life.
+  uint64_t displayRequestCount() const { return displayRequests_; }
+  // Draws the view and then its visible subviews, each in its own frame, and clears the request.
+  void displayInContext(CGContext& context);
+
+  // Draws the view's own content in its bounds; a plain view draws nothing.
+  virtual void drawRect(CGContext& context, const QnRect& rect);
+
+  using ObserverToken = uint64_t;
+  using GeometryObserver = std::function<void(QnGeometryTarget target, const std::string& key)>;
+  ObserverToken addGeometryObserver(QnGeometryTarget target, const std::string& key,
+                                    GeometryObserver observer);
+  void removeGeometryObserver(ObserverToken token);
+  size_t geometryObserverCount() const { return observers_.size(); }
+  // Tells the observers of one key that it changed, as a rotation or a layer change would.
+  void notifyGeometryChange(QnGeometryTarget target, const std::string& key);
+
+ protected:
+  // Called on every display request; a backend schedules its repaint here.
+  virtual void displayRequested(const QnRect&) {}
+
+ private:
+  struct Observation {
+    ObserverToken token;
+    QnGeometryTarget target;
+    std::string key;
+    GeometryObserver observer;
+  };
+
+  QnRect frame_;
+  bool hidden_ = false;
+  int tag_ = 0;
+  bool userInteractionEnabled_ = true;
+  std::vector<std::shared_ptr<QnView>> subviews_;
+  std::weak_ptr<QnView> superview_;
+  bool needsDisplay_ = false;
+  QnRect dirtyRect_;
+  uint64_t displayRequests_ = 0;
+  std::vector<Observation> observers_;
+  ObserverToken nextToken_ = 1;
+};
+
+}  // namespace scrivlet

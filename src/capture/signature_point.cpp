@@ -1,0 +1,75 @@
+// Signature points from touches, and their kinematics.
+#include <scrivlet/signature_point.h>
+
+#include <scrivlet/touch.h>
+
+#include "platform/format.h"
+
+namespace scrivlet {
+
+namespace {
+constexpr float kUprightAltitude = 1.5707963267948966f;  // pi/2, a pen held upright
+}
+
+QnSignaturePoint QnSignaturePoint::pointWithTouchInView(const QnTouch* touch, const QnView* view) {
+  QnSignaturePoint point;
+  point.location = locationOfTouchInView(touch, view);
+  point.velocity = {0, 0};
+  point.acceleration = {0, 0};
+  point.timestamp = touch ? touch->timestamp() : 0.0;
+  point.azimuthAngle = azimuthAngleForTouchInView(touch, view);
+  point.altitudeAngle = altitudeAngleForTouch(touch);
+  point.pressure = pressureForTouch(touch);
+  point.diameter = 0;
+  point.id = 0;
+  return point;
+}
+
+QnPoint QnSignaturePoint::locationOfTouchInView(const QnTouch* touch, const QnView* view) {
+  if (!touch) return {0, 0};
+  if (auto precise = touch->preciseLocationInView(view)) return *precise;
+  return touch->locationInView(view);
+}
+
+float QnSignaturePoint::azimuthAngleForTouchInView(const QnTouch* touch, const QnView* view) {
+  if (!touch) return 0;
+  return static_cast<float>(touch->azimuthAngleInView(view).value_or(0.0));
+}
+
+float QnSignaturePoint::altitudeAngleForTouch(const QnTouch* touch) {
+  if (!touch) return kUprightAltitude;
+  if (auto altitude = touch->altitudeAngle()) return static_cast<float>(*altitude);
+  return kUprightAltitude;
+}
+
+float QnSignaturePoint::pressureForTouch(const QnTouch* touch) {
+  if (!touch) return 0;
+  std::optional<double> maximum = touch->maximumPossibleForce();
+  if (!maximum || *maximum == 0) return 0;
+  return static_cast<float>(touch->force().value_or(0.0) / *maximum);
+}
+
+void QnSignaturePoint::updateVelocityAndAccelerationWithPreviousPointMetersPerPoint(
+    const QnSignaturePoint& previous, float metersPerPoint) {
+  double dt = timestamp - previous.timestamp;
+  if (dt > 0) {
+    double m = metersPerPoint;
+    velocity.x = (location.x - previous.location.x) * m / dt;
+    velocity.y = (location.y - previous.location.y) * m / dt;
+    acceleration.x = (velocity.x - previous.velocity.x) / dt;
+    acceleration.y = (velocity.y - previous.velocity.y) / dt;
+  } else {
+    velocity = {0, 0};
+    acceleration = {0, 0};
+  }
+}
+
+std::string QnSignaturePoint::description() const {
+  return cformat(
+      "\nlocation: %f,%f\nvelocity: %f,%f\nacceleration: %f,%f\ntimestamp: %f\nazimuthAngle: "
+      "%f\naltitudeAngle: %f\npressure: %f\ndiameter: %f\nid: %lu",
+      location.x, location.y, velocity.x, velocity.y, acceleration.x, acceleration.y, timestamp,
+      azimuthAngle, altitudeAngle, pressure, diameter, static_cast<unsigned long>(id));
+}
+
+}  // namespace scrivlet

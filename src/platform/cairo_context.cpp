@@ -1,0 +1,227 @@
+// CoreGraphics drawing on cairo: separate fill and stroke colours, a global alpha, the clear blend
+// mode, and a zero-blur shadow drawn as an offset copy beneath each shape.
+#include "platform/cairo_context.h"
+
+#include "platform/fonts.h"
+#include "platform/image.h"
+
+#include <cairo.h>
+
+#include <cmath>
+
+namespace scrivlet {
+
+CairoContext::CairoContext(cairo_t* cr) : cr_(cairo_reference(cr)) {
+  cairo_matrix_t m;
+  cairo_get_matrix(cr_, &m);
+  baseMatrix_[0] = m.xx, baseMatrix_[1] = m.yx, baseMatrix_[2] = m.xy;
+  baseMatrix_[3] = m.yy, baseMatrix_[4] = m.x0, baseMatrix_[5] = m.y0;
+}
+
+CairoContext::~CairoContext() { cairo_destroy(cr_); }
+
+void CairoContext::scaleCTM(double sx, double sy) {
+  // cairo refuses a singular matrix and would stop drawing for good; CoreGraphics draws nothing.
+  if (sx == 0 || sy == 0 || !std::isfinite(sx) || !std::isfinite(sy)) return;
+  cairo_scale(cr_, sx, sy);
+}
+
+void CairoContext::translateCTM(double tx, double ty) {
+  if (!std::isfinite(tx) || !std::isfinite(ty)) return;
+  cairo_translate(cr_, tx, ty);
+}
+
+void CairoContext::saveGState() {
+  cairo_save(cr_);
+  saved_.push_back(state_);
+}
+
+void CairoContext::restoreGState() {
+  if (saved_.empty()) return;
+  cairo_restore(cr_);
+  state_ = saved_.back();
+  saved_.pop_back();
+}
+
+void CairoContext::setBlendMode(int mode) { state_.blendMode = mode; }
+void CairoContext::setFillColor(const QnColor& color) { state_.fill = color; }
+void CairoContext::setStrokeColor(const QnColor& color) { state_.stroke = color; }
+void CairoContext::setAlpha(double alpha) { state_.alpha = alpha; }
+
+void CairoContext::setLineWidth(double width) {
+  if (std::isfinite(width) && width >= 0) cairo_set_line_width(cr_, width);
+}
+
+void CairoContext::setLineJoin(int join) {
+  cairo_set_line_join(cr_, join == kQnLineJoinRound   ? CAIRO_LINE_JOIN_ROUND
+                           : join == kQnLineJoinBevel ? CAIRO_LINE_JOIN_BEVEL
+                                                      : CAIRO_LINE_JOIN_MITER);
+}
+
+void CairoContext::setLineCap(int cap) {
+  cairo_set_line_cap(cr_, cap == kQnLineCapRound    ? CAIRO_LINE_CAP_ROUND
+                          : cap == kQnLineCapSquare ? CAIRO_LINE_CAP_SQUARE
+                                                    : CAIRO_LINE_CAP_BUTT);
+}
+
+void CairoContext::setMiterLimit(double limit) {
+  if (std::isfinite(limit)) cairo_set_miter_limit(cr_, limit);
+}
+
+void CairoContext::setShadow(QnSize offset, double, const QnColor& color) {
+  state_.shadowOffset = offset;
+  state_.shadowColor = color;
+}
+
+void CairoContext::setTextDrawingMode(int mode) { state_.textMode = mode; }
+
+void CairoContext::beginPath() { cairo_new_path(cr_); }
+
+// cairo puts itself in a permanent error state on non-finite coordinates; such a point is dropped.
+static bool finite(double a, double b) { return std::isfinite(a) && std::isfinite(b); }
+
+void CairoContext::moveToPoint(double x, double y) {
+  if (finite(x, y)) cairo_move_to(cr_, x, y);
+}
+
+void CairoContext::addLineToPoint(double x, double y) {
+  if (finite(x, y)) cairo_line_to(cr_, x, y);
+}
+
+void CairoContext::addCurveToPoint(double cp1x, double cp1y, double cp2x, double cp2y, double x,
+                                   double y) {
+  if (finite(cp1x, cp1y) && finite(cp2x, cp2y) && finite(x, y))
+    cairo_curve_to(cr_, cp1x, cp1y, cp2x, cp2y, x, y);
+}
+
+void CairoContext::addArc(double x, double y, double radius, double startAngle, double endAngle,
+                          int clockwise) {
+  if (!finite(x, y) || !finite(startAngle, endAngle) || !std::isfinite(radius) || radius < 0)
+    return;
+  // In top-left, y-down space cairo_arc runs the way CoreGraphics draws with clockwise 0.
+  if (clockwise)
+    cairo_arc_negative(cr_, x, y, radius, startAngle, endAngle);
+  else
+    cairo_arc(cr_, x, y, radius, startAngle, endAngle);
+}
+
+void CairoContext::closePath() { cairo_close_path(cr_); }
+
+void CairoContext::drawPath(int mode) {
+  switch (mode) {
+    case kQnPathFill: paint(true, false, false); break;
+    case kQnPathEOFill: paint(true, true, false); break;
+    case kQnPathStroke: paint(false, false, true); break;
+    case kQnPathFillStroke: paint(true, false, true); break;
+    case kQnPathEOFillStroke: paint(true, true, true); break;
+    default: break;
+  }
+  cairo_new_path(cr_);
+}
+
+void CairoContext::fillRect(const QnRect& rect) {
+  cairo_path_t* kept = cairo_copy_path(cr_);
+  cairo_new_path(cr_);
+  cairo_rectangle(cr_, rect.origin.x, rect.origin.y, rect.size.width, rect.size.height);
+  paint(true, false, false);
+  cairo_new_path(cr_);
+  cairo_append_path(cr_, kept);
+  cairo_path_destroy(kept);
+}
+
+void CairoContext::drawImage(const QnImage& image, const QnRect& rect) {
+  QnSize size = image.size();
+  if (image.isNull() || size.width <= 0 || size.height <= 0 || rect.size.width <= 0 ||
+      rect.size.height <= 0 || !finite(rect.origin.x, rect.origin.y))
+    return;
+  cairo_save(cr_);
+  cairo_translate(cr_, rect.origin.x, rect.origin.y);
+  cairo_scale(cr_, rect.size.width / image.pixelWidth(), rect.size.height / image.pixelHeight());
+  cairo_set_source_surface(cr_, image.surface(), 0, 0);
+  cairo_pattern_set_filter(cairo_get_source(cr_), CAIRO_FILTER_GOOD);
+  cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
+  cairo_paint_with_alpha(cr_, state_.alpha);
+  cairo_restore(cr_);
+}
+
+void CairoContext::showText(const std::string& text, QnPoint topLeft, double fontSize,
+                            const QnColor& color) {
+  if (state_.textMode == kQnTextInvisible || text.empty() || !finite(topLeft.x, topLeft.y) ||
+      !std::isfinite(fontSize))
+    return;
+  cairo_path_t* kept = cairo_copy_path(cr_);
+  cairo_new_path(cr_);
+  cairo_set_font_face(cr_, boldFontFace());
+  cairo_set_font_size(cr_, fontSize);
+  cairo_font_extents_t extents;
+  cairo_font_extents(cr_, &extents);
+  cairo_move_to(cr_, topLeft.x, topLeft.y + extents.ascent);
+  cairo_text_path(cr_, text.c_str());
+  QnColor savedFill = state_.fill;
+  QnColor savedStroke = state_.stroke;
+  state_.fill = state_.stroke = color;
+  bool stroke = state_.textMode == kQnTextStroke || state_.textMode == kQnTextFillStroke;
+  paint(state_.textMode != kQnTextStroke, false, stroke);
+  state_.fill = savedFill;
+  state_.stroke = savedStroke;
+  cairo_new_path(cr_);
+  cairo_append_path(cr_, kept);
+  cairo_path_destroy(kept);
+}
+
+void CairoContext::setSource(const QnColor& color) {
+  QnColor::RGBA c = color.rgba();
+  cairo_set_source_rgba(cr_, c.r, c.g, c.b, c.a * state_.alpha);
+}
+
+bool CairoContext::hasShadow() const {
+  return state_.shadowColor.rgba().a != 0 &&
+         (state_.shadowOffset.width != 0 || state_.shadowOffset.height != 0);
+}
+
+void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
+  cairo_set_operator(cr_, state_.blendMode == kQnBlendModeClear ? CAIRO_OPERATOR_CLEAR
+                                                                : CAIRO_OPERATOR_OVER);
+  if (hasShadow() && state_.blendMode != kQnBlendModeClear) paintShadow(fill, evenOdd, stroke);
+  if (fill) {
+    setSource(state_.fill);
+    cairo_set_fill_rule(cr_, evenOdd ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
+    cairo_fill_preserve(cr_);
+  }
+  if (stroke) {
+    setSource(state_.stroke);
+    cairo_stroke_preserve(cr_);
+  }
+  cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
+}
+
+void CairoContext::paintShadow(bool fill, bool evenOdd, bool stroke) {
+  // The offset is given in the context's base space, so it does not grow with a later scale.
+  cairo_matrix_t base;
+  cairo_matrix_init(&base, baseMatrix_[0], baseMatrix_[1], baseMatrix_[2], baseMatrix_[3],
+                    baseMatrix_[4], baseMatrix_[5]);
+  double dx = state_.shadowOffset.width, dy = state_.shadowOffset.height;
+  cairo_matrix_transform_distance(&base, &dx, &dy);
+
+  cairo_path_t* path = cairo_copy_path(cr_);
+  cairo_matrix_t user, shifted, translation;
+  cairo_get_matrix(cr_, &user);
+  cairo_matrix_init_translate(&translation, dx, dy);
+  cairo_matrix_multiply(&shifted, &user, &translation);
+  cairo_save(cr_);
+  cairo_set_matrix(cr_, &shifted);
+  cairo_new_path(cr_);
+  cairo_append_path(cr_, path);
+  setSource(state_.shadowColor);
+  if (fill) {
+    cairo_set_fill_rule(cr_, evenOdd ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
+    cairo_fill_preserve(cr_);
+  }
+  if (stroke) cairo_stroke_preserve(cr_);
+  cairo_restore(cr_);
+  cairo_new_path(cr_);
+  cairo_append_path(cr_, path);
+  cairo_path_destroy(path);
+}
+
+}  // namespace scrivlet

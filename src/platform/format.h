@@ -1,0 +1,21 @@
+// C printf formatting that ignores the process locale: "%f" always gives "6.000000".
+#pragma once
+
+#include <string>
+
+namespace scrivlet {
+
+// printf-style formatting in the "C" locale, whatever locale the host has set.
+std::string cformat(const char* format, ...) __attribute__((format(printf, 1, 2)));
+
+// The formats the outputs use, one helper each.
+inline std::string formatF(double v) { return cformat("%f", v); }
+inline std::string formatD(int v) { return cformat("%d", v); }
+// "%hd" and "%hu" take an int and write it as a 16-bit value, wrapping like C does.
+inline std::string formatHd(int v) { return cformat("%hd", static_cast<short>(v)); }
+inline std::string formatHu(int v) { return cformat("%hu", static_cast<unsigned short>(v)); }
+inline std::string format02lX(long v) { return cformat("%02lX", static_cast<unsigned long>(v)); }
+inline std::string format02x(unsigned v) { return cformat("%02x", v); }
+inline std::string formatLu(unsigned long v) { return cformat("%lu", v); }
+
+}  // namespace scrivlet

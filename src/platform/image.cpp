@@ -1,0 +1,123 @@
+// Images and bitmap contexts on cairo image surfaces.
+#include "platform/image.h"
+
+#include "platform/cairo_context.h"
+
+#include <cairo.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace scrivlet {
+
+namespace {
+
+constexpr double kMaxPixels = 32767;  // cairo's largest image side
+
+int pixelCount(double points, double scale) {
+  double pixels = points * scale;
+  if (!std::isfinite(pixels) || pixels <= 0) return 0;
+  return static_cast<int>(std::min(pixels, kMaxPixels));
+}
+
+std::shared_ptr<cairo_surface_t> adopt(cairo_surface_t* surface) {
+  return std::shared_ptr<cairo_surface_t>(surface, cairo_surface_destroy);
+}
+
+struct ReadCursor {
+  const std::vector<uint8_t>* bytes;
+  size_t offset;
+};
+
+cairo_status_t readBytes(void* closure, unsigned char* data, unsigned int length) {
+  auto* cursor = static_cast<ReadCursor*>(closure);
+  if (cursor->offset + length > cursor->bytes->size()) return CAIRO_STATUS_READ_ERROR;
+  std::memcpy(data, cursor->bytes->data() + cursor->offset, length);
+  cursor->offset += length;
+  return CAIRO_STATUS_SUCCESS;
+}
+
+cairo_status_t appendBytes(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::vector<uint8_t>*>(closure)->insert(
+      static_cast<std::vector<uint8_t>*>(closure)->end(), data, data + length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+}  // namespace
+
+QnImage::QnImage(cairo_surface_t* surface, double scale) : surface_(adopt(surface)), scale_(scale) {}
+
+QnImage QnImage::decodePNG(const std::vector<uint8_t>& bytes, double scale) {
+  ReadCursor cursor{&bytes, 0};
+  cairo_surface_t* surface = cairo_image_surface_create_from_png_stream(readBytes, &cursor);
+  if (cairo_surface_status(surface) != CAIRO_STATUS_SUCCESS) {
+    cairo_surface_destroy(surface);
+    return {};
+  }
+  return QnImage(surface, scale);
+}
+
+std::vector<uint8_t> QnImage::encodePNG() const {
+  std::vector<uint8_t> bytes;
+  if (surface_ && cairo_surface_write_to_png_stream(surface_.get(), appendBytes, &bytes) !=
+                      CAIRO_STATUS_SUCCESS)
+    bytes.clear();
+  return bytes;
+}
+
+int QnImage::pixelWidth() const { return surface_ ? cairo_image_surface_get_width(surface_.get()) : 0; }
+int QnImage::pixelHeight() const {
+  return surface_ ? cairo_image_surface_get_height(surface_.get()) : 0;
+}
+
+QnSize QnImage::size() const {
+  if (!surface_ || scale_ <= 0) return {};
+  return {pixelWidth() / scale_, pixelHeight() / scale_};
+}
+
+QnImage::Pixel QnImage::pixelAt(int x, int y) const {
+  if (!surface_ || x < 0 || y < 0 || x >= pixelWidth() || y >= pixelHeight()) return {};
+  cairo_surface_flush(surface_.get());
+  const unsigned char* row =
+      cairo_image_surface_get_data(surface_.get()) + y * cairo_image_surface_get_stride(surface_.get());
+  uint32_t argb;
+  std::memcpy(&argb, row + 4 * x, 4);
+  return {static_cast<uint8_t>(argb >> 16), static_cast<uint8_t>(argb >> 8),
+          static_cast<uint8_t>(argb), static_cast<uint8_t>(argb >> 24)};
+}
+
+QnBitmapContext::QnBitmapContext(QnSize sizeInPoints, double scale)
+    : surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32,
+                                          pixelCount(sizeInPoints.width, scale),
+                                          pixelCount(sizeInPoints.height, scale))),
+      scale_(scale) {
+  cairo_t* cr = cairo_create(surface_);
+  if (std::isfinite(scale) && scale > 0) cairo_scale(cr, scale, scale);
+  context_ = std::make_unique<CairoContext>(cr);
+  cairo_destroy(cr);
+}
+
+QnBitmapContext::~QnBitmapContext() {
+  context_.reset();
+  cairo_surface_destroy(surface_);
+}
+
+CGContext& QnBitmapContext::context() { return *context_; }
+
+QnImage QnBitmapContext::makeImage() const {
+  cairo_surface_flush(surface_);
+  int w = pixelWidth(), h = pixelHeight();
+  cairo_surface_t* copy = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
+  cairo_t* cr = cairo_create(copy);
+  cairo_set_source_surface(cr, surface_, 0, 0);
+  cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+  cairo_paint(cr);
+  cairo_destroy(cr);
+  return QnImage(copy, scale_);
+}
+
+int QnBitmapContext::pixelWidth() const { return cairo_image_surface_get_width(surface_); }
+int QnBitmapContext::pixelHeight() const { return cairo_image_surface_get_height(surface_); }
+
+}  // namespace scrivlet

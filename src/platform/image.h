@@ -1,0 +1,70 @@
+// Raster images (premultiplied ARGB pixels with a scale), PNG coding, and bitmap drawing contexts.
+#pragma once
+
+#include "platform/cg_context.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+typedef struct _cairo_surface cairo_surface_t;
+
+namespace scrivlet {
+
+class CairoContext;
+
+class QnImage {
+ public:
+  QnImage() = default;
+  // Takes over the reference to an image surface.
+  QnImage(cairo_surface_t* surface, double scale);
+
+  // An empty image when the bytes are not a PNG.
+  static QnImage decodePNG(const std::vector<uint8_t>& bytes, double scale = 1.0);
+  // Empty bytes for an empty image.
+  std::vector<uint8_t> encodePNG() const;
+
+  bool isNull() const { return !surface_; }
+  int pixelWidth() const;
+  int pixelHeight() const;
+  double scale() const { return scale_; }
+  // The size in points: pixels divided by the scale.
+  QnSize size() const;
+  QnImage withScale(double scale) const { return QnImage(surface_, scale); }
+
+  struct Pixel {
+    uint8_t r = 0, g = 0, b = 0, a = 0;  // premultiplied
+  };
+  Pixel pixelAt(int x, int y) const;
+
+  cairo_surface_t* surface() const { return surface_.get(); }
+
+ private:
+  QnImage(std::shared_ptr<cairo_surface_t> surface, double scale)
+      : surface_(std::move(surface)), scale_(scale) {}
+  std::shared_ptr<cairo_surface_t> surface_;
+  double scale_ = 1.0;
+};
+
+// A transparent bitmap of (width * scale) by (height * scale) pixels whose context draws in points.
+class QnBitmapContext {
+ public:
+  QnBitmapContext(QnSize sizeInPoints, double scale);
+  ~QnBitmapContext();
+  QnBitmapContext(const QnBitmapContext&) = delete;
+  QnBitmapContext& operator=(const QnBitmapContext&) = delete;
+
+  CGContext& context();
+  // A snapshot of the pixels as they are now.
+  QnImage makeImage() const;
+  int pixelWidth() const;
+  int pixelHeight() const;
+  double scale() const { return scale_; }
+
+ private:
+  cairo_surface_t* surface_;
+  std::unique_ptr<CairoContext> context_;
+  double scale_;
+};
+
+}  // namespace scrivlet

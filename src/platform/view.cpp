@@ -1,0 +1,88 @@
+// The view model shared by every backend.
+#include <scrivlet/view.h>
+
+#include "platform/cg_context.h"
+
+#include <algorithm>
+
+namespace scrivlet {
+
+QnView::QnView(QnRect frame) : frame_(frame) {}
+
+QnView::~QnView() {
+  for (auto& child : subviews_) child->superview_.reset();
+}
+
+void QnView::setFrame(const QnRect& frame) {
+  QnRect old = frame_;
+  frame_ = frame;
+  // A frame change is seen on the layer as a move of its position and a change of its bounds.
+  if (old.origin != frame.origin || old.size != frame.size)
+    notifyGeometryChange(QnGeometryTarget::layer, "position");
+  if (old.size != frame.size) notifyGeometryChange(QnGeometryTarget::layer, "bounds");
+  notifyGeometryChange(QnGeometryTarget::layer, "frame");
+  notifyGeometryChange(QnGeometryTarget::view, "frame");
+}
+
+void QnView::addSubview(const std::shared_ptr<QnView>& view) {
+  if (!view || view.get() == this) return;
+  view->removeFromSuperview();
+  subviews_.push_back(view);
+  view->superview_ = weak_from_this();
+}
+
+void QnView::removeFromSuperview() {
+  std::shared_ptr<QnView> parent = superview_.lock();
+  superview_.reset();
+  if (!parent) return;
+  auto& siblings = parent->subviews_;
+  siblings.erase(std::remove_if(siblings.begin(), siblings.end(),
+                                [this](const std::shared_ptr<QnView>& v) { return v.get() == this; }),
+                 siblings.end());
+}
+
+void QnView::setNeedsDisplay() { setNeedsDisplayInRect(bounds()); }
+
+void QnView::setNeedsDisplayInRect(const QnRect& rect) {
+  dirtyRect_ = needsDisplay_ ? rectUnion(dirtyRect_, rect) : rect;
+  needsDisplay_ = true;
+  ++displayRequests_;
+  displayRequested(rect);
+}
+
+void QnView::displayInContext(CGContext& context) {
+  drawRect(context, bounds());
+  needsDisplay_ = false;
+  dirtyRect_ = QnRectZero;
+  for (const auto& child : subviews_) {
+    if (child->isHidden()) continue;
+    context.saveGState();
+    context.translateCTM(child->frame().origin.x, child->frame().origin.y);
+    child->displayInContext(context);
+    context.restoreGState();
+  }
+}
+
+void QnView::drawRect(CGContext&, const QnRect&) {}
+
+QnView::ObserverToken QnView::addGeometryObserver(QnGeometryTarget target, const std::string& key,
+                                                  GeometryObserver observer) {
+  ObserverToken token = nextToken_++;
+  observers_.push_back({token, target, key, std::move(observer)});
+  return token;
+}
+
+void QnView::removeGeometryObserver(ObserverToken token) {
+  auto it = std::find_if(observers_.begin(), observers_.end(),
+                         [token](const Observation& o) { return o.token == token; });
+  if (it != observers_.end()) observers_.erase(it);
+}
+
+void QnView::notifyGeometryChange(QnGeometryTarget target, const std::string& key) {
+  // Observers may add or remove observations while being told; work on a copy.
+  std::vector<Observation> current = observers_;
+  for (const Observation& o : current)
+    if (o.target == target && o.key == key && o.observer) o.observer(target, key);
+}
+
+}  // namespace scrivlet

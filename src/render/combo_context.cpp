@@ -1,0 +1,208 @@
+// Raster drawing passed on to the wrapped context, or SVG path data and elements recorded as text.
+#include "render/combo_context.h"
+
+#include "platform/cg_context.h"
+#include "platform/format.h"
+
+#include <cmath>
+
+namespace scrivlet {
+
+namespace {
+constexpr double kPi = 3.141592653589793;
+const char* const kSVGNamespace = "http://www.w3.org/2000/svg";
+}  // namespace
+
+QnComboContext::QnComboContext(CGContext* context) : context_(context) {}
+
+void QnComboContext::setScaleCTMXY(float x, float y) {
+  if (isSVG_)
+    scale_ = {x, y};
+  else if (context_)
+    context_->scaleCTM(x, y);
+}
+
+void QnComboContext::setTranslateCTMXY(float x, float y) {
+  if (isSVG_)
+    translate_ = {x, y};
+  else if (context_)
+    context_->translateCTM(x, y);
+}
+
+void QnComboContext::clearRect(const QnRect& rect) {
+  if (!drawsRaster()) return;
+  context_->setBlendMode(kQnBlendModeClear);
+  context_->setFillColor(QnColor(0, 0, 0, 0));
+  context_->fillRect(rect);
+  context_->setBlendMode(kQnBlendModeNormal);
+}
+
+void QnComboContext::setStrokeColorWithColor(const QnColor& color) {
+  if (isSVG_)
+    strokeColorString_ = hexStringFromColor(color);
+  else if (context_)
+    context_->setStrokeColor(color);
+}
+
+void QnComboContext::setFillColorWithColor(const QnColor& color) {
+  if (isSVG_)
+    fillColorString_ = hexStringFromColor(color);
+  else if (context_)
+    context_->setFillColor(color);
+}
+
+void QnComboContext::setAlpha(double alpha) {
+  if (isSVG_)
+    opacity_ = alpha;
+  else if (context_)
+    context_->setAlpha(alpha);
+}
+
+void QnComboContext::setLineWidth(double width) {
+  if (isSVG_)
+    strokeLineWidth_ = static_cast<float>(width);
+  else if (context_)
+    context_->setLineWidth(width);
+}
+
+void QnComboContext::setLineJoin(int join) {
+  if (isSVG_)
+    strokeLineJoin_ = join;
+  else if (context_)
+    context_->setLineJoin(join);
+}
+
+void QnComboContext::setLineCap(int cap) {
+  if (isSVG_)
+    strokeLineCap_ = cap;
+  else if (context_)
+    context_->setLineCap(cap);
+}
+
+void QnComboContext::beginPath() {
+  if (isSVG_)
+    pathString_.emplace();
+  else if (context_)
+    context_->beginPath();
+}
+
+void QnComboContext::moveToPoint(QnPoint point) {
+  if (isSVG_) {
+    QnPoint p = st(point);
+    appendToPath(cformat("M %f %f ", p.x, p.y));
+  } else if (context_) {
+    context_->moveToPoint(point.x, point.y);
+  }
+}
+
+void QnComboContext::addLineToPoint(QnPoint point) {
+  if (isSVG_) {
+    QnPoint p = st(point);
+    appendToPath(cformat("L %f %f ", p.x, p.y));
+  } else if (context_) {
+    context_->addLineToPoint(point.x, point.y);
+  }
+}
+
+void QnComboContext::addCurveToPointCp1Cp2Point(QnPoint cp1, QnPoint cp2, QnPoint point) {
+  if (isSVG_) {
+    QnPoint a = st(cp1), b = st(cp2), p = st(point);
+    appendToPath(cformat("C %f %f %f %f %f %f ", a.x, a.y, b.x, b.y, p.x, p.y));
+  } else if (context_) {
+    context_->addCurveToPoint(cp1.x, cp1.y, cp2.x, cp2.y, point.x, point.y);
+  }
+}
+
+void QnComboContext::addArcRadiusStartAngleEndAngleClockwise(QnPoint center, double radius,
+                                                             double startAngle, double endAngle,
+                                                             int clockwise) {
+  if (!isSVG_) {
+    if (context_) context_->addArc(center.x, center.y, radius, startAngle, endAngle, clockwise);
+    return;
+  }
+  QnPoint c = st(center);
+  double r = scale_.x * radius;  // the x factor serves both radii
+  float span = static_cast<float>(endAngle - startAngle);
+  int large = ((std::fabs(span) > kPi) != (clockwise == 0)) ? 1 : 0;
+  int sweep = clockwise == 0 ? 1 : 0;
+  // The end is taken from the start angle: the opposite point for the half circles the renderer
+  // draws counter-clockwise, the start point itself otherwise.
+  float dx = static_cast<float>(r * std::cos(startAngle));
+  float dy = static_cast<float>(r * std::sin(startAngle));
+  QnPoint end = clockwise == 0 ? QnPoint{c.x - dx, c.y - dy} : QnPoint{c.x + dx, c.y + dy};
+  appendToPath(cformat("A %f %f 0 %d %d %f %f", r, r, large, sweep, end.x, end.y));
+}
+
+void QnComboContext::closePath() {
+  if (isSVG_)
+    appendToPath("Z");
+  else if (context_)
+    context_->closePath();
+}
+
+void QnComboContext::fillPath() { drawPath(kQnPathFill); }
+
+void QnComboContext::strokePath() { drawPath(kQnPathStroke); }
+
+void QnComboContext::drawPath(int mode) {
+  if (!isSVG_) {
+    if (context_) context_->drawPath(mode);
+    return;
+  }
+  std::string attributes;
+  if (mode == kQnPathFill || mode == kQnPathFillStroke)
+    attributes += "fill=\"" + fillColorString_ + "\" ";
+  if (mode == kQnPathStroke || mode == kQnPathFillStroke) {
+    const char* cap = strokeLineCap_ == kQnLineCapSquare  ? "square"
+                      : strokeLineCap_ == kQnLineCapRound ? "round"
+                                                          : "butt";
+    const char* fillSuffix = mode == kQnPathStroke ? "fill = \"none\"" : "";
+    attributes += cformat("stroke=\"%s\" stroke-width=\"%f\" stroke-linecap=\"%s\" %s ",
+                          strokeColorString_.c_str(), scale_.x * strokeLineWidth_, cap, fillSuffix);
+  }
+  // A path never begun is written as its missing value, "(null)".
+  const std::string& data = pathString_ ? *pathString_ : std::string("(null)");
+  pathArray_.push_back("<path d=\"" + data + "\" " + attributes +
+                       cformat("opacity=\"%f\" />", opacity_));
+}
+
+void QnComboContext::showTextAtPointTextSize(QnPoint point, const std::string& text, double size) {
+  QnPoint p = st(point);
+  // The text goes in as it is, markup characters included.
+  pathArray_.push_back(
+      cformat("<text x=\"%f\" y=\"%f\" font-family=\"Helvetica,sans-serif\" font-weight=\"bold\" "
+              "dominant-baseline=\"hanging\" font-size=\"%f\"  fill=\"%s\" opacity=\"%f\">",
+              p.x, p.y, scale_.x * size, fillColorString_.c_str(), opacity_) +
+      text + "</text>");
+}
+
+QnPoint QnComboContext::st(QnPoint point) const {
+  return {(point.x + translate_.x) * scale_.x, (point.y + translate_.y) * scale_.y};
+}
+
+std::string QnComboContext::hexStringFromColor(const QnColor& color) {
+  QnColor::RGBA c = rgbaFromColor(color);
+  auto channel = [](double v) { return std::lround(static_cast<float>(v * 255.0)); };
+  return cformat("#%02lX%02lX%02lX", static_cast<unsigned long>(channel(c.r)),
+                 static_cast<unsigned long>(channel(c.g)), static_cast<unsigned long>(channel(c.b)));
+}
+
+std::string QnComboContext::serializeSVG(QnSize size) const {
+  double width = size.width * scale_.x;
+  double height = size.height * scale_.y;
+  std::string svg = cformat(
+      "<svg style=\"border: 1px solid black\" width=\"%f\" height=\"%f\" viewBox=\"0 0 %f %f\" "
+      "xmlns=\"%s\">",
+      static_cast<double>(static_cast<float>(width)), static_cast<double>(static_cast<float>(height)),
+      width, height, kSVGNamespace);
+  for (const std::string& element : pathArray_) svg += element;
+  svg += "</svg>";
+  return svg;
+}
+
+void QnComboContext::appendToPath(const std::string& command) {
+  // A command before any beginPath has no path to go to and is lost.
+  if (pathString_) *pathString_ += command;
+}
+
+}  // namespace scrivlet
