@@ -1,0 +1,45 @@
+// In-process notifications by name, with user information, such as "colorChanged" with a "color".
+#pragma once
+
+#include <any>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace scrivlet {
+
+struct QnNotification {
+  std::string name;
+  const void* sender = nullptr;
+  std::map<std::string, std::any> userInfo;
+};
+
+class QnNotificationCenter {
+ public:
+  using Handler = std::function<void(const QnNotification&)>;
+
+  static QnNotificationCenter& defaultCenter();
+
+  // The observer is a key that removeObserver takes; a handler is told of every post of the name.
+  void addObserver(const void* observer, const std::string& name, Handler handler);
+  // Removes every registration of the observer.
+  void removeObserver(const void* observer);
+  // Tells the handlers registered for the name, on the calling thread, in registration order.
+  void postNotification(const QnNotification& notification);
+  void postNotificationName(const std::string& name, const void* sender,
+                            std::map<std::string, std::any> userInfo = {});
+
+ private:
+  struct Registration {
+    uint64_t id;
+    const void* observer;
+    std::string name;
+    Handler handler;
+  };
+  std::vector<Registration> registrations_;
+  uint64_t nextId_ = 1;
+};
+
+}  // namespace scrivlet

@@ -1,0 +1,123 @@
+// The ink view: draws strokes as filled outlines of varying width into any drawing surface, keeps a
+// cached bitmap of the ink and shows it.
+#pragma once
+
+#include <scrivlet/color.h>
+#include <scrivlet/signature_point.h>
+#include <scrivlet/view.h>
+
+#include <atomic>
+#include <memory>
+
+namespace scrivlet {
+
+class QnBitmapContext;
+class QnComboContext;
+struct QnNotification;
+
+class QnDrawingView : public QnView {
+ public:
+  explicit QnDrawingView(QnRect frame);
+  ~QnDrawingView() override;
+
+  // The strokes to draw, kept by reference. Safe to swap from the export thread.
+  QnStrokeListRef myStrokes() const { return myStrokes_.load(); }
+  void setMyStrokes(QnStrokeListRef strokes) { myStrokes_.store(std::move(strokes)); }
+  QnColor strokeColor() const { return *strokeColor_.load(); }
+  void setStrokeColor(const QnColor& color) {
+    strokeColor_.store(std::make_shared<const QnColor>(color));
+  }
+
+  float cornerThreshold() const { return cornerThreshold_; }
+  void setCornerThreshold(float threshold) { cornerThreshold_ = threshold; }
+  bool showDebug() const { return showDebug_; }
+  void setShowDebug(bool show) { showDebug_ = show; }
+  bool drawSmoothCurve() const { return drawSmoothCurve_; }
+  void setDrawSmoothCurve(bool smooth) { drawSmoothCurve_ = smooth; }
+  bool useCalligraphicBrush() const { return useCalligraphicBrush_; }
+  void setUseCalligraphicBrush(bool calligraphic) { useCalligraphicBrush_ = calligraphic; }
+  float strokeWidth() const { return strokeWidth_; }
+  // Tuning settings kept for hosts; no drawing step reads them.
+  float strokeSmoothingAmount() const { return strokeSmoothingAmount_; }
+  float constantDiameterMaximumDistance() const { return constantDiameterMaximumDistance_; }
+  float smoothingAccelerationLimit() const { return smoothingAccelerationLimit_; }
+  bool useAMSmoothing() const { return useAMSmoothing_; }
+  float calligraphicBrushRatio() const { return calligraphicBrushRatio_; }
+  float calligraphicBrushAngle() const { return calligraphicBrushAngle_; }
+  bool isCursor() const { return isCursor_; }
+  bool alwaysDraw() const { return alwaysDraw_; }
+  int cursorType() const { return cursorType_; }
+  QnPoint cursorLocation() const { return cursorLocation_; }
+  QnRect strokeBounds() const { return strokeBounds_; }
+
+  // The cache: a bitmap of the view's size at the screen scale, and the surface that draws into it.
+  void initContext(QnSize size);
+  QnBitmapContext* cacheContext() const { return cacheContext_.get(); }
+  QnComboContext* cacheComboContext() const { return cacheComboContext_.get(); }
+  // Makes a new, empty cache of the view's size and asks for a full redisplay; nothing at size zero.
+  void updateLayout();
+
+  // Draws myStrokes into the surface: with full false only the newest segments of the last stroke,
+  // with final true the piece that carries the ink to the last point too.
+  void drawToContextWithFinalSegmentFullRedraw(QnComboContext* context, bool finalSegment,
+                                               bool fullRedraw);
+  void drawToCacheWithFinalSegmentFullRedraw(bool finalSegment, bool fullRedraw);
+  // Shows the cache over the bounds.
+  void drawRect(CGContext& context, const QnRect& rect) override;
+
+  // One cubic segment stroked at a constant width.
+  void drawSegmentInContextWithOriginDestinationDiameterStartingControlPointEndingControlPoint(
+      QnComboContext* context, QnPoint origin, QnPoint destination, float diameter,
+      QnPoint startingControlPoint, QnPoint endingControlPoint);
+  // One cubic segment as a filled outline whose width goes from one diameter to the other, with
+  // half-circle caps.
+  void
+  drawSegmentInContextWithOriginDestinationStartingDiameterEndingDiameterStartingControlPointEndingControlPoint(
+      QnComboContext* context, QnPoint origin, QnPoint destination, float startingDiameter,
+      float endingDiameter, QnPoint startingControlPoint, QnPoint endingControlPoint);
+
+  // Notification handlers: "colorChanged" with the "color" key (registered at creation), and
+  // "strokeWidthChanged" with "strokeWidth" (for a host to register itself).
+  void colorChanged(const QnNotification& notification);
+  void strokeWidthChanged(const QnNotification& notification);
+
+  // Geometry of vectors and points.
+  static double pointIsAboveThreshold(QnPoint vector, float threshold);
+  static double squaredDistanceBetweenAnd(QnPoint a, QnPoint b);
+  static double distanceBetweenAnd(QnPoint a, QnPoint b);
+  static float angleBetweenVector1Vector2(QnPoint v1, QnPoint v2);
+  static bool angleBetweenVector1Vector2IsGreaterThan(QnPoint v1, QnPoint v2, float threshold);
+  static bool vectorIsOppositeVector(QnPoint v1, QnPoint v2);
+  static bool vectorIsCollinearToVectorWithinRange(QnPoint v1, QnPoint v2, float range);
+  static bool vectorIsCollinearToVector(QnPoint v1, QnPoint v2);
+
+ private:
+  void drawStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
+                  bool finalSegment, bool fullRedraw);
+  void drawDebugMarks(QnComboContext* context, QnPoint origin, QnPoint destination, QnPoint point,
+                      const QnColor& color);
+  void requestRedisplay(const QnStrokeList* strokes, bool fullRedraw);
+
+  std::atomic<QnStrokeListRef> myStrokes_;
+  std::atomic<std::shared_ptr<const QnColor>> strokeColor_;
+  float cornerThreshold_;
+  bool showDebug_ = false;
+  float strokeSmoothingAmount_;
+  float constantDiameterMaximumDistance_;
+  float smoothingAccelerationLimit_;
+  bool drawSmoothCurve_;
+  bool useAMSmoothing_;
+  bool useCalligraphicBrush_;
+  float calligraphicBrushRatio_;
+  float calligraphicBrushAngle_;
+  float strokeWidth_ = 0;
+  bool isCursor_;
+  bool alwaysDraw_;
+  int cursorType_ = 0;
+  QnPoint cursorLocation_;
+  QnRect strokeBounds_;
+  std::unique_ptr<QnBitmapContext> cacheContext_;
+  std::unique_ptr<QnComboContext> cacheComboContext_;
+};
+
+}  // namespace scrivlet
