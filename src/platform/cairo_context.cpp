@@ -21,9 +21,14 @@ CairoContext::CairoContext(cairo_t* cr) : cr_(cairo_reference(cr)) {
 CairoContext::~CairoContext() { cairo_destroy(cr_); }
 
 void CairoContext::scaleCTM(double sx, double sy) {
-  // cairo refuses a singular matrix and would stop drawing for good; CoreGraphics draws nothing.
-  if (sx == 0 || sy == 0 || !std::isfinite(sx) || !std::isfinite(sy)) return;
-  cairo_scale(cr_, sx, sy);
+  // cairo would stop drawing for good on a transform it cannot invert; such a scale is ignored.
+  cairo_matrix_t scaled;
+  cairo_get_matrix(cr_, &scaled);
+  cairo_matrix_scale(&scaled, sx, sy);
+  double determinant = scaled.xx * scaled.yy - scaled.yx * scaled.xy;
+  if (!std::isfinite(sx) || !std::isfinite(sy) || !std::isfinite(determinant) || determinant == 0)
+    return;
+  cairo_set_matrix(cr_, &scaled);
 }
 
 void CairoContext::translateCTM(double tx, double ty) {
@@ -131,8 +136,9 @@ void CairoContext::fillRect(const QnRect& rect) {
 
 void CairoContext::drawImage(const QnImage& image, const QnRect& rect) {
   QnSize size = image.size();
-  if (image.isNull() || size.width <= 0 || size.height <= 0 || rect.size.width <= 0 ||
-      rect.size.height <= 0 || !finite(rect.origin.x, rect.origin.y))
+  if (image.isNull() || size.width <= 0 || size.height <= 0 || !(rect.size.width > 0) ||
+      !(rect.size.height > 0) || !finite(rect.origin.x, rect.origin.y) ||
+      !finite(rect.size.width, rect.size.height))
     return;
   cairo_save(cr_);
   cairo_translate(cr_, rect.origin.x, rect.origin.y);

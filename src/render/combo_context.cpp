@@ -163,7 +163,7 @@ void QnComboContext::drawPath(int mode) {
   // A path never begun is written as its missing value, "(null)".
   const std::string& data = pathString_ ? *pathString_ : std::string("(null)");
   pathArray_.push_back("<path d=\"" + data + "\" " + attributes +
-                       cformat("opacity=\"%f\" />", opacity_));
+                       cformat(" opacity=\"%f\" />", opacity_));
 }
 
 void QnComboContext::showTextAtPointTextSize(QnPoint point, const std::string& text, double size) {
