@@ -44,4 +44,3 @@ BENCHMARK(BM_ComboContextSVGSegments)->Unit(benchmark::kMillisecond);
 }  // namespace
 }  // namespace scrivlet
 
-BENCHMARK_MAIN();
