@@ -222,7 +222,10 @@ TEST_F(DrawingController, EndPointTakesTheVelocityOfThePointBeforeIt) {
   QnSignaturePoint moved = c.pointArray()->back();
   EXPECT_EQ(moved.velocity, (QnPoint{vx, vy}));
   EXPECT_EQ(moved.acceleration, (QnPoint{vx / 0.5, vy / 0.5}));
-  c.drawTouchEndedWithPoint(pt(500, 500, 1.6));
+  QnSignaturePoint end0 = pt(500, 500, 1.6);
+  end0.velocity = {3, 3};  // whatever the point brings is replaced
+  end0.acceleration = {7, 7};
+  c.drawTouchEndedWithPoint(end0);
   const QnSignaturePoint& end = c.drawingArray()->at(0)->back();
   EXPECT_EQ(end.location, (QnPoint{500, 500}));
   EXPECT_EQ(end.velocity, (QnPoint{vx, vy}));
@@ -402,7 +405,7 @@ TEST_F(DrawingController, OffsetCopiesAndReplacedLists) {
   EXPECT_EQ(c.canvasView()->myStrokes(), c.drawingArray());
 }
 
-TEST_F(DrawingController, LayoutFollowsTheResizedView) {
+TEST_F(DrawingController, InkCacheFollowsTheResizedViewAndUndo) {
   QnDevice::setScreenScale(2.0);
   auto view = HeadlessView::create(makeRect(5, 5, 100, 50));
   QnDemoDrawingController c(view);
@@ -417,6 +420,11 @@ TEST_F(DrawingController, LayoutFollowsTheResizedView) {
   QnImage cache = c.canvasView()->cacheContext()->makeImage();
   EXPECT_GT(cache.pixelAt(40, 20).a, 0);
   EXPECT_EQ(c.canvasView()->myStrokes(), c.drawingArray());
+  // Undo wipes the stroke from the cache; redo draws it again.
+  c.undoDrawingStroke();
+  EXPECT_EQ(c.canvasView()->cacheContext()->makeImage().pixelAt(40, 20).a, 0);
+  c.redoDrawingStroke();
+  EXPECT_GT(c.canvasView()->cacheContext()->makeImage().pixelAt(40, 20).a, 0);
 }
 
 TEST_F(DrawingController, BadInputThrowsNothingAndKeepsEarlierStrokes) {
