@@ -3,11 +3,14 @@
 
 #include <scrivlet/geometry.h>
 
+#include <memory>
 #include <optional>
+#include <vector>
 
 namespace scrivlet {
 
 class QnView;
+class QnGestureRecognizer;
 
 enum QnTouchType { kQnTouchTypeDirect = 0, kQnTouchTypeIndirect = 1, kQnTouchTypeStylus = 2 };
 
@@ -27,6 +30,24 @@ class QnTouch {
   virtual std::optional<double> maximumPossibleForce() const { return {}; }
   virtual std::optional<double> azimuthAngleInView(const QnView*) const { return {}; }
   virtual std::optional<double> altitudeAngle() const { return {}; }
+};
+
+// The touches of one phase, in the platform's enumeration order.
+using QnTouchSet = std::vector<std::shared_ptr<QnTouch>>;
+
+// The event a phase belongs to: every touch currently on the view.
+class QnEvent {
+ public:
+  QnEvent() = default;
+  explicit QnEvent(QnTouchSet allTouches) : allTouches_(std::move(allTouches)) {}
+  const QnTouchSet& allTouches() const { return allTouches_; }
+  // The touches delivered to a recognizer of the view: all of them.
+  const QnTouchSet& touchesForGestureRecognizer(const QnGestureRecognizer*) const {
+    return allTouches_;
+  }
+
+ private:
+  QnTouchSet allTouches_;
 };
 
 }  // namespace scrivlet

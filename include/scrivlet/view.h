@@ -2,6 +2,7 @@
 #pragma once
 
 #include <scrivlet/geometry.h>
+#include <scrivlet/touch.h>
 
 #include <cstdint>
 #include <functional>
@@ -12,6 +13,9 @@
 namespace scrivlet {
 
 class CGContext;
+class QnGestureRecognizer;
+
+enum class QnTouchPhase { began, moved, ended, cancelled };
 
 // Observed geometry lives on the view itself or on its backing layer, as on a touch platform.
 enum class QnGeometryTarget { view, layer };
@@ -55,6 +59,15 @@ class QnView : public std::enable_shared_from_this<QnView> {
   // Draws the view's own content in its bounds; a plain view draws nothing.
   virtual void drawRect(CGContext& context, const QnRect& rect);
 
+  // Gesture recognizers see every touch phase on the view, in the order they were added.
+  void addGestureRecognizer(const std::shared_ptr<QnGestureRecognizer>& recognizer);
+  void removeGestureRecognizer(const QnGestureRecognizer* recognizer);
+  const std::vector<std::shared_ptr<QnGestureRecognizer>>& gestureRecognizers() const {
+    return recognizers_;
+  }
+  // A backend hands each touch phase on the view to the view's recognizers through this.
+  void deliverTouches(QnTouchPhase phase, const QnTouchSet& touches, const QnEvent& event);
+
   using ObserverToken = uint64_t;
   using GeometryObserver = std::function<void(QnGeometryTarget target, const std::string& key)>;
   ObserverToken addGeometryObserver(QnGeometryTarget target, const std::string& key,
@@ -85,6 +98,7 @@ class QnView : public std::enable_shared_from_this<QnView> {
   bool needsDisplay_ = false;
   QnRect dirtyRect_;
   uint64_t displayRequests_ = 0;
+  std::vector<std::shared_ptr<QnGestureRecognizer>> recognizers_;
   std::vector<Observation> observers_;
   ObserverToken nextToken_ = 1;
 };

@@ -1,6 +1,8 @@
 // The view model shared by every backend.
 #include <scrivlet/view.h>
 
+#include <scrivlet/gesture_recognizer.h>
+
 #include "platform/cg_context.h"
 
 #include <algorithm>
@@ -64,6 +66,30 @@ void QnView::displayInContext(CGContext& context) {
 }
 
 void QnView::drawRect(CGContext&, const QnRect&) {}
+
+void QnView::addGestureRecognizer(const std::shared_ptr<QnGestureRecognizer>& recognizer) {
+  if (recognizer && std::find(recognizers_.begin(), recognizers_.end(), recognizer) == recognizers_.end())
+    recognizers_.push_back(recognizer);
+}
+
+void QnView::removeGestureRecognizer(const QnGestureRecognizer* recognizer) {
+  recognizers_.erase(std::remove_if(recognizers_.begin(), recognizers_.end(),
+                                    [recognizer](const auto& r) { return r.get() == recognizer; }),
+                     recognizers_.end());
+}
+
+void QnView::deliverTouches(QnTouchPhase phase, const QnTouchSet& touches, const QnEvent& event) {
+  // A recognizer's action may add or remove recognizers; deliver to those present now.
+  std::vector<std::shared_ptr<QnGestureRecognizer>> current = recognizers_;
+  for (const auto& recognizer : current) {
+    switch (phase) {
+      case QnTouchPhase::began: recognizer->touchesBeganWithEvent(touches, event); break;
+      case QnTouchPhase::moved: recognizer->touchesMovedWithEvent(touches, event); break;
+      case QnTouchPhase::ended: recognizer->touchesEndedWithEvent(touches, event); break;
+      case QnTouchPhase::cancelled: recognizer->touchesCancelledWithEvent(touches, event); break;
+    }
+  }
+}
 
 QnView::ObserverToken QnView::addGeometryObserver(QnGeometryTarget target, const std::string& key,
                                                   GeometryObserver observer) {

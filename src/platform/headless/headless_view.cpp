@@ -1,12 +1,32 @@
 // Headless views.
 #include "platform/headless/headless_view.h"
 
+#include <algorithm>
+
 namespace scrivlet {
 
 QnImage HeadlessView::snapshot(double scale) {
   QnBitmapContext bitmap(frame().size, scale);
   displayInContext(bitmap.context());
   return bitmap.makeImage();
+}
+
+void HeadlessView::beginTouches(const QnTouchSet& touches) { deliver(QnTouchPhase::began, touches); }
+void HeadlessView::moveTouches(const QnTouchSet& touches) { deliver(QnTouchPhase::moved, touches); }
+void HeadlessView::endTouches(const QnTouchSet& touches) { deliver(QnTouchPhase::ended, touches); }
+void HeadlessView::cancelTouches(const QnTouchSet& touches) {
+  deliver(QnTouchPhase::cancelled, touches);
+}
+
+void HeadlessView::deliver(QnTouchPhase phase, const QnTouchSet& touches) {
+  for (const auto& touch : touches)
+    if (touch && std::find(down_.begin(), down_.end(), touch) == down_.end()) down_.push_back(touch);
+  QnEvent event(down_);
+  // Keep this view alive while a recognizer's action runs.
+  auto self = shared_from_this();
+  deliverTouches(phase, touches, event);
+  if (phase == QnTouchPhase::ended || phase == QnTouchPhase::cancelled)
+    for (const auto& touch : touches) down_.erase(std::remove(down_.begin(), down_.end(), touch), down_.end());
 }
 
 }  // namespace scrivlet

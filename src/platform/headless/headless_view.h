@@ -18,6 +18,18 @@ class HeadlessView : public QnView {
 
   // What the view and its subviews would show on a screen of the given scale.
   QnImage snapshot(double scale = 1.0);
+
+  // Touch phases as a screen would report them. The view keeps the touches that are down: an event
+  // holds those and the phase's own, and ended or cancelled touches leave after their phase.
+  void beginTouches(const QnTouchSet& touches);
+  void moveTouches(const QnTouchSet& touches);
+  void endTouches(const QnTouchSet& touches);
+  void cancelTouches(const QnTouchSet& touches);
+  const QnTouchSet& touchesDown() const { return down_; }
+
+ private:
+  void deliver(QnTouchPhase phase, const QnTouchSet& touches);
+  QnTouchSet down_;
 };
 
 }  // namespace scrivlet

@@ -1,0 +1,44 @@
+// The guideline's place in the capture view, and the ink moving with it.
+#include <scrivlet/scrivlet_controller.h>
+
+#include "capture/drawing_controller.h"
+#include "platform/image_view.h"
+
+namespace scrivlet {
+
+namespace {
+// 0.95 and 1 - 0.95 as single-precision values, used in double arithmetic.
+constexpr double kGuidelineWidthFactor = 0.949999988079071;
+constexpr double kGuidelineMarginFactor = 0.050000011920928955;
+constexpr double kNineSixteenths = 9 * 0.0625;
+}  // namespace
+
+void QnScrivletController::layoutGuideline() {
+  if (!guideline_) return;
+  QnRect frame = guideline_->frame();
+  float gw = static_cast<float>(frame.size.width);
+  float gh = static_cast<float>(frame.size.height);
+  // Once the width is 0 (a view of width 0 was laid out), the frame stays as it is.
+  if (frame.size.width > 0 && scrivletView_) {
+    double w = scrivletView_->frame().size.width;
+    double h = scrivletView_->frame().size.height;
+    double width = w * kGuidelineWidthFactor;
+    guideline_->setFrame(
+        makeRect(w * kGuidelineMarginFactor * 0.5, h * kNineSixteenths, width, width / gw * gh));
+  }
+  guideline_->setContentMode(kQnContentModeScaleAspectFit);
+}
+
+void QnScrivletController::updateLayout() {
+  QnPoint before = guideline_ ? guideline_->frame().origin : QnPoint{};
+  layoutGuideline();
+  QnPoint after = guideline_ ? guideline_->frame().origin : QnPoint{};
+  if (!drawingController_) return;
+  drawingController_->setDrawingArray(
+      drawingController_->drawingArrayWithOffset({after.x - before.x, after.y - before.y}));
+  drawingController_->updateLayout();
+}
+
+void QnScrivletController::observeValueForKeyPath(const std::string&) { updateLayout(); }
+
+}  // namespace scrivlet

@@ -1,0 +1,111 @@
+// Touch routing: which touches draw, following the drawing touch by position, and the phases.
+#include <scrivlet/scrivlet_controller.h>
+
+#include "capture/drawing_controller.h"
+
+#include <cmath>
+
+namespace scrivlet {
+
+namespace {
+
+constexpr size_t kCancellingFingers = 3;
+
+bool isFinite(QnPoint p) { return std::isfinite(p.x) && std::isfinite(p.y); }
+
+}  // namespace
+
+bool QnScrivletController::shouldDrawWithTouches(const QnTouchSet& touches) const {
+  return drawOnlyWithApplePencil_ ? touchesIncludePen(touches) : true;
+}
+
+bool QnScrivletController::touchesIncludePen(const QnTouchSet& touches) {
+  for (const auto& touch : touches)
+    if (touch && touch->type() == kQnTouchTypeStylus) return true;
+  return false;
+}
+
+QnPoint QnScrivletController::locationOfTouchInView(const QnTouch& touch, const QnView* view) {
+  return touch.preciseLocationInView(view).value_or(touch.locationInView(view));
+}
+
+QnPoint QnScrivletController::previousLocationOfTouchInView(const QnTouch& touch,
+                                                            const QnView* view) {
+  return touch.precisePreviousLocationInView(view).value_or(touch.previousLocationInView(view));
+}
+
+QnPoint QnScrivletController::initiateDrawingPointFromTouch(const QnTouch& touch) {
+  lastDrawPoint_ = locationOfTouchInView(touch, scrivletView_.get());
+  return lastDrawPoint_;
+}
+
+bool QnScrivletController::lastDrawingPointMatchedInTouchesAndSaved(const QnTouchSet& touches) {
+  // Exact equality, no tolerance: the touch is followed by where it was, not by its identity.
+  for (const auto& touch : touches) {
+    if (!touch) continue;
+    QnPoint previous = previousLocationOfTouchInView(*touch, scrivletView_.get());
+    QnPoint current = locationOfTouchInView(*touch, scrivletView_.get());
+    if (previous == lastDrawPoint_ || current == lastDrawPoint_) {
+      lastDrawPoint_ = current;
+      return true;
+    }
+  }
+  return false;
+}
+
+QnSignaturePoint QnScrivletController::pointFromTouches(const QnTouchSet& touches) const {
+  // Any one touch of the set: the first it yields.
+  return QnSignaturePoint::pointWithTouchInView(touches.front().get(), scrivletView_.get());
+}
+
+void QnScrivletController::touchesBeganWithEvent(const QnTouchSet& touches, const QnEvent& event) {
+  if (touches.empty() || !touches.front() || !drawingController_) return;
+  size_t fingers = event.touchesForGestureRecognizer(gestureRecognizers_.front().get()).size();
+  if (fingers >= kCancellingFingers) {
+    // A third finger is the start of a swipe: the stroke in progress goes.
+    drawingController_->cancelDrawingStroke();
+    return;
+  }
+  if (!shouldDrawWithTouches(touches) || fingers != 1) return;
+  QnSignaturePoint point = pointFromTouches(touches);
+  // A touch without a usable position cannot start a stroke.
+  if (!isFinite(point.location)) return;
+  initiateDrawingPointFromTouch(*touches.front());
+  drawingController_->drawTouchBeganWithPoint(point);
+  invalidateCacheTimer();
+}
+
+void QnScrivletController::touchesMovedWithEvent(const QnTouchSet& touches, const QnEvent& event) {
+  if (touches.empty() || !touches.front() || !drawingController_) return;
+  size_t fingers = event.touchesForGestureRecognizer(gestureRecognizers_.front().get()).size();
+  if (fingers >= kCancellingFingers || !shouldDrawWithTouches(touches) ||
+      !lastDrawingPointMatchedInTouchesAndSaved(touches))
+    return;
+  QnSignaturePoint point = pointFromTouches(touches);
+  if (isFinite(point.location)) drawingController_->drawTouchMovedWithPoint(point);
+}
+
+void QnScrivletController::touchesEndedWithEvent(const QnTouchSet& touches, const QnEvent&) {
+  if (touches.empty() || !touches.front() || !drawingController_) return;
+  if (!shouldDrawWithTouches(touches) || !lastDrawingPointMatchedInTouchesAndSaved(touches)) return;
+  QnSignaturePoint point = pointFromTouches(touches);
+  // An end without a usable position still closes the stroke, where the pen last was.
+  if (!isFinite(point.location) && drawingController_->lastPoint())
+    point.location = drawingController_->lastPoint()->location;
+  drawingController_->drawTouchEndedWithPoint(point);
+  if (auto d = delegate(); d && d->scrivletDidEndLineWithSignaturePointCount)
+    d->scrivletDidEndLineWithSignaturePointCount(manager(), numberOfPointsInCurrentSignature());
+  cacheSignatureAfterDelay(delayBeforeCaching_);
+}
+
+void QnScrivletController::touchesCancelledWithEvent(const QnTouchSet& touches, const QnEvent&) {
+  if (!drawingController_ || !shouldDrawWithTouches(touches)) return;
+  for (const auto& touch : touches) {
+    if (touch && locationOfTouchInView(*touch, scrivletView_.get()) == lastDrawPoint_) {
+      drawingController_->cancelDrawingStroke();
+      cacheSignatureAfterDelay(delayBeforeCaching_);
+    }
+  }
+}
+
+}  // namespace scrivlet
