@@ -23,6 +23,7 @@ class QnGestureRecognizer;
 class QnImageView;
 class QnScrivlet;
 class QnSignature;
+class QnXMLSerializer;
 
 class QnScrivletController : public std::enable_shared_from_this<QnScrivletController> {
  public:
@@ -81,6 +82,28 @@ class QnScrivletController : public std::enable_shared_from_this<QnScrivletContr
   // A fresh hash: the first 10 hexadecimal digits of the SHA-1 of a new random UUID's text, or the
   // custom hash when one is set (even an empty one).
   void createAndStoreHashString();
+
+  // --- Exports ---
+  // Every output of myBrushStrokes: a fresh hash, then the PNG, the PDF (unless skipped), the SVG and
+  // the XML, kept on the controller.
+  void prepareScrivletData();
+  // A new record of the outputs prepareScrivletData left.
+  std::shared_ptr<QnSignature> prepareSignature() const;
+  // The bytes of "PNG", "PDF" or "SVG" on a canvas around the strokes (or the view when clipping);
+  // nothing for another format.
+  std::optional<std::vector<uint8_t>> getImageData(const std::string& format);
+  // The ISO/IEC 19794-7 time-series document of myBrushStrokes.
+  std::string createXmlString() const;
+  // The current time in UTC as yyyy-MM-ddTHH:mm:ssZ.
+  std::string xmlDateString() const;
+  static void
+  writeSamplePointListStrokesLocationPrescalerTimePrescalerVelocityPrescalerAccelerationPrescalerPressurePrescalerAzimuthPrescalerElevationPrescaler(
+      QnXMLSerializer& writer, const QnStrokeListRef& strokes, float locationPrescaler,
+      float timePrescaler, float velocityPrescaler, float accelerationPrescaler,
+      float pressurePrescaler, float azimuthPrescaler, float elevationPrescaler);
+  // Signed and unsigned 16-bit texts: values above the range are clamped, values below it wrap.
+  static std::string shortCappedStringOfInt(int value);
+  static std::string uShortCappedStringOfInt(int value);
 
   // --- Settings ---
   bool showGuideline() const { return showGuideline_; }

@@ -153,7 +153,7 @@ void CairoContext::drawImage(const QnImage& image, const QnRect& rect) {
 void CairoContext::showText(const std::string& text, QnPoint topLeft, double fontSize,
                             const QnColor& color) {
   if (state_.textMode == kQnTextInvisible || text.empty() || !finite(topLeft.x, topLeft.y) ||
-      !std::isfinite(fontSize))
+      !std::isfinite(fontSize) || fontSize <= 0)
     return;
   cairo_path_t* kept = cairo_copy_path(cr_);
   cairo_new_path(cr_);
@@ -161,15 +161,28 @@ void CairoContext::showText(const std::string& text, QnPoint topLeft, double fon
   cairo_set_font_size(cr_, fontSize);
   cairo_font_extents_t extents;
   cairo_font_extents(cr_, &extents);
-  cairo_move_to(cr_, topLeft.x, topLeft.y + extents.ascent);
-  cairo_text_path(cr_, text.c_str());
-  QnColor savedFill = state_.fill;
-  QnColor savedStroke = state_.stroke;
-  state_.fill = state_.stroke = color;
-  bool stroke = state_.textMode == kQnTextStroke || state_.textMode == kQnTextFillStroke;
-  paint(state_.textMode != kQnTextStroke, false, stroke);
-  state_.fill = savedFill;
-  state_.stroke = savedStroke;
+  QnPoint baseline{topLeft.x, topLeft.y + extents.ascent};
+  if (state_.textMode == kQnTextFill) {
+    // Shown as text, so that a PDF keeps it as text.
+    cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
+    if (hasShadow()) {
+      QnSize offset = shadowOffsetInUserSpace();
+      setSource(state_.shadowColor);
+      cairo_move_to(cr_, baseline.x + offset.width, baseline.y + offset.height);
+      cairo_show_text(cr_, text.c_str());
+    }
+    setSource(color);
+    cairo_move_to(cr_, baseline.x, baseline.y);
+    cairo_show_text(cr_, text.c_str());
+  } else {
+    cairo_move_to(cr_, baseline.x, baseline.y);
+    cairo_text_path(cr_, text.c_str());
+    QnColor savedFill = state_.fill, savedStroke = state_.stroke;
+    state_.fill = state_.stroke = color;
+    paint(state_.textMode == kQnTextFillStroke, false, true);
+    state_.fill = savedFill;
+    state_.stroke = savedStroke;
+  }
   cairo_new_path(cr_);
   cairo_append_path(cr_, kept);
   cairo_path_destroy(kept);
@@ -186,9 +199,12 @@ bool CairoContext::hasShadow() const {
 }
 
 void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
-  cairo_set_operator(cr_, state_.blendMode == kQnBlendModeClear ? CAIRO_OPERATOR_CLEAR
-                                                                : CAIRO_OPERATOR_OVER);
-  if (hasShadow() && state_.blendMode != kQnBlendModeClear) paintShadow(fill, evenOdd, stroke);
+  bool clearing = state_.blendMode == kQnBlendModeClear;
+  // A document page has nothing beneath its drawing to clear, and cairo would turn a clearing
+  // operation into a raster fallback of the whole area.
+  if (clearing && cairo_surface_get_type(cairo_get_target(cr_)) != CAIRO_SURFACE_TYPE_IMAGE) return;
+  cairo_set_operator(cr_, clearing ? CAIRO_OPERATOR_CLEAR : CAIRO_OPERATOR_OVER);
+  if (hasShadow() && !clearing) paintShadow(fill, evenOdd, stroke);
   if (fill) {
     setSource(state_.fill);
     cairo_set_fill_rule(cr_, evenOdd ? CAIRO_FILL_RULE_EVEN_ODD : CAIRO_FILL_RULE_WINDING);
@@ -201,14 +217,25 @@ void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
   cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
 }
 
-void CairoContext::paintShadow(bool fill, bool evenOdd, bool stroke) {
+QnSize CairoContext::shadowOffsetInDeviceSpace() const {
   // The offset is given in the context's base space, so it does not grow with a later scale.
   cairo_matrix_t base;
   cairo_matrix_init(&base, baseMatrix_[0], baseMatrix_[1], baseMatrix_[2], baseMatrix_[3],
                     baseMatrix_[4], baseMatrix_[5]);
   double dx = state_.shadowOffset.width, dy = state_.shadowOffset.height;
   cairo_matrix_transform_distance(&base, &dx, &dy);
+  return {dx, dy};
+}
 
+QnSize CairoContext::shadowOffsetInUserSpace() const {
+  QnSize offset = shadowOffsetInDeviceSpace();
+  cairo_device_to_user_distance(cr_, &offset.width, &offset.height);
+  return offset;
+}
+
+void CairoContext::paintShadow(bool fill, bool evenOdd, bool stroke) {
+  QnSize offset = shadowOffsetInDeviceSpace();
+  double dx = offset.width, dy = offset.height;
   cairo_path_t* path = cairo_copy_path(cr_);
   cairo_matrix_t user, shifted, translation;
   cairo_get_matrix(cr_, &user);

@@ -63,6 +63,8 @@ class CairoContext : public CGContext {
   // Fills and/or strokes the current path (kept), shadow first.
   void paint(bool fill, bool evenOdd, bool stroke);
   void paintShadow(bool fill, bool evenOdd, bool stroke);
+  QnSize shadowOffsetInDeviceSpace() const;
+  QnSize shadowOffsetInUserSpace() const;
   bool hasShadow() const;
 
   cairo_t* cr_;

@@ -1,0 +1,152 @@
+// The export canvas: its size around the strokes, the date and hash room, and the three targets.
+#include "export/export_renderer.h"
+
+#include <scrivlet/device.h>
+#include <scrivlet/scrivlet_controller.h>
+
+#include "capture/drawing_controller.h"
+#include "export/signature_hash.h"
+#include "platform/clock.h"
+#include "platform/fonts.h"
+#include "platform/image.h"
+#include "platform/pdf_context.h"
+#include "render/combo_context.h"
+#include "render/drawing_view.h"
+
+#include <cmath>
+
+namespace scrivlet {
+
+namespace {
+
+constexpr double kDateMargin = 8.0;   // beside the date text
+constexpr double kHashMargin = 28.0;  // the padlock and its spacing beside the hash text
+constexpr QnPoint kDateOrigin{2.5, -5.5};  // from the canvas's bottom-left, less the font size
+constexpr double kSVGTextDrop = 3.0;
+
+std::vector<uint8_t> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+}  // namespace
+
+std::optional<std::vector<uint8_t>> QnScrivletController::getImageData(const std::string& format) {
+  QnRect box = boundingRectOfStrokesF(myBrushStrokes_);
+  // A margin of one and a half pen widths on every side, the products in single precision.
+  double w = box.size.width + static_cast<double>(3 * strokeWidthMax_);
+  double h = box.size.height + static_cast<double>(3 * strokeWidthMax_);
+  double x0 = box.origin.x - static_cast<double>(1.5f * strokeWidthMax_);
+  double y0 = box.origin.y - static_cast<double>(1.5f * strokeWidthMax_);
+  lastLocation_ = makeRect(x0, y0, 0, 0);
+  if (showDate_) h += exportDateSize_ + 3.0;
+  if (clipSignatureToBounds_) {
+    w = copyOfTargetViewBounds_.size.width;
+    h = copyOfTargetViewBounds_.size.height;
+    x0 = y0 = 0;
+    lastLocation_ = QnRectZero;
+  }
+  return cfDataCreatePDFDocumentFromDrawing(myBrushStrokes_, format, false, this, w, h, x0, y0,
+                                            exportScale_);
+}
+
+std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
+    const QnStrokeListRef& strokes, const std::string& format, bool unscaledPNG,
+    QnScrivletController* controller, double w, double h, double x0, double y0, float scale) {
+  double s = scale;
+  double W = w * s, H = h * s;
+  bool showDate = controller && controller->showDate();
+  bool showHash = controller && controller->showHash();
+  float dateFontSize = controller ? controller->exportDateSize() : 0;
+  double dateSize = std::ceil(dateFontSize);
+  std::string hash = controller ? controller->lastHash().value_or("") : "";
+  QnSize hashSize = controller ? measureBoldText(hash, controller->exportHashFontSize()) : QnSize{};
+  double hashW = std::ceil(hashSize.width), hashH = std::ceil(hashSize.height);
+  std::vector<uint8_t> buffer;
+  double e = (format == "PNG" && unscaledPNG) ? 1.0 : s;
+
+  std::string date;
+  if (showDate) {
+    double now = QnClock::now();
+    date = mediumDateString(now);
+    if (controller->dateIncludesTime()) date += " " + mediumTimeString(now);
+    // The scaled canvas width is compared with the unscaled text width.
+    double textWidth = measureBoldText(date, dateFontSize).width;
+    if (W < textWidth + kDateMargin) {
+      w = textWidth + kDateMargin;
+      W = e * w;
+    }
+  }
+  if (showHash) {
+    if (w < hashW + kHashMargin) {
+      w = hashW + kHashMargin;
+      W = e * w;
+    }
+    double d = showDate ? dateSize + kDateMargin : kDateMargin;
+    if (static_cast<float>(h - d) < hashH) {
+      h = d + hashH;
+      H = e * h;
+    }
+  }
+  // The enclosing whole-number rectangle depends on the origin's fraction: it may be a unit larger.
+  QnSize canvas = rectIntegral(makeRect(x0 * s, y0 * s, W, H)).size;
+  W = canvas.width;
+  H = canvas.height;
+  float cw = std::ceil(static_cast<float>(w)), ch = std::ceil(static_cast<float>(h));
+  float cx = std::ceil(static_cast<float>(x0)), cy = std::ceil(static_cast<float>(y0));
+
+  std::unique_ptr<QnPDFContext> pdf;
+  std::unique_ptr<QnBitmapContext> bitmap;
+  std::unique_ptr<QnComboContext> combo;
+  if (format == "PDF") {
+    pdf = std::make_unique<QnPDFContext>(
+        canvas, [&buffer](const uint8_t* bytes, size_t n) { buffer.insert(buffer.end(), bytes, bytes + n); });
+    combo = std::make_unique<QnComboContext>(&pdf->context());
+  } else if (format == "SVG") {
+    combo = std::make_unique<QnComboContext>(nullptr);
+    combo->setIsSVG(true);
+  } else {
+    bitmap = std::make_unique<QnBitmapContext>(canvas, QnDevice::screenScale());
+    combo = std::make_unique<QnComboContext>(&bitmap->context());
+  }
+  combo->setScaleCTMXY(static_cast<float>(e), static_cast<float>(e));
+  renderSignature(combo.get(), strokes, static_cast<int>(cx), static_cast<int>(cy), controller);
+  if (showDate) renderDate(combo.get(), date, ch, dateSize);
+  if (showHash) renderHashWithContext(combo.get(), showDate, controller, ch, dateSize);
+  if (controller) {
+    QnRect location = controller->lastLocation();
+    controller->setLastLocation({location.origin, {W, H}});
+  }
+
+  if (format == "PDF") {
+    pdf->end();
+    if (!pdf->isValid()) return std::nullopt;
+    return buffer;
+  }
+  if (format == "PNG") {
+    std::vector<uint8_t> png = bitmap->makeImage().encodePNG();
+    if (png.empty()) return std::nullopt;
+    return png;
+  }
+  if (format == "SVG") return bytesOf(combo->serializeSVG({cw, ch}));
+  return std::nullopt;
+}
+
+void renderSignature(QnComboContext* context, const QnStrokeListRef& strokes, int originX,
+                     int originY, QnScrivletController* controller) {
+  if (!controller || !controller->drawingController()) return;
+  const auto& canvasView = controller->drawingController()->canvasView();
+  // The ink view keeps this copy as its stroke list until the live model sets its own again.
+  canvasView->setMyStrokes(QnScrivletController::copyOfStrokesWithOffset(strokes, {double(-originX), double(-originY)}));
+  canvasView->drawToContextWithFinalSegmentFullRedraw(context, true, true);
+}
+
+void renderDate(QnComboContext* context, const std::string& date, double height, double fontSize) {
+  if (!context) return;
+  QnPoint origin{kDateOrigin.x, height - fontSize + kDateOrigin.y};
+  if (context->isSVG()) {
+    context->setFillColorWithColor(QnColor::black());
+    context->showTextAtPointTextSize({origin.x, origin.y + kSVGTextDrop}, date, fontSize);
+  } else if (context->context()) {
+    context->context()->showText(date, origin, fontSize, QnColor::black());
+  }
+}
+
+}  // namespace scrivlet

@@ -1,0 +1,60 @@
+// PDF documents on cairo's PDF surface.
+#include "platform/pdf_context.h"
+
+#include "platform/cairo_context.h"
+
+#include <cairo-pdf.h>
+#include <cairo.h>
+
+#include <cmath>
+
+namespace scrivlet {
+
+namespace {
+
+cairo_status_t writeToSink(void* closure, const unsigned char* data, unsigned int length) {
+  auto* sink = static_cast<QnPDFContext::Sink*>(closure);
+  if (*sink) (*sink)(data, length);
+  return CAIRO_STATUS_SUCCESS;
+}
+
+bool usable(QnSize size) {
+  return std::isfinite(size.width) && std::isfinite(size.height) && size.width > 0 &&
+         size.height > 0;
+}
+
+}  // namespace
+
+QnPDFContext::QnPDFContext(QnSize pageSize, Sink sink, const std::string& creator)
+    : sink_(std::move(sink)), valid_(usable(pageSize)) {
+  // An unusable document still hands out a context, one that draws nowhere.
+  surface_ = valid_ ? cairo_pdf_surface_create_for_stream(writeToSink, &sink_, pageSize.width,
+                                                          pageSize.height)
+                    : cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 0, 0);
+  valid_ = valid_ && cairo_surface_status(surface_) == CAIRO_STATUS_SUCCESS;
+  if (valid_ && !creator.empty())
+    cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_CREATOR, creator.c_str());
+  cairo_t* cr = cairo_create(surface_);
+  context_ = std::make_unique<CairoContext>(cr);
+  cairo_destroy(cr);
+}
+
+QnPDFContext::~QnPDFContext() {
+  end();
+  context_.reset();
+  cairo_surface_destroy(surface_);
+}
+
+bool QnPDFContext::isValid() const { return valid_; }
+
+CGContext& QnPDFContext::context() { return *context_; }
+
+void QnPDFContext::end() {
+  if (ended_) return;
+  ended_ = true;
+  // Drawing state goes first so that the surface can write out everything.
+  cairo_surface_flush(surface_);
+  cairo_surface_finish(surface_);
+}
+
+}  // namespace scrivlet

@@ -1,0 +1,43 @@
+// A one-page vector PDF drawn through a drawing context, its bytes handed to a sink as they are made.
+#pragma once
+
+#include "platform/cg_context.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+typedef struct _cairo_surface cairo_surface_t;
+
+namespace scrivlet {
+
+class CairoContext;
+
+class QnPDFContext {
+ public:
+  using Sink = std::function<void(const uint8_t* bytes, size_t count)>;
+
+  // A page of the given size in PDF points, drawn with a top-left origin. The creator goes into the
+  // document information when given.
+  QnPDFContext(QnSize pageSize, Sink sink, const std::string& creator = {});
+  // Ends the document if end() was not called.
+  ~QnPDFContext();
+  QnPDFContext(const QnPDFContext&) = delete;
+  QnPDFContext& operator=(const QnPDFContext&) = delete;
+
+  // False when the size is unusable or the document could not be started.
+  bool isValid() const;
+  CGContext& context();
+  // Finishes the document: the sink gets the rest of its bytes.
+  void end();
+
+ private:
+  Sink sink_;
+  bool valid_;
+  bool ended_ = false;
+  cairo_surface_t* surface_;
+  std::unique_ptr<CairoContext> context_;
+};
+
+}  // namespace scrivlet
