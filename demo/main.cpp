@@ -1,11 +1,12 @@
-// The demo: replays the built-in signature through the live ink on a headless view and writes what it
-// drew to a folder.
+// The demo: replays the built-in signature as touches on a headless capture view and writes the
+// signature record's files to a folder.
+#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/signature.h>
+
 #include "built_in_signature.h"
 #include "capture/drawing_controller.h"
 #include "platform/headless/headless_touch.h"
 #include "platform/headless/headless_view.h"
-#include "render/combo_context.h"
-#include "render/drawing_view.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -21,6 +22,10 @@ bool writeFile(const std::filesystem::path& path, const std::string& bytes) {
   return static_cast<bool>(out);
 }
 
+std::string text(const std::optional<std::vector<uint8_t>>& bytes) {
+  return bytes ? std::string(bytes->begin(), bytes->end()) : std::string();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -28,36 +33,44 @@ int main(int argc, char** argv) {
   std::filesystem::create_directories(folder);
 
   auto view = HeadlessView::create(makeRect(0, 0, 540, 300));
-  QnDemoDrawingController ink(view);
-  ink.setVelocityReduction(0.85f);
-  size_t points = 0;
+  auto delegate = std::make_shared<QnScrivletControllerDelegate>();
+  delegate->scrivletDidEndLineWithSignaturePointCount = [](auto, unsigned long count) {
+    std::printf("stroke ended: %lu points on the canvas\n", count);
+  };
+  auto controller = QnScrivletController::create(view, delegate, {});
+  controller->setShowDate(true);
+  controller->setShowHash(true);
+
   for (const auto& stroke : demo::builtInSignature()) {
-    HeadlessTouch touch({stroke[0].x, stroke[0].y}, stroke[0].t);
-    for (size_t i = 0; i < stroke.size(); ++i) {
-      if (i > 0) touch.moveTo({stroke[i].x, stroke[i].y}, stroke[i].t);
-      QnSignaturePoint p = QnSignaturePoint::pointWithTouchInView(&touch, view.get());
-      if (i == 0)
-        ink.drawTouchBeganWithPoint(p);
-      else if (i + 1 == stroke.size())
-        ink.drawTouchEndedWithPoint(p);
+    auto touch = std::make_shared<HeadlessTouch>(QnPoint{stroke[0].x, stroke[0].y}, stroke[0].t);
+    view->beginTouches({touch});
+    for (size_t i = 1; i < stroke.size(); ++i) {
+      touch->moveTo({stroke[i].x, stroke[i].y}, stroke[i].t);
+      if (i + 1 < stroke.size())
+        view->moveTouches({touch});
       else
-        ink.drawTouchMovedWithPoint(p);
-      ++points;
+        view->endTouches({touch});
     }
   }
 
-  std::vector<uint8_t> png = view->snapshot(2.0).encodePNG();
-  QnComboContext svg(nullptr);
-  svg.setIsSVG(true);
-  svg.setScaleCTMXY(1, 1);
-  ink.drawCanvasToContextWithOffset(&svg, {0, 0});
-  bool written = writeFile(folder / "signature.png", std::string(png.begin(), png.end())) &&
-                 writeFile(folder / "signature.svg", svg.serializeSVG(view->bounds().size));
+  controller->setMyBrushStrokes(QnScrivletController::copyOfStrokesWithOffset(
+      controller->drawingController()->drawingArray(), {0, 0}));
+  controller->setCopyOfTargetViewBounds(view->bounds());
+  controller->prepareScrivletData();
+  std::shared_ptr<QnSignature> signature = controller->prepareSignature();
+
+  bool written = writeFile(folder / "signature.png", text(signature->imageData())) &&
+                 writeFile(folder / "signature.pdf", text(signature->pdfData())) &&
+                 writeFile(folder / "signature.svg", signature->svgString().value_or("")) &&
+                 writeFile(folder / "signature.xml", signature->xmlString().value_or("")) &&
+                 writeFile(folder / "screen.png", text(view->snapshot(2.0).encodePNG()));
   if (!written) {
     std::fprintf(stderr, "demo: could not write to %s\n", folder.c_str());
     return 1;
   }
-  std::printf("Replayed %zu strokes, %zu points; wrote %s and %s\n", ink.drawingArray()->size(),
-              points, (folder / "signature.png").c_str(), (folder / "signature.svg").c_str());
+  std::printf("hash %s, %lu points, canvas %.0f x %.0f; files in %s\n",
+              signature->hashString().value_or("").c_str(),
+              controller->numberOfPointsInCurrentSignature(), signature->frame().size.width,
+              signature->frame().size.height, folder.c_str());
   return 0;
 }

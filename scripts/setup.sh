@@ -8,7 +8,7 @@ packages=(
   libcairo2-dev fontconfig fonts-urw-base35
   libicu-dev uuid-dev libssl-dev libpoppler-cpp-dev
   qt6-base-dev
-  qpdf poppler-utils libxml2-utils
+  qpdf poppler-utils libxml2-utils librsvg2-bin
   locales xvfb
 )
 
