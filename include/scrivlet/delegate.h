@@ -7,6 +7,7 @@
 
 namespace scrivlet {
 
+class QnNavigationController;
 class QnScrivlet;
 class QnSignature;
 
@@ -25,6 +26,11 @@ struct QnScrivletControllerDelegate {
   std::function<void(std::shared_ptr<QnScrivlet> scrivlet)> scrivletDidCompleteWithNoSignature;
   // The modal screen closed through "Cancel".
   std::function<void(std::shared_ptr<QnScrivlet> scrivlet)> scrivletDidCancelModalView;
+  // In modal use the delegate presents the signing screen's container, as a view controller presents
+  // another; it tells the container how it is dismissed (QnNavigationController::setPresented).
+  std::function<void(std::shared_ptr<QnNavigationController> container, bool animated,
+                     std::function<void()> completion)>
+      presentViewControllerAnimatedCompletion;
 };
 
 }  // namespace scrivlet

@@ -10,6 +10,7 @@
 #include <scrivlet/view.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -23,6 +24,7 @@ class QnGestureRecognizer;
 class QnImageView;
 class QnScrivlet;
 class QnSignature;
+class QnTimer;
 class QnXMLSerializer;
 
 class QnScrivletController : public std::enable_shared_from_this<QnScrivletController> {
@@ -65,8 +67,18 @@ class QnScrivletController : public std::enable_shared_from_this<QnScrivletContr
   // Any observed geometry key of the view or its layer changed.
   void observeValueForKeyPath(const std::string& keyPath);
 
-  // --- Advance preparation ---
+  // --- Advance preparation and completion ---
+  // After the delay, unless a touch comes first, prepares the record of a deep copy of the strokes in
+  // the background and keeps it as the cached signature.
   void cacheSignatureAfterDelay(double delay);
+  void runTimerBlockWithTimer(QnTimer* timer);
+  // The delegate will be told of completion at once from the cache, or when the pending preparation
+  // finishes.
+  void willBeDone(const void* sender = nullptr);
+  void done(const void* sender = nullptr);
+  // Empties the canvas; the cache, the timer and the requests stay.
+  void reset(const void* sender = nullptr);
+  void didDismissModalView();
 
   // --- Stroke copies and bounding box ---
   // Copies of the points inside the rectangle (left and top edges in, right and bottom out); a
@@ -188,6 +200,8 @@ class QnScrivletController : public std::enable_shared_from_this<QnScrivletContr
     return gestureRecognizers_;
   }
   const std::shared_ptr<QnSignature>& cachedSignature() const { return cachedSignature_; }
+  const std::shared_ptr<QnTimer>& cacheTimer() const { return cacheTimer_; }
+  const std::function<void()>& cacheTimerBlock() const { return cacheTimerBlock_; }
   void setCachedSignature(std::shared_ptr<QnSignature> s) { cachedSignature_ = std::move(s); }
   QnPoint lastDrawPoint() const { return lastDrawPoint_; }
   void setLastDrawPoint(QnPoint point) { lastDrawPoint_ = point; }
@@ -245,6 +259,8 @@ class QnScrivletController : public std::enable_shared_from_this<QnScrivletContr
   std::shared_ptr<QnImageView> guideline_;
   std::vector<std::shared_ptr<QnGestureRecognizer>> gestureRecognizers_;
   std::shared_ptr<QnSignature> cachedSignature_;
+  std::shared_ptr<QnTimer> cacheTimer_;
+  std::function<void()> cacheTimerBlock_;
   double delayBeforeCaching_ = 0.2;
   QnPoint lastDrawPoint_;
   QnPoint lastPreciseDrawPoint_;

@@ -37,6 +37,9 @@ class QnView : public std::enable_shared_from_this<QnView> {
   void setHidden(bool hidden) { hidden_ = hidden; }
   int tag() const { return tag_; }
   void setTag(int tag) { tag_ = tag; }
+  // Which edges and sizes follow the superview: flexible width 2, height 16, bottom margin 32.
+  int autoresizingMask() const { return autoresizingMask_; }
+  void setAutoresizingMask(int mask) { autoresizingMask_ = mask; }
   bool isUserInteractionEnabled() const { return userInteractionEnabled_; }
   void setUserInteractionEnabled(bool enabled) { userInteractionEnabled_ = enabled; }
 
@@ -92,6 +95,7 @@ class QnView : public std::enable_shared_from_this<QnView> {
   QnRect frame_;
   bool hidden_ = false;
   int tag_ = 0;
+  int autoresizingMask_ = 0;
   bool userInteractionEnabled_ = true;
   std::vector<std::shared_ptr<QnView>> subviews_;
   std::weak_ptr<QnView> superview_;

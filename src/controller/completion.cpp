@@ -1,11 +1,100 @@
-// Advance preparation of the signature record after each stroke.
+// Completion: the record prepared in the background after each stroke, and the delegate calls.
 #include <scrivlet/scrivlet_controller.h>
+
+#include <scrivlet/scheduler.h>
+#include <scrivlet/signature.h>
+
+#include "capture/drawing_controller.h"
 
 namespace scrivlet {
 
-// The record is prepared by the completion logic; until it exists a stroke's end arms nothing.
-void QnScrivletController::cacheSignatureAfterDelay(double) {}
+void QnScrivletController::cacheSignatureAfterDelay(double delay) {
+  // A second controller on an invisible view of the same frame, sharing the live stroke model.
+  auto invisibleView = std::make_shared<QnView>(scrivletView_ ? scrivletView_->frame() : QnRectZero);
+  std::shared_ptr<QnScrivletController> preparer = create(invisibleView, {}, manager_);
+  preparer->setDrawingController(drawingController_);
+  // The deep copy is taken now, on the main thread; the live model may change meanwhile.
+  preparer->setMyBrushStrokes(copyOfStrokesWithOffset(
+      drawingController_ ? drawingController_->drawingArray() : nullptr, {0, 0}));
+  preparer->setCopyOfTargetViewBounds(scrivletView_ ? scrivletView_->bounds() : QnRectZero);
+  // Only these settings are copied; every other one keeps its default there (so records made
+  // this way always carry the PDF).
+  preparer->setStrokeExportColor(strokeExportColor_);
+  preparer->setVelocityReduction(velocityReduction_);
+  preparer->setShowDate(showDate_);
+  preparer->setDateIncludesTime(dateIncludesTime_);
+  preparer->setShowHash(showHash_);
+  preparer->setCustomHash(customHash_);
+  preparer->setExportScale(exportScale_);
+  preparer->setClipSignatureToBounds(clipSignatureToBounds_);
+  cachedSignature_ = nullptr;
+  invalidateCacheTimer();
 
-void QnScrivletController::invalidateCacheTimer() {}
+  std::weak_ptr<QnScrivletController> weakSelf = weak_from_this();
+  cacheTimerBlock_ = [weakSelf, preparer] {
+    QnScheduler::current().runInBackground([weakSelf, preparer] {
+      preparer->prepareScrivletData();
+      QnScheduler::current().postToMainThread([weakSelf, preparer] {
+        std::shared_ptr<QnScrivletController> self = weakSelf.lock();
+        if (!self) return;
+        // No generation check: the last preparation to finish wins.
+        self->cachedSignature_ = preparer->prepareSignature();
+        if (self->willBeDoneCallbackRequested_) {
+          self->willBeDoneCallbackRequested_ = 0;
+          if (auto d = self->delegate(); d && d->scrivletWillCompleteWithSignature)
+            d->scrivletWillCompleteWithSignature(self->manager(), self->cachedSignature_);
+        }
+        if (self->doneCallbackRequested_) {
+          self->doneCallbackRequested_ = 0;
+          if (auto d = self->delegate(); d && d->scrivletDidCompleteWithSignature)
+            d->scrivletDidCompleteWithSignature(self->manager(), self->cachedSignature_);
+        }
+      });
+    });
+  };
+  cacheTimer_ = QnScheduler::current().scheduleTimer(delay, [weakSelf] {
+    if (auto self = weakSelf.lock()) self->runTimerBlockWithTimer(self->cacheTimer_.get());
+  });
+}
+
+void QnScrivletController::runTimerBlockWithTimer(QnTimer*) {
+  if (cacheTimerBlock_) cacheTimerBlock_();
+}
+
+void QnScrivletController::invalidateCacheTimer() {
+  if (cacheTimer_) cacheTimer_->invalidate();
+}
+
+void QnScrivletController::willBeDone(const void*) {
+  if (!drawingController_ || drawingController_->drawingArray()->empty()) return;
+  if (!cachedSignature_) {
+    willBeDoneCallbackRequested_ = 1;
+    return;
+  }
+  if (auto d = delegate(); d && d->scrivletWillCompleteWithSignature)
+    d->scrivletWillCompleteWithSignature(manager(), cachedSignature_);
+}
+
+void QnScrivletController::done(const void*) {
+  if (!drawingController_ || drawingController_->drawingArray()->empty()) {
+    if (auto d = delegate(); d && d->scrivletDidCompleteWithNoSignature)
+      d->scrivletDidCompleteWithNoSignature(manager());
+    return;
+  }
+  if (!cachedSignature_) {
+    doneCallbackRequested_ = 1;
+    return;
+  }
+  if (auto d = delegate(); d && d->scrivletDidCompleteWithSignature)
+    d->scrivletDidCompleteWithSignature(manager(), cachedSignature_);
+}
+
+void QnScrivletController::reset(const void*) {
+  if (drawingController_) drawingController_->resetCanvas();
+}
+
+void QnScrivletController::didDismissModalView() {
+  if (auto d = delegate(); d && d->scrivletDidCancelModalView) d->scrivletDidCancelModalView(manager());
+}
 
 }  // namespace scrivlet
