@@ -1,5 +1,5 @@
-// The time-series XML document: its fixed frame, every sample channel as 16-bit integer text, and the
-// writer it is built with.
+// The time-series XML document: its fixed frame, every sample channel as 16-bit integer text, and
+// the writer it is built with.
 #include <scrivlet/scrivlet_controller.h>
 
 #include <scrivlet/device.h>
@@ -99,7 +99,8 @@ std::string samplePointListOf(const std::string& document) {
 
 // Runs xmllint on the text; a missing xmllint fails too.
 void expectWellFormed(const std::string& document, const std::string& name) {
-  auto path = std::filesystem::temp_directory_path() / ("scrivlet-" + std::to_string(getpid()) + "-" + name + ".xml");
+  auto path = std::filesystem::temp_directory_path() /
+              ("scrivlet-" + std::to_string(getpid()) + "-" + name + ".xml");
   std::ofstream(path, std::ios::binary) << document;
   std::string command = "xmllint --noout '" + path.string() + "'";
   EXPECT_EQ(std::system(command.c_str()), 0) << command;
@@ -155,9 +156,9 @@ TEST_F(TimeSeriesExport, ThreeStrokeSignatureGivesTheWholeDocument) {
   }));
   // Azimuth: fmod(a + pi/2, 0.63661975) * 57.29577951308232. Force: p * 19.6133f * 100 in float.
   const std::vector<Sample> samples = {
-      // Top-left corner: X 0, Y ten times the box height. DT 0. Azimuth 0: fmod(1.5707963, 0.6366197)
-      // = 0.2975568 -> 17.0488 -> 17. Elevation pi/2 -> 90.0000025 -> 90. Force 0.5 * 19.6133 * 100
-      // = 980.665 -> 981.
+      // Top-left corner: X 0, Y ten times the box height. DT 0. Azimuth 0:
+      // fmod(1.5707963, 0.6366197) = 0.2975568 -> 17.0488 -> 17. Elevation pi/2 -> 90.0000025
+      // -> 90. Force 0.5 * 19.6133 * 100 = 980.665 -> 981.
       {"0", "1500", "0", "0", "0", "0", "17", "90", "0", "981"},
       // X 0.25 * 10 = 2.5 -> 3; Y at the bottom edge 0. Velocity 40000 clamps; -(-1.5 * 100) = 150.
       // Acceleration -2.5 -> -3 and -(1.5) -> -2. Azimuth -3 + pi/2 = -1.4292037, plus two moduli
@@ -172,9 +173,10 @@ TEST_F(TimeSeriesExport, ThreeStrokeSignatureGivesTheWholeDocument) {
       // * 10 = 2.5 -> 3. Velocity 32767 stays; -(-32768) = 32768 clamps. Azimuth -pi/2 in float
       // -> -2.5e-6 degrees -> 0. Elevation 1 rad -> 57.296 -> 57.
       {"3", "3", "32767", "32767", "0", "0", "0", "57", "250", "0"},
-      // X 800, Y 700. Velocity -1.5 -> -2 and -(1.5) -> -2. Acceleration 100000 and -(-100000) clamp.
-      // Azimuth 0.3 + pi/2 = 1.8707963, minus two moduli = 0.5975568 -> 34.237 -> 34. Elevation
-      // 1.25 -> 71.62 -> 72. DT 1/128 s = 7.8125 -> 8. Force 40 * 19.6133 * 100 = 78453 clamps.
+      // X 800, Y 700. Velocity -1.5 -> -2 and -(1.5) -> -2. Acceleration 100000 and -(-100000)
+      // clamp. Azimuth 0.3 + pi/2 = 1.8707963, minus two moduli = 0.5975568 -> 34.237 -> 34.
+      // Elevation 1.25 -> 71.62 -> 72. DT 1/128 s = 7.8125 -> 8. Force 40 * 19.6133 * 100 = 78453
+      // clamps.
       {"800", "700", "-2", "-2", "32767", "32767", "34", "72", "8", "65535"},
   };
   const std::string document = c->createXmlString();
@@ -185,9 +187,9 @@ TEST_F(TimeSeriesExport, ThreeStrokeSignatureGivesTheWholeDocument) {
     EXPECT_NE(samplePointListOf(document).find(samplePoint(samples[i])), std::string::npos);
   }
   EXPECT_EQ(document.find('\n'), std::string::npos);
-  EXPECT_EQ(document.rfind("<?xml version=\"1.0\" encoding=\"UTF-8\"?><sig:SignatureSignTimeSeries ",
-                           0),
-            0u);
+  const std::string opening =
+      "<?xml version=\"1.0\" encoding=\"UTF-8\"?><sig:SignatureSignTimeSeries ";
+  EXPECT_EQ(document.compare(0, opening.size(), opening), 0);
   expectWellFormed(document, "three-strokes");
 }
 
@@ -205,8 +207,8 @@ TEST_F(TimeSeriesExport, ClippingDropsPointsOutsideTheViewAndBoxesTheRest) {
       {point(10, 20, 5), point(300, 30, 6) /* right edge: out */, point(50, 60, 7)},
       {point(40, 200, 8) /* bottom edge: out */, point(0, 100, 9) /* left edge: in */},
   }));
-  // Remaining (10, 20), (50, 60), (0, 100): box (0, 20, 50, 80), Y = (100 - y) * 10. The DT runs from
-  // one exported point to the next: 7 - 5 and 9 - 7 seconds.
+  // Remaining (10, 20), (50, 60), (0, 100): box (0, 20, 50, 80), Y = (100 - y) * 10. The DT runs
+  // from one exported point to the next: 7 - 5 and 9 - 7 seconds.
   std::string document = c->createXmlString();
   EXPECT_EQ(samplePointListOf(document),
             samplePoints({{"100", "800", "0", "0", "0", "0", "17", "0", "0", "0"},
@@ -260,7 +262,8 @@ TEST(XMLSerializer, WritesTagsAndTextsUnchanged) {
   xml.endTag("a");
   xml.endDocument();
   EXPECT_EQ(xml.toString(),
-            "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><a x=\"1\" y='2'>1 < 2 & \"3\"<b></b></a>");
+            "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>"
+            "<a x=\"1\" y='2'>1 < 2 & \"3\"<b></b></a>");
   EXPECT_EQ(xml.string(), xml.toString());
   xml.startDocument("UTF-8");
   EXPECT_EQ(xml.toString(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");

@@ -13,7 +13,7 @@ class QnClock {
  public:
   // Seconds since the Unix epoch: the real time, or the fixed time while one is set.
   static double now();
-  // Fixes the time (for tests and recordings); nothing un-fixes it.
+  // Fixes the time (for tests and recordings); no time given un-fixes it.
   static void setFixedTime(std::optional<double> unixSeconds);
   // Seconds since the reference date.
   static double timeIntervalSinceReferenceDate() { return now() - kReferenceDateOffset; }
