@@ -81,7 +81,8 @@ class QnView : public std::enable_shared_from_this<QnView> {
   void notifyGeometryChange(QnGeometryTarget target, const std::string& key);
 
  protected:
-  // Called on every display request; a backend schedules its repaint here.
+  // Called on every display request of the view or of a view inside it (in this view's coordinates);
+  // a backend schedules its repaint here.
   virtual void displayRequested(const QnRect&) {}
 
  private:

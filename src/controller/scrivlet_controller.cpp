@@ -18,7 +18,8 @@ struct Observed {
   QnGeometryTarget target;
   const char* key;
 };
-// The layer's "frame" and "transform" are observed twice: a change of either re-lays out twice.
+// "frame" is observed on the view and on its layer, and the layer's "transform" twice: a change of
+// either re-lays out twice.
 constexpr Observed kObservedGeometry[] = {
     {QnGeometryTarget::view, "frame"},        {QnGeometryTarget::layer, "bounds"},
     {QnGeometryTarget::layer, "transform"},   {QnGeometryTarget::layer, "position"},

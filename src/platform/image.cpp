@@ -117,6 +117,11 @@ QnImage QnBitmapContext::makeImage() const {
   return QnImage(copy, scale_);
 }
 
+QnImage QnBitmapContext::sharedImage() const {
+  cairo_surface_flush(surface_);
+  return QnImage(cairo_surface_reference(surface_), scale_);
+}
+
 int QnBitmapContext::pixelWidth() const { return cairo_image_surface_get_width(surface_); }
 int QnBitmapContext::pixelHeight() const { return cairo_image_surface_get_height(surface_); }
 

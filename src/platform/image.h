@@ -57,6 +57,8 @@ class QnBitmapContext {
   CGContext& context();
   // A snapshot of the pixels as they are now.
   QnImage makeImage() const;
+  // An image over the bitmap's own pixels: it changes as the bitmap is drawn into.
+  QnImage sharedImage() const;
   int pixelWidth() const;
   int pixelHeight() const;
   double scale() const { return scale_; }

@@ -50,6 +50,13 @@ void QnView::setNeedsDisplayInRect(const QnRect& rect) {
   needsDisplay_ = true;
   ++displayRequests_;
   displayRequested(rect);
+  // Whatever shows this view on a screen may sit further up: tell every ancestor, in its coordinates.
+  QnRect area = rect;
+  const QnView* child = this;
+  for (std::shared_ptr<QnView> view = superview(); view; child = view.get(), view = view->superview()) {
+    area.origin = {area.origin.x + child->frame().origin.x, area.origin.y + child->frame().origin.y};
+    view->displayRequested(area);
+  }
 }
 
 void QnView::displayInContext(CGContext& context) {

@@ -59,7 +59,7 @@ void QnDrawingView::updateLayout() {
 }
 
 void QnDrawingView::drawRect(CGContext& context, const QnRect&) {
-  if (cacheContext_) context.drawImage(cacheContext_->makeImage(), bounds());
+  if (cacheContext_) context.drawImage(cacheContext_->sharedImage(), bounds());
 }
 
 void QnDrawingView::colorChanged(const QnNotification& notification) {
