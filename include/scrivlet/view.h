@@ -28,7 +28,8 @@ class QnView : public std::enable_shared_from_this<QnView> {
   QnView& operator=(const QnView&) = delete;
 
   QnRect frame() const { return frame_; }
-  // Stores the frame and notifies the observers of every geometry key it changes.
+  // Stores the frame, resizes the subviews that follow it (autoresizingMask), and notifies the
+  // observers of every geometry key it changes.
   void setFrame(const QnRect& frame);
   // The view's own coordinate space: origin (0, 0), the frame's size.
   QnRect bounds() const { return {{0, 0}, frame_.size}; }
@@ -37,7 +38,8 @@ class QnView : public std::enable_shared_from_this<QnView> {
   void setHidden(bool hidden) { hidden_ = hidden; }
   int tag() const { return tag_; }
   void setTag(int tag) { tag_ = tag; }
-  // Which edges and sizes follow the superview: flexible width 2, height 16, bottom margin 32.
+  // Which margins and sizes take up a change of the superview's size: flexible left margin 1, width
+  // 2, right margin 4, top margin 8, height 16, bottom margin 32.
   int autoresizingMask() const { return autoresizingMask_; }
   void setAutoresizingMask(int mask) { autoresizingMask_ = mask; }
   bool isUserInteractionEnabled() const { return userInteractionEnabled_; }
@@ -77,13 +79,19 @@ class QnView : public std::enable_shared_from_this<QnView> {
                                     GeometryObserver observer);
   void removeGeometryObserver(ObserverToken token);
   size_t geometryObserverCount() const { return observers_.size(); }
+  // A backend that shows the view schedules its repaint here.
+  void setDisplayRequestHandler(std::function<void(const QnRect&)> handler) {
+    displayRequestHandler_ = std::move(handler);
+  }
+
   // Tells the observers of one key that it changed, as a rotation or a layer change would.
   void notifyGeometryChange(QnGeometryTarget target, const std::string& key);
 
  protected:
-  // Called on every display request of the view or of a view inside it (in this view's coordinates);
-  // a backend schedules its repaint here.
-  virtual void displayRequested(const QnRect&) {}
+  // Called on every display request of the view or of a view inside it (in this view's coordinates).
+  virtual void displayRequested(const QnRect& rect) {
+    if (displayRequestHandler_) displayRequestHandler_(rect);
+  }
 
  private:
   struct Observation {
@@ -106,6 +114,7 @@ class QnView : public std::enable_shared_from_this<QnView> {
   std::vector<std::shared_ptr<QnGestureRecognizer>> recognizers_;
   std::vector<Observation> observers_;
   ObserverToken nextToken_ = 1;
+  std::function<void(const QnRect&)> displayRequestHandler_;
 };
 
 }  // namespace scrivlet

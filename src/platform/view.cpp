@@ -15,9 +15,45 @@ QnView::~QnView() {
   for (auto& child : subviews_) child->superview_.reset();
 }
 
+namespace {
+
+// Shares a change of size among the flexible parts of one axis, in proportion to their sizes (or
+// equally when they are all zero), as autoresizing does.
+void shareChange(double change, bool flexibleLead, bool flexibleSize, bool flexibleTrail, double lead,
+                 double size, double trail, double& newLead, double& newSize) {
+  newLead = lead;
+  newSize = size;
+  double parts = (flexibleLead ? lead : 0) + (flexibleSize ? size : 0) + (flexibleTrail ? trail : 0);
+  int count = flexibleLead + flexibleSize + flexibleTrail;
+  if (count == 0 || change == 0) return;
+  auto share = [&](bool flexible, double part) {
+    if (!flexible) return 0.0;
+    return parts > 0 ? change * part / parts : change / count;
+  };
+  newLead = lead + share(flexibleLead, lead);
+  newSize = size + share(flexibleSize, size);
+}
+
+}  // namespace
+
 void QnView::setFrame(const QnRect& frame) {
   QnRect old = frame_;
   frame_ = frame;
+  if (old.size != frame.size) {
+    for (const auto& child : subviews_) {
+      int mask = child->autoresizingMask_;
+      if (mask == 0) continue;
+      QnRect c = child->frame_;
+      QnRect resized = c;
+      shareChange(frame.size.width - old.size.width, mask & 1, mask & 2, mask & 4, c.origin.x,
+                  c.size.width, old.size.width - c.origin.x - c.size.width, resized.origin.x,
+                  resized.size.width);
+      shareChange(frame.size.height - old.size.height, mask & 8, mask & 16, mask & 32, c.origin.y,
+                  c.size.height, old.size.height - c.origin.y - c.size.height, resized.origin.y,
+                  resized.size.height);
+      child->setFrame(resized);
+    }
+  }
   // A frame change is seen on the layer as a move of its position and a change of its bounds.
   if (old.origin != frame.origin || old.size != frame.size)
     notifyGeometryChange(QnGeometryTarget::layer, "position");

@@ -1,0 +1,248 @@
+// The demo window.
+#include "demo_window.h"
+
+#include <scrivlet/facade.h>
+#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/signature.h>
+
+#include "qt_capture_widget.h"
+#include "qt_modal_dialog.h"
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QFile>
+#include <QFileDialog>
+#include <QFormLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QSplitter>
+#include <QStatusBar>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+#include <poppler-document.h>
+#include <poppler-page-renderer.h>
+#include <poppler-page.h>
+
+namespace scrivlet {
+
+namespace {
+
+const char* const kPrompt = "Please sign on the line below";
+
+QByteArray bytesOf(const std::optional<std::vector<uint8_t>>& data) {
+  return data ? QByteArray(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()))
+              : QByteArray();
+}
+
+// The first page of a PDF as an image, at 2 pixels a point.
+QImage renderPdf(const QByteArray& pdf) {
+  std::unique_ptr<poppler::document> document(
+      poppler::document::load_from_raw_data(pdf.constData(), static_cast<int>(pdf.size())));
+  if (!document || document->pages() < 1) return {};
+  std::unique_ptr<poppler::page> page(document->create_page(0));
+  poppler::page_renderer renderer;
+  renderer.set_render_hints(poppler::page_renderer::antialiasing | poppler::page_renderer::text_antialiasing);
+  poppler::image image = renderer.render_page(page.get(), 144, 144);
+  if (!image.is_valid()) return {};
+  return QImage(reinterpret_cast<const uchar*>(image.const_data()), image.width(), image.height(),
+                image.bytes_per_row(), QImage::Format_ARGB32)
+      .copy();
+}
+
+}  // namespace
+
+DemoWindow::DemoWindow() {
+  setWindowTitle("Scrivlet demo");
+  auto* central = new QWidget(this);
+  auto* layout = new QVBoxLayout(central);
+  auto* top = new QHBoxLayout();
+  capture_ = new QnQtCaptureWidget(central);
+  capture_->setMinimumSize(540, 300);
+  capture_->setAutoFillBackground(true);
+  QPalette palette = capture_->palette();
+  palette.setColor(QPalette::Window, Qt::white);
+  capture_->setPalette(palette);
+  delegate_ = makeDelegate();
+  scrivlet_ = QnScrivlet::scrivletWithViewDelegate(capture_->view(), delegate_);
+  top->addWidget(capture_, 1);
+  top->addWidget(makeControls());
+  layout->addLayout(top, 3);
+  layout->addWidget(makeRecordView(), 2);
+  setCentralWidget(central);
+  statusBar()->showMessage("Sign in the white area with a finger, a pen or the mouse.");
+  resize(1100, 760);
+}
+
+DemoWindow::~DemoWindow() = default;
+
+std::shared_ptr<QnScrivletControllerDelegate> DemoWindow::makeDelegate() {
+  auto delegate = std::make_shared<QnScrivletControllerDelegate>();
+  delegate->scrivletDidEndLineWithSignaturePointCount = [this](auto, unsigned long count) {
+    statusBar()->showMessage(QString("Stroke ended: %1 points on the canvas").arg(count));
+  };
+  delegate->scrivletDidCompleteWithSignature = [this](auto, std::shared_ptr<QnSignature> record) {
+    showRecord(record);
+  };
+  delegate->scrivletDidCompleteWithNoSignature = [this](auto) {
+    statusBar()->showMessage("Done with nothing signed.");
+  };
+  delegate->scrivletDidCancelModalView = [this](auto) {
+    statusBar()->showMessage("The signing screen was cancelled.");
+  };
+  delegate->presentViewControllerAnimatedCompletion = [this](auto container, bool, auto completion) {
+    QnQtModalDialog::present(container, this);
+    if (completion) completion();
+  };
+  return delegate;
+}
+
+QWidget* DemoWindow::makeControls() {
+  auto* panel = new QWidget(this);
+  auto* form = new QFormLayout(panel);
+  auto controller = scrivlet_->scrivletController();
+  QnScrivlet* s = scrivlet_.get();
+
+  auto* colour = new QComboBox(panel);
+  const std::pair<const char*, QnColor> colours[] = {{"Black", QnColor(0, 0, 0, 1)},
+                                                     {"Blue", QnColor(0.05, 0.2, 0.65, 1)},
+                                                     {"Dark red", QnColor(0.55, 0.05, 0.1, 1)},
+                                                     {"Green", QnColor(0.05, 0.45, 0.2, 1)}};
+  for (const auto& [name, value] : colours) colour->addItem(name);
+  connect(colour, &QComboBox::currentIndexChanged, this, [s, colours](int i) {
+    if (i >= 0) s->setStrokeColor(colours[i].second);
+  });
+  form->addRow("Ink colour", colour);
+
+  auto spin = [&](double low, double high, double step, double value, auto setter) {
+    auto* box = new QDoubleSpinBox(panel);
+    box->setRange(low, high);
+    box->setSingleStep(step);
+    box->setValue(value);
+    connect(box, &QDoubleSpinBox::valueChanged, this, [s, setter](double v) { (s->*setter)(float(v)); });
+    return box;
+  };
+  form->addRow("Pen width", spin(0.5, 20, 0.5, controller->strokeWidthMax(), &QnScrivlet::setStrokeWidth));
+  form->addRow("Velocity reduction",
+               spin(0, 1, 0.05, controller->velocityReduction(), &QnScrivlet::setVelocityReduction));
+  form->addRow("Export scale", spin(0.5, 4, 0.5, controller->exportScale(), &QnScrivlet::setExportScale));
+
+  auto check = [&](const char* label, bool value, void (QnScrivlet::*setter)(bool)) {
+    auto* box = new QCheckBox(label, panel);
+    box->setChecked(value);
+    connect(box, &QCheckBox::toggled, this, [s, setter](bool on) { (s->*setter)(on); });
+    form->addRow(box);
+  };
+  check("Calligraphic pen", controller->useCalligraphicBrush(), &QnScrivlet::setUseCalligraphicBrush);
+  check("Guideline", controller->showGuideline(), &QnScrivlet::setShowGuideline);
+  check("Date on the exports", controller->showDate(), &QnScrivlet::setShowDate);
+  check("Time with the date", controller->dateIncludesTime(), &QnScrivlet::setDateIncludesTime);
+  check("Hash on the exports", controller->showHash(), &QnScrivlet::setShowHash);
+  check("Clip to the signing area", controller->clipSignatureToBounds(), &QnScrivlet::setClipSignatureToBounds);
+  check("Draw only with a pen", controller->drawOnlyWithApplePencil(), &QnScrivlet::setDrawOnlyWithApplePencil);
+  check("Three-finger swipes undo and redo", controller->swipeToUndoEnabled(),
+        &QnScrivlet::setSwipeToUndoEnabled);
+
+  auto* customHash = new QLineEdit(panel);
+  customHash->setPlaceholderText("generated");
+  connect(customHash, &QLineEdit::textChanged, this, [s](const QString& text) {
+    s->setCustomHash(text.isEmpty() ? std::nullopt : std::optional<std::string>(text.toStdString()));
+  });
+  form->addRow("Custom hash", customHash);
+
+  auto* buttons = new QHBoxLayout();
+  auto* clear = new QPushButton("Clear", panel);
+  auto* done = new QPushButton("Done", panel);
+  auto* modal = new QPushButton("Modal screen…", panel);
+  connect(clear, &QPushButton::clicked, this, [this] { scrivlet_->reset(this); });
+  connect(done, &QPushButton::clicked, this, [this] { this->done(); });
+  connect(modal, &QPushButton::clicked, this, [this] { openModalScreen(); });
+  buttons->addWidget(clear);
+  buttons->addWidget(done);
+  buttons->addWidget(modal);
+  form->addRow(buttons);
+  return panel;
+}
+
+QWidget* DemoWindow::makeRecordView() {
+  auto* box = new QWidget(this);
+  auto* layout = new QVBoxLayout(box);
+  recordSummary_ = new QLabel("No record yet.", box);
+  recordSummary_->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  layout->addWidget(recordSummary_);
+  recordTabs_ = new QTabWidget(box);
+  auto imageTab = [this](QLabel*& view, const char* title) {
+    auto* scroll = new QScrollArea(recordTabs_);
+    view = new QLabel(scroll);
+    view->setAlignment(Qt::AlignCenter);
+    scroll->setWidget(view);
+    scroll->setWidgetResizable(true);
+    recordTabs_->addTab(scroll, title);
+  };
+  imageTab(pngView_, "PNG");
+  imageTab(pdfView_, "PDF");
+  svgView_ = new QPlainTextEdit(recordTabs_);
+  svgView_->setReadOnly(true);
+  recordTabs_->addTab(svgView_, "SVG");
+  xmlView_ = new QPlainTextEdit(recordTabs_);
+  xmlView_->setReadOnly(true);
+  recordTabs_->addTab(xmlView_, "ISO/IEC 19794-7 XML");
+  layout->addWidget(recordTabs_, 1);
+  auto* saves = new QHBoxLayout();
+  for (const char* suffix : {"png", "pdf", "svg", "xml"}) {
+    auto* button = new QPushButton(QString("Save %1…").arg(QString(suffix).toUpper()), box);
+    connect(button, &QPushButton::clicked, this, [this, suffix] { save(suffix); });
+    saves->addWidget(button);
+  }
+  saves->addStretch(1);
+  layout->addLayout(saves);
+  return box;
+}
+
+void DemoWindow::done() { scrivlet_->done(this); }
+
+void DemoWindow::openModalScreen() {
+  modalDelegate_ = makeDelegate();
+  modalScrivlet_ = QnScrivlet::scrivletWithDelegateModalDisplayString(modalDelegate_, kPrompt);
+}
+
+void DemoWindow::showRecord(const std::shared_ptr<QnSignature>& record) {
+  record_ = record;
+  QImage png = QImage::fromData(bytesOf(record->imageData()), "PNG");
+  pngView_->setPixmap(QPixmap::fromImage(png));
+  pdfView_->setPixmap(QPixmap::fromImage(renderPdf(bytesOf(record->pdfData()))));
+  svgView_->setPlainText(QString::fromStdString(record->svgString().value_or("")));
+  xmlView_->setPlainText(QString::fromStdString(record->xmlString().value_or("")));
+  unsigned long points = 0;
+  if (record->rawPoints())
+    for (const auto& stroke : *record->rawPoints()) points += stroke ? stroke->size() : 0;
+  recordSummary_->setText(QString("Hash %1 · %2 points in %3 strokes · canvas %4 × %5 · PNG %6 bytes, PDF %7 bytes")
+                              .arg(QString::fromStdString(record->hashString().value_or("")))
+                              .arg(points)
+                              .arg(record->rawPoints() ? record->rawPoints()->size() : 0)
+                              .arg(record->frame().size.width)
+                              .arg(record->frame().size.height)
+                              .arg(record->imageData() ? record->imageData()->size() : 0)
+                              .arg(record->pdfData() ? record->pdfData()->size() : 0));
+  statusBar()->showMessage("Signature record delivered.");
+  if (recordHandler_) recordHandler_(record);
+}
+
+void DemoWindow::save(const QString& suffix) {
+  if (!record_) return;
+  QString path = QFileDialog::getSaveFileName(this, "Save", "signature." + suffix);
+  if (path.isEmpty()) return;
+  QByteArray bytes = suffix == "png"   ? bytesOf(record_->imageData())
+                     : suffix == "pdf" ? bytesOf(record_->pdfData())
+                     : suffix == "svg" ? QByteArray::fromStdString(record_->svgString().value_or(""))
+                                       : QByteArray::fromStdString(record_->xmlString().value_or(""));
+  QFile file(path);
+  if (file.open(QIODevice::WriteOnly)) file.write(bytes);
+}
+
+}  // namespace scrivlet

@@ -1,0 +1,60 @@
+// The demo's window: a signing area, a control for every host setting, and the delivered record.
+#pragma once
+
+#include <scrivlet/delegate.h>
+
+#include <QMainWindow>
+
+#include <functional>
+#include <memory>
+
+class QLabel;
+class QPlainTextEdit;
+class QTabWidget;
+
+namespace scrivlet {
+
+class QnQtCaptureWidget;
+class QnScrivlet;
+class QnSignature;
+
+class DemoWindow : public QMainWindow {
+ public:
+  DemoWindow();
+  ~DemoWindow() override;
+
+  QnQtCaptureWidget* captureWidget() const { return capture_; }
+  const std::shared_ptr<QnScrivlet>& scrivlet() const { return scrivlet_; }
+  const std::shared_ptr<QnSignature>& record() const { return record_; }
+  // Completes the signing in the window, as the "Done" button does.
+  void done();
+  // Opens the modal signing screen, as the "Modal screen" button does.
+  void openModalScreen();
+  // Called whenever a record arrives.
+  void setRecordHandler(std::function<void(std::shared_ptr<QnSignature>)> handler) {
+    recordHandler_ = std::move(handler);
+  }
+
+ private:
+  QWidget* makeControls();
+  QWidget* makeRecordView();
+  void showRecord(const std::shared_ptr<QnSignature>& record);
+  void save(const QString& suffix);
+  std::shared_ptr<QnScrivletControllerDelegate> makeDelegate();
+
+  QnQtCaptureWidget* capture_;
+  std::shared_ptr<QnScrivletControllerDelegate> delegate_;
+  std::shared_ptr<QnScrivlet> scrivlet_;
+  std::shared_ptr<QnScrivletControllerDelegate> modalDelegate_;
+  std::shared_ptr<QnScrivlet> modalScrivlet_;
+  std::shared_ptr<QnSignature> record_;
+  std::function<void(std::shared_ptr<QnSignature>)> recordHandler_;
+  QTabWidget* recordTabs_ = nullptr;
+  QLabel* pngView_ = nullptr;
+  QLabel* pdfView_ = nullptr;
+  QPlainTextEdit* svgView_ = nullptr;
+  QPlainTextEdit* xmlView_ = nullptr;
+  QLabel* recordSummary_ = nullptr;
+};
+
+}  // namespace scrivlet

@@ -1,0 +1,54 @@
+// The capture widget: shows a view (the ink sharply at the screen's pixel ratio, the guideline
+// fitted) and turns the widget's touch, tablet and mouse events into touch phases on it.
+#pragma once
+
+#include <scrivlet/touch.h>
+#include <scrivlet/view.h>
+
+#include <QWidget>
+
+class QTouchEvent;
+
+#include <map>
+#include <memory>
+
+namespace scrivlet {
+
+class QtTouch;
+
+class QnQtCaptureWidget : public QWidget {
+ public:
+  // Shows the given view, or a new one; the view's frame follows the widget's geometry.
+  explicit QnQtCaptureWidget(QWidget* parent = nullptr, std::shared_ptr<QnView> view = nullptr);
+  ~QnQtCaptureWidget() override;
+
+  const std::shared_ptr<QnView>& view() const { return view_; }
+  // Ends every touch still down, keeping what it drew (as when the window loses focus).
+  void endAllTouches();
+
+ protected:
+  bool event(QEvent* event) override;
+  void tabletEvent(QTabletEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void mouseMoveEvent(QMouseEvent* event) override;
+  void mouseReleaseEvent(QMouseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void moveEvent(QMoveEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+
+ private:
+  void handleTouchEvent(QTouchEvent* event);
+  // Delivers one phase; the event holds every touch down on the widget.
+  void deliver(QnTouchPhase phase, const QnTouchSet& touches);
+  void updateFrame();
+  std::shared_ptr<QtTouch> touchFor(qint64 key, int type);
+  void forget(qint64 key);
+
+  std::shared_ptr<QnView> view_;
+  // Touches down, by key: touch point ids, the mouse, and each pen by its device.
+  std::map<qint64, std::shared_ptr<QtTouch>> down_;
+};
+
+}  // namespace scrivlet

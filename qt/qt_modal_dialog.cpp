@@ -1,0 +1,82 @@
+// The modal dialog.
+#include "qt_modal_dialog.h"
+
+#include <scrivlet/navigation_controller.h>
+#include <scrivlet/popup.h>
+
+#include "qt_capture_widget.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QPointer>
+#include <QTimer>
+#include <QToolBar>
+#include <QVBoxLayout>
+
+namespace scrivlet {
+
+QnQtModalDialog::QnQtModalDialog(std::shared_ptr<QnNavigationController> container, QWidget* parent)
+    : QDialog(parent), container_(std::move(container)) {
+  const auto& screen = container_->rootViewController();
+  setWindowTitle("Sign");
+  auto* layout = new QVBoxLayout(this);
+  layout->setContentsMargins(0, 0, 0, 0);
+  layout->setSpacing(0);
+  capture_ = new QnQtCaptureWidget(this, screen->view());
+  capture_->setAutoFillBackground(true);
+  QPalette palette = capture_->palette();
+  palette.setColor(QPalette::Window, Qt::white);
+  capture_->setPalette(palette);
+  toolbar_ = new QToolBar(this);
+  for (const QnBarButtonItem& item : screen->toolbarItems()) {
+    if (item.flexibleSpace) {
+      auto* spacer = new QWidget(toolbar_);
+      spacer->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+      toolbar_->addWidget(spacer);
+      continue;
+    }
+    QAction* action = toolbar_->addAction(QString::fromStdString(item.title));
+    if (item.style == kQnBarButtonItemStyleDone) {
+      QFont bold = action->font();
+      bold.setBold(true);
+      action->setFont(bold);
+    }
+    auto run = item.action;
+    connect(action, &QAction::triggered, this, [run] {
+      if (run) run();
+    });
+  }
+  // The navigation bar is hidden and the toolbar shown, at the bottom as on a phone.
+  layout->addWidget(capture_, 1);
+  if (!container_->isToolbarHidden()) layout->addWidget(toolbar_);
+  QnSize size = screen->view()->frame().size;
+  resize(static_cast<int>(size.width), static_cast<int>(size.height) + toolbar_->sizeHint().height());
+}
+
+QnQtModalDialog* QnQtModalDialog::present(std::shared_ptr<QnNavigationController> container,
+                                          QWidget* parent) {
+  auto* dialog = new QnQtModalDialog(container, parent);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  QPointer<QnQtModalDialog> guard(dialog);
+  container->setPresented(true, [guard](bool, std::function<void()> completion) {
+    if (guard) guard->close();
+    // The completion comes once the dialog has gone, after the current event.
+    QTimer::singleShot(0, [completion = std::move(completion)] {
+      if (completion) completion();
+    });
+  });
+  dialog->open();
+  return dialog;
+}
+
+void QnQtModalDialog::closeEvent(QCloseEvent* event) {
+  // Closing the window is the screen's "Cancel".
+  if (container_->isPresented()) {
+    event->ignore();
+    container_->rootViewController()->cancelButton(this);
+    return;
+  }
+  QDialog::closeEvent(event);
+}
+
+}  // namespace scrivlet
