@@ -49,4 +49,7 @@ using QnStrokeRef = std::shared_ptr<QnStroke>;
 using QnStrokeList = std::vector<QnStrokeRef>;
 using QnStrokeListRef = std::shared_ptr<QnStrokeList>;
 
+// A deep copy of the strokes, every point moved by the offset; a missing list gives an empty one.
+QnStrokeListRef copyOfStrokesMovedBy(const QnStrokeListRef& strokes, QnPoint offset);
+
 }  // namespace scrivlet

@@ -160,21 +160,7 @@ void QnDemoDrawingController::setDrawingArray(QnStrokeListRef strokes) {
 }
 
 QnStrokeListRef QnDemoDrawingController::drawingArrayWithOffset(QnPoint offset) const {
-  auto copy = std::make_shared<QnStrokeList>();
-  copy->reserve(drawingArray_->size());
-  for (const QnStrokeRef& stroke : *drawingArray_) {
-    auto moved = std::make_shared<QnStroke>();
-    if (stroke) {
-      moved->reserve(stroke->size());
-      for (const QnSignaturePoint& point : *stroke) {
-        QnSignaturePoint p = point.copyWithZone();
-        p.location = {p.location.x + offset.x, p.location.y + offset.y};
-        moved->push_back(p);
-      }
-    }
-    copy->push_back(std::move(moved));
-  }
-  return copy;
+  return copyOfStrokesMovedBy(drawingArray_, offset);
 }
 
 void QnDemoDrawingController::drawCanvasToContextWithOffset(QnComboContext* context,

@@ -72,4 +72,23 @@ std::string QnSignaturePoint::description() const {
       azimuthAngle, altitudeAngle, pressure, diameter, static_cast<unsigned long>(id));
 }
 
+QnStrokeListRef copyOfStrokesMovedBy(const QnStrokeListRef& strokes, QnPoint offset) {
+  auto copy = std::make_shared<QnStrokeList>();
+  if (!strokes) return copy;
+  copy->reserve(strokes->size());
+  for (const QnStrokeRef& stroke : *strokes) {
+    auto moved = std::make_shared<QnStroke>();
+    if (stroke) {
+      moved->reserve(stroke->size());
+      for (const QnSignaturePoint& point : *stroke) {
+        QnSignaturePoint p = point.copyWithZone();
+        p.location = {p.location.x + offset.x, p.location.y + offset.y};
+        moved->push_back(p);
+      }
+    }
+    copy->push_back(std::move(moved));
+  }
+  return copy;
+}
+
 }  // namespace scrivlet

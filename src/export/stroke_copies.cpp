@@ -22,22 +22,7 @@ QnStrokeListRef QnScrivletController::copyOfStrokesClippedToBounds(const QnStrok
 
 QnStrokeListRef QnScrivletController::copyOfStrokesWithOffset(const QnStrokeListRef& strokes,
                                                               QnPoint offset) {
-  auto copy = std::make_shared<QnStrokeList>();
-  if (!strokes) return copy;
-  copy->reserve(strokes->size());
-  for (const QnStrokeRef& stroke : *strokes) {
-    auto moved = std::make_shared<QnStroke>();
-    if (stroke) {
-      moved->reserve(stroke->size());
-      for (const QnSignaturePoint& point : *stroke) {
-        QnSignaturePoint p = point.copyWithZone();
-        p.location = {p.location.x + offset.x, p.location.y + offset.y};
-        moved->push_back(p);
-      }
-    }
-    copy->push_back(std::move(moved));
-  }
-  return copy;
+  return copyOfStrokesMovedBy(strokes, offset);
 }
 
 QnRect QnScrivletController::boundingRectOfStrokesF(const QnStrokeListRef& strokes) {
