@@ -13,6 +13,8 @@
 #include "render/combo_context.h"
 #include "render/drawing_view.h"
 
+#include <algorithm>
+#include <climits>
 #include <cmath>
 
 namespace scrivlet {
@@ -25,6 +27,12 @@ constexpr QnPoint kDateOrigin{2.5, -5.5};  // from the canvas's bottom-left, les
 constexpr double kSVGTextDrop = 3.0;
 
 std::vector<uint8_t> bytesOf(const std::string& text) { return {text.begin(), text.end()}; }
+
+// The integer part of a canvas origin; one that is not a number at all counts as 0.
+int integerPart(float value) {
+  if (!std::isfinite(value)) return 0;
+  return static_cast<int>(std::clamp<double>(value, INT_MIN, INT_MAX));
+}
 
 }  // namespace
 
@@ -107,7 +115,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     combo = std::make_unique<QnComboContext>(&bitmap->context());
   }
   combo->setScaleCTMXY(static_cast<float>(e), static_cast<float>(e));
-  renderSignature(combo.get(), strokes, static_cast<int>(cx), static_cast<int>(cy), controller);
+  renderSignature(combo.get(), strokes, integerPart(cx), integerPart(cy), controller);
   if (showDate) renderDate(combo.get(), date, ch, dateSize);
   if (showHash) renderHashWithContext(combo.get(), showDate, controller, ch, dateSize);
   if (controller) {
