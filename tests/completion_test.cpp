@@ -18,10 +18,10 @@
 namespace scrivlet {
 namespace {
 
-using testing::BackgroundGate;
-using testing::DelegateLog;
-using testing::Trace;
-using testing::traceOf;
+using test_support::BackgroundGate;
+using test_support::DelegateLog;
+using test_support::Trace;
+using test_support::traceOf;
 using Calls = std::vector<std::string>;
 
 constexpr double kFixedUnixTime = 1700000000.0;  // 721692800 s after 1 January 2001

@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-namespace scrivlet::testing {
+namespace scrivlet::test_support {
 
 // Logs every delegate call as one line, in order. Records are named "#1", "#2"... in the order they
 // first arrive, so the same record delivered twice reads the same.
@@ -93,4 +93,4 @@ class BackgroundGate {
   bool isOpen_ = false;
 };
 
-}  // namespace scrivlet::testing
+}  // namespace scrivlet::test_support

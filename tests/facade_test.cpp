@@ -24,9 +24,9 @@
 namespace scrivlet {
 namespace {
 
-using testing::DelegateLog;
-using testing::Trace;
-using testing::traceOf;
+using test_support::DelegateLog;
+using test_support::Trace;
+using test_support::traceOf;
 using Calls = std::vector<std::string>;
 
 // Touch phases on a plain view as a screen reports them: each event holds every touch that is down.
