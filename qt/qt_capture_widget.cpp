@@ -138,8 +138,9 @@ void QnQtCaptureWidget::handleTouchEvent(QTouchEvent* event) {
 
 void QnQtCaptureWidget::tabletEvent(QTabletEvent* event) {
   event->accept();
+  // Each pen is its own touch: told apart by its device, since a pen need not report a serial.
   const QPointingDevice* device = event->pointingDevice();
-  qint64 key = kPenKeyBase + (device ? (device->uniqueId().numericId() & 0xffffff) : 0);
+  qint64 key = kPenKeyBase + (device ? (device->systemId() & 0xffffff) : 0);
   bool down = down_.count(key) > 0;
   QnTouchPhase phase;
   switch (event->type()) {

@@ -70,12 +70,9 @@ QnQtModalDialog* QnQtModalDialog::present(std::shared_ptr<QnNavigationController
 }
 
 void QnQtModalDialog::closeEvent(QCloseEvent* event) {
-  // Closing the window is the screen's "Cancel".
-  if (container_->isPresented()) {
-    event->ignore();
-    container_->rootViewController()->cancelButton(this);
-    return;
-  }
+  // Closing the window is the screen's "Cancel": the container's dismissal (which asks this close
+  // again, in vain while it is under way) reports once the window has gone.
+  if (container_->isPresented()) container_->rootViewController()->cancelButton(this);
   QDialog::closeEvent(event);
 }
 

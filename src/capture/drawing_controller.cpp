@@ -106,7 +106,8 @@ void QnDemoDrawingController::finalizeAndDrawCurrentStroke() {
 void QnDemoDrawingController::updateCanvasWithDrawingArrayFinalizeStrokeFullRedraw(
     const QnStrokeListRef& strokes, bool finalizeStroke, bool fullRedraw) {
   canvasView_->setMyStrokes(strokes);
-  canvasView_->drawToCacheWithFinalSegmentFullRedraw(finalizeStroke, fullRedraw);
+  canvasView_->drawStrokesToContextWithFinalSegmentFullRedraw(
+      strokes, canvasView_->cacheComboContext(), finalizeStroke, fullRedraw);
 }
 
 void QnDemoDrawingController::cancelDrawingStroke() {
@@ -165,8 +166,9 @@ QnStrokeListRef QnDemoDrawingController::drawingArrayWithOffset(QnPoint offset) 
 
 void QnDemoDrawingController::drawCanvasToContextWithOffset(QnComboContext* context,
                                                             QnPoint offset) {
-  canvasView_->setMyStrokes(drawingArrayWithOffset(offset));
-  canvasView_->drawToContextWithFinalSegmentFullRedraw(context, true, true);
+  QnStrokeListRef moved = drawingArrayWithOffset(offset);
+  canvasView_->setMyStrokes(moved);
+  canvasView_->drawStrokesToContextWithFinalSegmentFullRedraw(moved, context, true, true);
 }
 
 void QnDemoDrawingController::updateLayout() {

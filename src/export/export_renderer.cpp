@@ -142,8 +142,10 @@ void renderSignature(QnComboContext* context, const QnStrokeListRef& strokes, in
   if (!controller || !controller->drawingController()) return;
   const auto& canvasView = controller->drawingController()->canvasView();
   // The ink view keeps this copy as its stroke list until the live model sets its own again.
-  canvasView->setMyStrokes(QnScrivletController::copyOfStrokesWithOffset(strokes, {double(-originX), double(-originY)}));
-  canvasView->drawToContextWithFinalSegmentFullRedraw(context, true, true);
+  QnStrokeListRef moved =
+      QnScrivletController::copyOfStrokesWithOffset(strokes, {double(-originX), double(-originY)});
+  canvasView->setMyStrokes(moved);
+  canvasView->drawStrokesToContextWithFinalSegmentFullRedraw(moved, context, true, true);
 }
 
 void renderDate(QnComboContext* context, const std::string& date, double height, double fontSize) {

@@ -36,7 +36,7 @@ QnDrawingView::QnDrawingView(QnRect frame) : QnView(frame) {
   useCalligraphicBrush_ = false;
   calligraphicBrushRatio_ = 5.0f;
   calligraphicBrushAngle_ = 0.0f;
-  myStrokes_.store(std::make_shared<QnStrokeList>());
+  setMyStrokes(std::make_shared<QnStrokeList>());
   QnNotificationCenter::defaultCenter().addObserver(
       this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
   setStrokeColor(QnColor::black());
@@ -86,11 +86,16 @@ void QnDrawingView::drawToCacheWithFinalSegmentFullRedraw(bool finalSegment, boo
 
 void QnDrawingView::drawToContextWithFinalSegmentFullRedraw(QnComboContext* context,
                                                             bool finalSegment, bool fullRedraw) {
+  drawStrokesToContextWithFinalSegmentFullRedraw(myStrokes(), context, finalSegment, fullRedraw);
+}
+
+void QnDrawingView::drawStrokesToContextWithFinalSegmentFullRedraw(const QnStrokeListRef& strokes,
+                                                                   QnComboContext* context,
+                                                                   bool finalSegment,
+                                                                   bool fullRedraw) {
   if (!context) return;
   bool onMainThread = isMainThread();
   if (fullRedraw && onMainThread) context->clearRect(bounds());
-  // One list for the whole call, even if the export thread swaps in another meanwhile.
-  QnStrokeListRef strokes = myStrokes();
   QnColor color = strokeColor();
   if (strokes && !strokes->empty()) {
     size_t first = fullRedraw ? 0 : strokes->size() - 1;

@@ -6,7 +6,6 @@
 #include <scrivlet/signature_point.h>
 #include <scrivlet/view.h>
 
-#include <atomic>
 #include <memory>
 
 namespace scrivlet {
@@ -20,12 +19,13 @@ class QnDrawingView : public QnView {
   explicit QnDrawingView(QnRect frame);
   ~QnDrawingView() override;
 
-  // The strokes to draw, kept by reference. Safe to swap from the export thread.
-  QnStrokeListRef myStrokes() const { return myStrokes_.load(); }
-  void setMyStrokes(QnStrokeListRef strokes) { myStrokes_.store(std::move(strokes)); }
-  QnColor strokeColor() const { return *strokeColor_.load(); }
+  // The strokes to draw, kept by reference. The export thread swaps them too, so they are read and
+  // written atomically, like the ink colour.
+  QnStrokeListRef myStrokes() const { return std::atomic_load(&myStrokes_); }
+  void setMyStrokes(QnStrokeListRef strokes) { std::atomic_store(&myStrokes_, std::move(strokes)); }
+  QnColor strokeColor() const { return *std::atomic_load(&strokeColor_); }
   void setStrokeColor(const QnColor& color) {
-    strokeColor_.store(std::make_shared<const QnColor>(color));
+    std::atomic_store(&strokeColor_, std::make_shared<const QnColor>(color));
   }
 
   float cornerThreshold() const { return cornerThreshold_; }
@@ -61,6 +61,11 @@ class QnDrawingView : public QnView {
   // with final true the piece that carries the ink to the last point too.
   void drawToContextWithFinalSegmentFullRedraw(QnComboContext* context, bool finalSegment,
                                                bool fullRedraw);
+  // The same with the list given, for a caller that has just set it: another thread may set its
+  // own meanwhile, and each must draw the list it set.
+  void drawStrokesToContextWithFinalSegmentFullRedraw(const QnStrokeListRef& strokes,
+                                                      QnComboContext* context, bool finalSegment,
+                                                      bool fullRedraw);
   void drawToCacheWithFinalSegmentFullRedraw(bool finalSegment, bool fullRedraw);
   // Shows the cache over the bounds.
   void drawRect(CGContext& context, const QnRect& rect) override;
@@ -98,8 +103,8 @@ class QnDrawingView : public QnView {
                       const QnColor& color);
   void requestRedisplay(const QnStrokeList* strokes, bool fullRedraw);
 
-  std::atomic<QnStrokeListRef> myStrokes_;
-  std::atomic<std::shared_ptr<const QnColor>> strokeColor_;
+  QnStrokeListRef myStrokes_;
+  std::shared_ptr<const QnColor> strokeColor_;
   float cornerThreshold_;
   bool showDebug_ = false;
   float strokeSmoothingAmount_;
