@@ -1,326 +1,152 @@
 // The capture controller's advance preparation of the record, its cache, and the completion calls.
-#include <scrivlet/device.h>
-#include <scrivlet/facade.h>
 #include <scrivlet/pdf_document.h>
-#include <scrivlet/scrivlet_controller.h>
 
-#include "capture/drawing_controller.h"
 #include "delegate_log.h"
 #include "platform/clock.h"
-#include "platform/headless/headless_touch.h"
 #include "platform/headless/headless_view.h"
 #include "platform/image.h"
 
 #include <gtest/gtest.h>
 
-#include <cctype>
+#include <future>
+#include <sstream>
 
 namespace scrivlet {
 namespace {
 
-using test_support::BackgroundGate;
-using test_support::DelegateLog;
-using test_support::Trace;
-using test_support::traceOf;
-using Calls = std::vector<std::string>;
+using namespace test_support;
 
-constexpr double kFixedUnixTime = 1700000000.0;  // 721692800 s after 1 January 2001
+const Path kA = {{100, 200}, {150, 230}, {200, 210}}, kB = {{300, 100}, {320, 120}}, kS = {{100, 200}, {150, 230}};
+// A finger's stroke holds its points and the last one again.
+Path ended(Path p) { p.push_back(p.back()); return p; }
 
 class Completion : public ::testing::Test {
  protected:
   void SetUp() override {
-    QnDevice::resetToDefaults();
-    QnClock::setFixedTime(kFixedUnixTime);
-    // One background thread, so that a gate can hold the preparations back.
-    loop = std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::manual, 1);
-    QnScheduler::setCurrent(loop);
-    view = HeadlessView::create(makeRect(0, 0, 540, 527));
-    facade = QnScrivlet::scrivletWithViewDelegate(view, log.delegate);
+    QnClock::setFixedTime(1700000000.0);
     log.facade = facade;
-    c = facade->scrivletController();
   }
   void TearDown() override {
-    gate.open();
-    c.reset();
-    facade.reset();
-    QnScheduler::setCurrent(std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::realTime));
+    if (!released) gate.set_value();
     QnClock::setFixedTime(std::nullopt);
-    QnDevice::resetToDefaults();
   }
-  // One finger down at the first point, moved through the others, lifted at the last: the stroke
-  // holds the points and the last one again.
-  void draw(const std::vector<QnPoint>& points, double t) {
-    auto f = std::make_shared<HeadlessTouch>(points.front(), t);
-    view->beginTouches({f});
-    for (size_t i = 1; i < points.size(); ++i) {
-      f->moveTo(points[i], t + 0.01 * static_cast<double>(i));
-      view->moveTouches({f});
+  // Steps: A, B, S draw those paths; x lays a finger on B's path and cancels it past its end; a
+  // number advances the clock; idle runs all due work; hold keeps background work back until release.
+  void run(const std::string& steps) {
+    std::istringstream in(steps);
+    for (std::string s; in >> s;) {
+      if (s == "A" || s == "B" || s == "S") touchPaths(*view, {s == "A" ? kA : s == "B" ? kB : kS}, ++t);
+      else if (s == "x") {
+        auto f = std::make_shared<HeadlessTouch>(QnPoint{300, 100}, ++t);
+        view->beginTouches({f}), f->moveTo({320, 120}, t + 0.01), view->moveTouches({f});
+        f->moveTo({330, 130}, t + 0.02), view->cancelTouches({f});
+      } else if (std::isdigit(s[0])) loop.advance(std::stod(s));
+      else if (s == "idle") loop.runUntilIdle();
+      else if (s == "done") facade->done();
+      else if (s == "willBeDone") c->willBeDone();
+      else if (s == "reset") facade->reset();
+      else if (s == "undo") c->undo();
+      else if (s == "dismiss") c->didDismissModalView();
+      else if (s == "-willComplete") log.delegate->scrivletWillCompleteWithSignature = nullptr;
+      else if (s == "hold") loop.runInBackground([held = gate.get_future().share()] { held.wait(); });
+      else if (s == "release") gate.set_value(), released = true;
+      else if (s == "destroy") {
+        std::weak_ptr<QnScrivletController> weak = c;
+        c.reset(), facade.reset();
+        EXPECT_TRUE(weak.expired());
+      } else ADD_FAILURE() << "no step " << s;
     }
-    view->endTouches({f});
   }
-  size_t strokesOnCanvas() { return c->drawingController()->drawingArray()->size(); }
 
-  std::shared_ptr<HeadlessRunLoop> loop;
-  BackgroundGate gate;
+  ManualLoop manual{1};  // one background thread, so that the gate holds all background work
+  HeadlessRunLoop& loop = *manual.loop;
+  std::promise<void> gate;
+  bool released = false;
+  double t = 0;
   DelegateLog log;
-  std::shared_ptr<HeadlessView> view;
-  std::shared_ptr<QnScrivlet> facade;
-  std::shared_ptr<QnScrivletController> c;
+  std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 540, 527));
+  std::shared_ptr<QnScrivlet> facade = QnScrivlet::scrivletWithViewDelegate(view, log.delegate);
+  std::shared_ptr<QnScrivletController> c = facade->scrivletController();
 };
 
-const Trace kTraceA = {{{100, 200}, {150, 230}, {200, 210}, {200, 210}}};
-const Trace kTraceB = {{{300, 100}, {320, 120}, {320, 120}}};
-
 TEST_F(Completion, DoneSoonAfterAStrokeWaitsForThePreparationAndGetsItsRecord) {
-  draw({{100, 200}, {150, 230}, {200, 210}}, 1);
-  EXPECT_EQ(loop->pendingTimerCount(), 1u);
-  loop->advance(0.1);
-  // Repeated requests while the record is pending set the flags once and yield one call each.
-  for (int i = 0; i < 3; ++i) EXPECT_NO_THROW(facade->done());
+  run("A");
+  EXPECT_EQ(loop.pendingTimerCount(), 1u);
+  EXPECT_NO_THROW(run("0.1 done done done 0.09 idle"));  // 0.19 s after the stroke: not yet
+  EXPECT_EQ(loop.pendingTimerCount(), 1u);
+  EXPECT_FALSE(c->cachedSignature());
   EXPECT_EQ(log.calls, (Calls{"didEndLine 4"}));
-  EXPECT_EQ(c->willBeDoneCallbackRequested(), 1);
-  EXPECT_EQ(c->doneCallbackRequested(), 1);
-  loop->advance(0.09);  // 0.19 s after the stroke: not yet
-  loop->runUntilIdle();
-  EXPECT_EQ(loop->pendingTimerCount(), 1u);
-  EXPECT_FALSE(c->cachedSignature());
-  EXPECT_EQ(log.calls.size(), 1u);
-
-  loop->advance(0.02);
-  EXPECT_EQ(loop->pendingTimerCount(), 0u);
-  loop->runUntilIdle();
+  run("0.02 idle");  // the repeated requests are answered once
   ASSERT_EQ(log.calls, (Calls{"didEndLine 4", "willComplete #1", "didComplete #1"}));
-  EXPECT_EQ(c->willBeDoneCallbackRequested(), 0);
-  EXPECT_EQ(c->doneCallbackRequested(), 0);
-  const auto& record = log.record(1);
-  EXPECT_EQ(c->cachedSignature(), record);
-  EXPECT_EQ(traceOf(record->rawPoints()), kTraceA);
+  EXPECT_EQ(c->cachedSignature(), log.records.at(0));
+  EXPECT_EQ(traceOf(log.records.at(0)->rawPoints()), Trace{ended(kA)});
   // The points' box (100, 200)-(200, 230) with 1.5 default pen widths (6) around it.
-  EXPECT_EQ(record->frame(), makeRect(94, 194, 112, 42));
-  ASSERT_TRUE(record->imageData());
-  QnImage png = QnImage::decodePNG(*record->imageData());
-  ASSERT_FALSE(png.isNull());
-  EXPECT_EQ(png.pixelWidth(), 112);
-  EXPECT_EQ(png.pixelHeight(), 42);
-  EXPECT_TRUE(record->imageView());
-  ASSERT_TRUE(record->pdfData());
-  ASSERT_TRUE(record->pdf());
-  EXPECT_EQ(record->pdf()->numberOfPages(), 1);
-  EXPECT_EQ(record->pdf()->pageSize(0), (QnSize{112, 42}));
-  ASSERT_TRUE(record->svgString() && record->xmlString() && record->hashString());
-  EXPECT_NE(record->svgString()->find("<svg"), std::string::npos);
-  EXPECT_NE(record->xmlString()->find("<?xml"), std::string::npos);
-  ASSERT_EQ(record->hashString()->size(), 10u);
-  for (char digit : *record->hashString()) EXPECT_TRUE(std::isxdigit(static_cast<unsigned char>(digit)));
-  EXPECT_EQ(record->timestamp(), 721692800.0);
-}
-
-TEST_F(Completion, AStrokeBegunWithinTheDelayCancelsTheEarlierPreparation) {
-  draw({{100, 200}, {150, 230}, {200, 210}}, 1);
-  loop->advance(0.15);
-  auto f = std::make_shared<HeadlessTouch>(QnPoint{300, 100}, 2);
-  view->beginTouches({f});
-  EXPECT_EQ(loop->pendingTimerCount(), 0u);
-  f->moveTo({320, 120}, 2.01);
-  view->moveTouches({f});
-  view->endTouches({f});
-  EXPECT_EQ(loop->pendingTimerCount(), 1u);
-  facade->done();
-  // Past the first stroke's moment (0.2 s) but not the second's (0.35 s): nothing was prepared.
-  loop->advance(0.15);
-  loop->runUntilIdle();
-  EXPECT_FALSE(c->cachedSignature());
-  loop->advance(0.1);
-  loop->runUntilIdle();
-  ASSERT_EQ(log.calls, (Calls{"didEndLine 4", "didEndLine 7", "willComplete #1", "didComplete #1"}));
-  EXPECT_EQ(traceOf(log.record(1)->rawPoints()), (Trace{kTraceA[0], kTraceB[0]}));
-}
-
-TEST_F(Completion, APreparationFinishingAfterANewerStrokeEndedStoresItsOlderRecord) {
-  gate.close(*loop);
-  draw({{100, 200}, {150, 230}, {200, 210}}, 1);
-  loop->advance(0.25);  // the first preparation is queued, held back by the gate
-  EXPECT_EQ(loop->pendingTimerCount(), 0u);
-  // It runs while the second stroke is drawn; its result waits in the main queue.
-  gate.open();
-  draw({{300, 100}, {320, 120}}, 2);
-  EXPECT_FALSE(c->cachedSignature());
-  EXPECT_EQ(loop->pendingTimerCount(), 1u);
-  loop->runUntilIdle();
-  ASSERT_TRUE(c->cachedSignature());
-  EXPECT_EQ(traceOf(c->cachedSignature()->rawPoints()), kTraceA);
-  EXPECT_EQ(log.calls, (Calls{"didEndLine 4", "didEndLine 7"}));
-  facade->done();
-  EXPECT_EQ(log.calls,
-            (Calls{"didEndLine 4", "didEndLine 7", "willComplete #1", "didComplete #1"}));
-  EXPECT_EQ(traceOf(log.record(1)->rawPoints()), kTraceA);
-
-  loop->advance(0.25);
-  loop->runUntilIdle();
-  ASSERT_TRUE(c->cachedSignature());
-  EXPECT_NE(c->cachedSignature(), log.record(1));
-  EXPECT_EQ(log.calls.size(), 4u);
-  facade->done();
-  ASSERT_EQ(log.calls.size(), 6u);
-  EXPECT_EQ(log.calls[4], "willComplete #2");
-  EXPECT_EQ(log.calls[5], "didComplete #2");
-  EXPECT_EQ(traceOf(log.record(2)->rawPoints()), (Trace{kTraceA[0], kTraceB[0]}));
+  EXPECT_EQ(log.records.at(0)->frame(), makeRect(94, 194, 112, 42));
+  EXPECT_EQ(log.records.at(0)->timestamp(), 721692800.0);  // 1700000000 s after 1970
 }
 
 TEST_F(Completion, PreparationCopiesOnlyItsListOfSettings) {
-  c->setSkipPDFData(true);     // not copied: the record still has a PDF
-  c->setStrokeWidthMax(10);    // not copied: the margin is 1.5 default widths
-  c->setExportScale(2);        // copied
-  c->setCustomHash("F00D");    // copied
-  draw({{100, 200}, {150, 230}}, 1);
-  loop->advance(0.25);
-  loop->runUntilIdle();
+  c->setSkipPDFData(true);   // not copied: the record still has a PDF
+  c->setStrokeWidthMax(10);  // not copied: the margin is 1.5 default widths
+  c->setExportScale(2);      // copied
+  c->setCustomHash("F00D");  // copied
+  run("S 0.25 idle");
   const auto& record = c->cachedSignature();
-  ASSERT_TRUE(record);
+  ASSERT_TRUE(record && record->pdfData() && record->pdf() && record->imageData());
   // Box (100, 200, 50, 30); margin 6 on each side: (94, 194, 62, 42); twice that as the canvas.
   EXPECT_EQ(record->frame(), makeRect(94, 194, 124, 84));
   EXPECT_EQ(record->hashString(), "F00D");
-  ASSERT_TRUE(record->pdfData());
-  ASSERT_TRUE(record->pdf());
   EXPECT_EQ(record->pdf()->pageSize(0), (QnSize{124, 84}));
-  ASSERT_TRUE(record->imageData());
   QnImage png = QnImage::decodePNG(*record->imageData());
-  EXPECT_EQ(png.pixelWidth(), 124);
-  EXPECT_EQ(png.pixelHeight(), 84);
-  // The live controller keeps its own settings.
-  EXPECT_TRUE(c->skipPDFData());
-  EXPECT_EQ(c->strokeWidthMax(), 10.0f);
+  EXPECT_EQ(std::pair(png.pixelWidth(), png.pixelHeight()), std::pair(124, 84));
 }
 
-TEST_F(Completion, AControllerDestroyedDuringAPreparationFinishesSilently) {
-  gate.close(*loop);
-  draw({{100, 200}, {150, 230}}, 1);
-  facade->done();
-  loop->advance(0.25);
-  std::weak_ptr<QnScrivletController> weak = c;
-  gate.open();
-  c.reset();
-  facade.reset();
-  EXPECT_TRUE(weak.expired());
-  EXPECT_NO_THROW(loop->runUntilIdle());
-  EXPECT_EQ(log.calls, (Calls{"didEndLine 3"}));
+struct Script {
+  const char* name;
+  const char* steps;
+  Calls calls;
+  std::vector<Trace> records;  // the delivered records' strokes in order, then the cached record's
+};
+void PrintTo(const Script& script, std::ostream* os) { *os << '"' << script.steps << '"'; }
+class CompletionScript : public Completion, public ::testing::WithParamInterface<Script> {};
+
+TEST_P(CompletionScript, CallsTheDelegateAsPrescribedAndLosesNoRecord) {
+  EXPECT_NO_THROW(run(GetParam().steps));
+  EXPECT_EQ(log.calls, GetParam().calls);
+  std::vector<Trace> records;
+  for (const auto& record : log.records) records.push_back(traceOf(record->rawPoints()));
+  records.push_back(c && c->cachedSignature() ? traceOf(c->cachedSignature()->rawPoints()) : Trace{});
+  EXPECT_EQ(records, GetParam().records);
 }
 
-TEST_F(Completion, CompletionFromTheCacheRepeatsTheSameRecord) {
-  draw({{100, 200}, {150, 230}, {200, 210}}, 1);
-  loop->advance(0.25);
-  loop->runUntilIdle();
-  EXPECT_EQ(log.calls, (Calls{"didEndLine 4"}));
-  facade->done();
-  facade->done();
-  c->willBeDone();
-  c->done();
-  EXPECT_EQ(log.calls, (Calls{"didEndLine 4", "willComplete #1", "didComplete #1", "willComplete #1",
-                              "didComplete #1", "willComplete #1", "didComplete #1"}));
-  EXPECT_EQ(log.records.size(), 1u);
-  EXPECT_EQ(strokesOnCanvas(), 1u);
-  // Methods the delegate lacks are skipped.
-  log.delegate->scrivletWillCompleteWithSignature = nullptr;
-  log.calls.clear();
-  facade->done();
-  EXPECT_EQ(log.calls, (Calls{"didComplete #1"}));
-}
-
-TEST_F(Completion, EmptyCanvasResetAndDismissalCallOnlyWhatTheyShould) {
-  {
-    SCOPED_TRACE("nothing drawn");
-    c->willBeDone();
-    EXPECT_TRUE(log.calls.empty());
-    c->done();
-    facade->done();
-    EXPECT_EQ(log.calls, (Calls{"noSignature", "noSignature"}));
-    EXPECT_EQ(c->willBeDoneCallbackRequested(), 0);
-    EXPECT_EQ(c->doneCallbackRequested(), 0);
-  }
-  {
-    SCOPED_TRACE("reset while armed keeps the timer; the record is prepared but not delivered");
-    log.calls.clear();
-    draw({{100, 200}, {150, 230}}, 1);
-    facade->reset();
-    EXPECT_EQ(strokesOnCanvas(), 0u);
-    EXPECT_EQ(loop->pendingTimerCount(), 1u);
-    facade->done();
-    loop->advance(0.25);
-    loop->runUntilIdle();
-    ASSERT_TRUE(c->cachedSignature());
-    EXPECT_EQ(traceOf(c->cachedSignature()->rawPoints()), (Trace{{{100, 200}, {150, 230}, {150, 230}}}));
-    EXPECT_EQ(log.calls, (Calls{"didEndLine 3", "noSignature"}));
-  }
-  {
-    SCOPED_TRACE("the modal screen was dismissed");
-    log.calls.clear();
-    c->didDismissModalView();
-    EXPECT_EQ(log.calls, (Calls{"cancel"}));
-  }
-}
-
-TEST_F(Completion, ResetDuringAPreparationLeavesTheCacheAndTheRequests) {
-  gate.close(*loop);
-  draw({{100, 200}, {150, 230}}, 1);
-  facade->done();
-  loop->advance(0.25);
-  facade->reset();
-  EXPECT_EQ(strokesOnCanvas(), 0u);
-  EXPECT_EQ(c->willBeDoneCallbackRequested(), 1);
-  EXPECT_EQ(c->doneCallbackRequested(), 1);
-  gate.open();
-  loop->runUntilIdle();
-  ASSERT_EQ(log.calls, (Calls{"didEndLine 3", "willComplete #1", "didComplete #1"}));
-  EXPECT_EQ(traceOf(log.record(1)->rawPoints()), (Trace{{{100, 200}, {150, 230}, {150, 230}}}));
-  EXPECT_EQ(c->cachedSignature(), log.record(1));
-  // The canvas is empty now, whatever the cache holds.
-  facade->done();
-  EXPECT_EQ(log.calls.back(), "noSignature");
-}
-
-TEST_F(Completion, AfterUndoingOneOfTwoStrokesCompletionDeliversBoth) {
-  draw({{100, 200}, {150, 230}, {200, 210}}, 1);
-  draw({{300, 100}, {320, 120}}, 2);
-  loop->advance(0.25);
-  loop->runUntilIdle();
-  c->undo();
-  EXPECT_EQ(strokesOnCanvas(), 1u);
-  facade->done();
-  ASSERT_EQ(log.calls, (Calls{"didEndLine 4", "didEndLine 7", "willComplete #1", "didComplete #1"}));
-  EXPECT_EQ(traceOf(log.record(1)->rawPoints()), (Trace{kTraceA[0], kTraceB[0]}));
-  c->undo();
-  facade->done();
-  EXPECT_EQ(log.calls.back(), "noSignature");
-  EXPECT_EQ(log.calls.size(), 5u);
-}
-
-TEST_F(Completion, ARequestMadeWhileNothingIsArmedWaitsForALaterPreparation) {
-  draw({{100, 200}, {150, 230}, {200, 210}}, 1);
-  // A touch-down disarms the timer; its cancellation away from the last draw point arms nothing.
-  auto f = std::make_shared<HeadlessTouch>(QnPoint{300, 100}, 2);
-  view->beginTouches({f});
-  f->moveTo({320, 120}, 2.01);
-  view->moveTouches({f});
-  f->moveTo({330, 130}, 2.02);
-  view->cancelTouches({f});
-  EXPECT_EQ(loop->pendingTimerCount(), 0u);
-  facade->done();
-  loop->advance(1);
-  loop->runUntilIdle();
-  EXPECT_EQ(log.calls, (Calls{"didEndLine 4"}));
-  EXPECT_EQ(c->willBeDoneCallbackRequested(), 1);
-  EXPECT_EQ(c->doneCallbackRequested(), 1);
-
-  // The next stroke keeps the unfinished one and, once prepared, answers the waiting request.
-  draw({{50, 50}, {60, 60}}, 3);
-  loop->advance(0.25);
-  loop->runUntilIdle();
-  ASSERT_EQ(log.calls, (Calls{"didEndLine 4", "didEndLine 9", "willComplete #1", "didComplete #1"}));
-  EXPECT_EQ(traceOf(log.record(1)->rawPoints()),
-            (Trace{kTraceA[0], {{300, 100}, {320, 120}}, {{50, 50}, {60, 60}, {60, 60}}}));
-  EXPECT_EQ(c->willBeDoneCallbackRequested(), 0);
-  EXPECT_EQ(c->doneCallbackRequested(), 0);
-}
+const Trace kAB = {ended(kA), ended(kB)};
+const Script kScripts[] = {
+    // Past the first stroke's moment (0.2 s), not the second's (0.35 s): nothing may be prepared.
+    {"AStrokeBegunWithinTheDelayCancelsTheEarlierPreparation", "A 0.15 B done 0.15 idle 0.1 idle",
+     {"didEndLine 4", "didEndLine 7", "willComplete #1", "didComplete #1"}, {kAB, kAB}},
+    // The first preparation runs while the second stroke is drawn; its older record is stored.
+    {"APreparationFinishingAfterANewerStrokeStoresItsOlderRecord", "hold A 0.25 release B idle done 0.25 idle done",
+     {"didEndLine 4", "didEndLine 7", "willComplete #1", "didComplete #1", "willComplete #2", "didComplete #2"},
+     {{ended(kA)}, kAB, kAB}},
+    {"AControllerDestroyedDuringAPreparationFinishesSilently", "hold S done 0.25 release destroy idle",
+     {"didEndLine 3"}, {{}}},
+    // The cache outlives an undo; methods the delegate lacks are skipped; an empty canvas has no record.
+    {"RequestsAnsweredFromTheCacheRepeatTheSameRecord", "A B 0.25 idle done done undo done -willComplete done undo done",
+     {"didEndLine 4", "didEndLine 7", "willComplete #1", "didComplete #1", "willComplete #1", "didComplete #1",
+      "willComplete #1", "didComplete #1", "didComplete #1", "noSignature"}, {kAB, kAB}},
+    // Reset while armed keeps the timer: the record is prepared but not delivered.
+    {"EmptyCanvasResetWhileArmedAndDismissal", "willBeDone done done S reset done 0.25 idle dismiss",
+     {"noSignature", "noSignature", "didEndLine 3", "noSignature", "cancel"}, {{ended(kS)}}},
+    // The reset leaves the cache and the requests; the canvas is empty afterwards whatever the cache holds.
+    {"ResetDuringAPreparation", "hold S done 0.25 reset release idle done",
+     {"didEndLine 3", "willComplete #1", "didComplete #1", "noSignature"}, {{ended(kS)}, {ended(kS)}}},
+    // A cancelled touch disarms and arms nothing; the next stroke keeps it and answers the waiting request.
+    {"ARequestMadeWhileNothingIsArmedWaitsForALaterPreparation", "A x done 1 idle S 0.25 idle",
+     {"didEndLine 4", "didEndLine 9", "willComplete #1", "didComplete #1"},
+     {{ended(kA), kB, ended(kS)}, {ended(kA), kB, ended(kS)}}},
+};
+INSTANTIATE_TEST_SUITE_P(Completion, CompletionScript, ::testing::ValuesIn(kScripts),
+                         [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace scrivlet

@@ -1,96 +1,84 @@
-// Test support for completion: a delegate that logs its calls, stroke traces, and a gate that holds
-// back the background thread of a run loop.
+// Test support shared by the core and Qt tests: a delegate that logs its calls, stroke traces, fingers
+// on a plain view, and a manual run loop.
 #pragma once
 
-#include <scrivlet/delegate.h>
+#include <scrivlet/device.h>
+#include <scrivlet/facade.h>
+#include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 
+#include "capture/drawing_controller.h"
 #include "platform/headless/headless_run_loop.h"
+#include "platform/headless/headless_touch.h"
 
-#include <future>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
+#include <algorithm>
 
 namespace scrivlet::test_support {
 
-// Logs every delegate call as one line, in order. Records are named "#1", "#2"... in the order they
-// first arrive, so the same record delivered twice reads the same.
-class DelegateLog {
- public:
-  DelegateLog() : delegate(std::make_shared<QnScrivletControllerDelegate>()) {
-    delegate->scrivletDidEndLineWithSignaturePointCount = [this](auto facade, unsigned long n) {
-      add(facade, "didEndLine " + std::to_string(n));
-    };
-    delegate->scrivletWillCompleteWithSignature = [this](auto facade, auto record) {
-      add(facade, "willComplete " + name(record));
-    };
-    delegate->scrivletDidCompleteWithSignature = [this](auto facade, auto record) {
-      add(facade, "didComplete " + name(record));
-    };
-    delegate->scrivletDidCompleteWithNoSignature = [this](auto facade) { add(facade, "noSignature"); };
-    delegate->scrivletDidCancelModalView = [this](auto facade) { add(facade, "cancel"); };
+using Calls = std::vector<std::string>;
+using Path = std::vector<std::pair<double, double>>;
+using Trace = std::vector<Path>;
+
+// Every delegate call as one line, in order. Records are named "#1", "#2"... as they first arrive, so
+// the same record delivered twice reads the same; a call that names another facade says so.
+struct DelegateLog {
+  DelegateLog() {
+    delegate->scrivletDidEndLineWithSignaturePointCount = [this](auto f, auto n) { add(f, "didEndLine " + std::to_string(n)); };
+    delegate->scrivletWillCompleteWithSignature = [this](auto f, auto r) { add(f, "willComplete " + name(r)); };
+    delegate->scrivletDidCompleteWithSignature = [this](auto f, auto r) { add(f, "didComplete " + name(r)); };
+    delegate->scrivletDidCompleteWithNoSignature = [this](auto f) { add(f, "noSignature"); };
+    delegate->scrivletDidCancelModalView = [this](auto f) { add(f, "cancel"); };
   }
-  DelegateLog(const DelegateLog&) = delete;
-  DelegateLog& operator=(const DelegateLog&) = delete;
-
-  // A line for an event of the test itself, such as a dismissal.
-  void note(std::string line) { calls.push_back(std::move(line)); }
-  const std::shared_ptr<QnSignature>& record(size_t number) const { return records.at(number - 1); }
-
-  std::shared_ptr<QnScrivletControllerDelegate> delegate;
-  // The facade every call must name first.
-  std::weak_ptr<QnScrivlet> facade;
-  std::vector<std::string> calls;
-  std::vector<std::shared_ptr<QnSignature>> records;
-
- private:
-  void add(const std::shared_ptr<QnScrivlet>& first, std::string line) {
-    if (!first || first != facade.lock()) line += " (not from the facade)";
-    calls.push_back(std::move(line));
+  DelegateLog(const DelegateLog&) = delete;  // the delegate's calls land in this one
+  void add(const std::shared_ptr<QnScrivlet>& from, const std::string& line) {
+    calls.push_back(from && from == facade.lock() ? line : line + " (not from the facade)");
   }
   std::string name(const std::shared_ptr<QnSignature>& record) {
-    if (!record) return "null";
-    for (size_t i = 0; i < records.size(); ++i)
-      if (records[i] == record) return "#" + std::to_string(i + 1);
-    records.push_back(record);
-    return "#" + std::to_string(records.size());
+    auto at = std::find(records.begin(), records.end(), record);
+    if (record && at == records.end()) at = records.insert(at, record);
+    return record ? "#" + std::to_string(at - records.begin() + 1) : "null";
   }
-};
+  bool has(const std::string& call) const { return std::find(calls.begin(), calls.end(), call) != calls.end(); }
 
-using Trace = std::vector<std::vector<std::pair<double, double>>>;
+  std::shared_ptr<QnScrivletControllerDelegate> delegate = std::make_shared<QnScrivletControllerDelegate>();
+  std::weak_ptr<QnScrivlet> facade;  // the facade every call must name first
+  Calls calls;
+  std::vector<std::shared_ptr<QnSignature>> records;
+};
 
 // The locations of every point, stroke by stroke.
 inline Trace traceOf(const QnStrokeListRef& strokes) {
   Trace trace;
-  if (!strokes) return trace;
-  for (const QnStrokeRef& stroke : *strokes) {
-    trace.emplace_back();
-    if (stroke)
-      for (const QnSignaturePoint& point : *stroke)
-        trace.back().emplace_back(point.location.x, point.location.y);
-  }
+  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{})
+    for (trace.emplace_back(); const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
+      trace.back().emplace_back(p.location.x, p.location.y);
   return trace;
 }
 
-// Work queued on a one-thread run loop behind close() neither starts nor finishes until open().
-class BackgroundGate {
- public:
-  BackgroundGate() : opened_(promise_.get_future().share()) {}
-  ~BackgroundGate() { open(); }
-  void close(HeadlessRunLoop& loop) {
-    loop.runInBackground([opened = opened_] { opened.wait(); });
+// Fingers that land together on the paths' first points, move through them 0.01 s apart, and lift.
+inline void touchPaths(QnView& view, const Trace& paths, double t) {
+  QnTouchSet fingers;
+  for (const Path& p : paths) fingers.push_back(std::make_shared<HeadlessTouch>(QnPoint{p[0].first, p[0].second}, t));
+  view.deliverTouches(QnTouchPhase::began, fingers, QnEvent(fingers));
+  for (size_t i = 1; i < paths[0].size(); ++i) {
+    for (size_t k = 0; k < fingers.size(); ++k)
+      static_cast<HeadlessTouch&>(*fingers[k]).moveTo({paths[k][i].first, paths[k][i].second}, t + 0.01 * i);
+    view.deliverTouches(QnTouchPhase::moved, fingers, QnEvent(fingers));
   }
-  void open() {
-    if (!isOpen_) promise_.set_value();
-    isOpen_ = true;
-  }
+  view.deliverTouches(QnTouchPhase::ended, fingers, QnEvent(fingers));
+}
 
- private:
-  std::promise<void> promise_;
-  std::shared_future<void> opened_;
-  bool isOpen_ = false;
+// Default device settings and a manual run loop while it lives; the defaults and a real-time loop after.
+struct ManualLoop {
+  explicit ManualLoop(int threads = 2) : loop(std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::manual, threads)) {
+    QnDevice::resetToDefaults();
+    QnScheduler::setCurrent(loop);
+  }
+  ~ManualLoop() {
+    QnScheduler::setCurrent(std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::realTime));
+    QnDevice::resetToDefaults();
+  }
+  std::shared_ptr<HeadlessRunLoop> loop;
 };
 
 }  // namespace scrivlet::test_support

@@ -5,18 +5,29 @@
 #include <scrivlet/notification_center.h>
 
 #include "capture/drawing_controller.h"
+#include "image_support.h"
 #include "platform/headless/headless_view.h"
-#include "platform/image.h"
 #include "platform/recording_context.h"
 #include "render/combo_context.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <filesystem>
 
 namespace scrivlet {
 namespace {
+
+struct Call {
+  std::string name;
+  std::vector<double> args;
+  double tolerance = 0;
+};
+using Calls = std::vector<Call>;
+
+Calls operator+(Calls a, const Calls& b) {
+  a.insert(a.end(), b.begin(), b.end());
+  return a;
+}
 
 QnSignaturePoint inkPoint(double x, double y, float diameter, QnPoint velocity = {1, 0}) {
   QnSignaturePoint p;
@@ -32,147 +43,113 @@ QnStrokeListRef strokesOf(std::initializer_list<QnStroke> strokes) {
   return list;
 }
 
-// The calls after the clearing and the stroke set-up, as readable lines.
-std::vector<std::string> drawingCalls(QnDrawingView& view, QnStrokeListRef strokes, bool final,
-                                      bool full) {
+// Draws the strokes on a 200 x 100 view and checks the calls made.
+void expectCalls(QnStrokeListRef strokes, bool final, bool full, const Calls& expected) {
+  QnDrawingView view(makeRect(0, 0, 200, 100));
   RecordingContext recording;
   QnComboContext combo(&recording);
   view.setMyStrokes(strokes);
   view.drawToContextWithFinalSegmentFullRedraw(&combo, final, full);
-  std::vector<std::string> lines;
-  for (const auto& call : recording.calls()) lines.push_back(call.str());
-  return lines;
+  ASSERT_EQ(recording.calls().size(), expected.size()) << recording.log();
+  for (size_t i = 0; i < expected.size(); ++i) {
+    const RecordingContext::Call& got = recording.calls()[i];
+    const Call& want = expected[i];
+    EXPECT_EQ(got.name, want.name) << "call " << i;
+    ASSERT_EQ(got.args.size(), want.args.size()) << "call " << i << ": " << got.str();
+    for (size_t j = 0; j < got.args.size(); ++j)
+      EXPECT_NEAR(got.args[j], want.args[j], want.tolerance) << "call " << i << ": " << got.str();
+  }
 }
 
-const std::vector<std::string> kClear = {"setBlendMode 16", "setFillColor 0 0 0 0",
-                                         "fillRect 0 0 200 100", "setBlendMode 0"};
+const Calls kClear = {{"setBlendMode", {16}}, {"setFillColor", {0, 0, 0, 0}},
+                      {"fillRect", {0, 0, 200, 100}}, {"setBlendMode", {0}}};
 
-std::vector<std::string> strokeSetUp(double x, double y) {
-  return {"setStrokeColor 0 1", "setFillColor 0 1", "setLineWidth 2", "setLineJoin 1",
-          "setLineCap 1", "moveToPoint " + std::to_string(int(x)) + " " + std::to_string(int(y))};
+Calls setUp(double x, double y) {
+  return {{"setStrokeColor", {0, 1}}, {"setFillColor", {0, 1}}, {"setLineWidth", {2}},
+          {"setLineJoin", {1}}, {"setLineCap", {1}}, {"moveToPoint", {x, y}}};
 }
 
-std::vector<std::string> concat(std::initializer_list<std::vector<std::string>> parts) {
-  std::vector<std::string> all;
-  for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
-  return all;
+Calls dot(double x, double y, double diameter) {
+  return {{"beginPath", {}}, {"moveToPoint", {x, y}}, {"setLineWidth", {diameter}},
+          {"addLineToPoint", {x, y}}, {"drawPath", {2}}};
 }
 
-TEST(DrawingView, OnePointStrokeIsARoundDot) {
-  QnDrawingView view(makeRect(0, 0, 200, 100));
-  auto calls = drawingCalls(view, strokesOf({{inkPoint(10, 20, 3)}}), true, true);
-  EXPECT_EQ(calls, concat({kClear, strokeSetUp(10, 20),
-                           {"beginPath", "moveToPoint 10 20", "setLineWidth 3",
-                            "addLineToPoint 10 20", "drawPath 2"}}));
-  // Incremental: no clearing, the same dot.
-  calls = drawingCalls(view, strokesOf({{inkPoint(10, 20, 3)}}), false, false);
-  EXPECT_EQ(calls, concat({strokeSetUp(10, 20), {"beginPath", "moveToPoint 10 20",
-                                                 "setLineWidth 3", "addLineToPoint 10 20",
-                                                 "drawPath 2"}}));
+// A round-capped curve of constant width.
+Calls curve(QnPoint from, std::vector<double> controlsAndEnd, double width) {
+  return {{"beginPath", {}}, {"moveToPoint", {from.x, from.y}}, {"addCurveToPoint", controlsAndEnd},
+          {"setLineWidth", {width}}, {"drawPath", {2}}};
 }
 
-TEST(DrawingView, TwoPointStrokeIsALineWhenFinalAndAnOutlineOtherwise) {
-  QnDrawingView view(makeRect(0, 0, 200, 100));
-  QnStroke stroke{inkPoint(0, 0, 4), inkPoint(10, 0, 2)};
-  std::vector<std::string> dot = {"beginPath", "moveToPoint 0 0", "setLineWidth 4",
-                                  "addLineToPoint 0 0", "drawPath 2"};
-  // Final: a plain round-capped line of the mean diameter to the midpoint.
-  auto calls = drawingCalls(view, strokesOf({stroke}), true, false);
-  EXPECT_EQ(calls, concat({strokeSetUp(0, 0), dot,
-                           {"beginPath", "moveToPoint 0 0", "addLineToPoint 5 0",
-                            "setLineWidth 3", "drawPath 2"}}));
+// The filled outline from (0, 0), radius r0, to the midpoint (5, 0), radius r1: the sides joined
+// by curves whose arms are 2.5 long, the ends by half circles; worked out in single precision.
+Calls outline(double r0, double r1) {
+  return {{"beginPath", {}},
+          {"moveToPoint", {0, -r0}, 1e-5},
+          {"addCurveToPoint", {2.5, -r0, 2.5, -r1, 5, -r1}, 1e-5},
+          {"addArc", {5, 0, r1, 1.5 * M_PI, 2.5 * M_PI, 0}, 1e-5},
+          {"addCurveToPoint", {2.5, r1, 2.5, r0, 0, r0}, 1e-5},
+          {"addArc", {0, 0, r0, 0.5 * M_PI, -0.5 * M_PI, 0}, 1e-5},
+          {"closePath", {}},
+          {"drawPath", {0}}};
+}
 
-  // Not final: a filled outline from diameter 4 at (0, 0) to diameter 3 at the midpoint (5, 0),
-  // with both control points at (2.5, 0). Its sides run at y = -2 .. -1.5 and y = 2 .. 1.5.
-  RecordingContext recording;
-  QnComboContext combo(&recording);
-  view.setMyStrokes(strokesOf({stroke}));
-  view.drawToContextWithFinalSegmentFullRedraw(&combo, false, false);
-  const auto& c = recording.calls();
-  ASSERT_EQ(c.size(), 6u + 5u + 8u);
-  std::vector<std::string> names;
-  for (size_t i = 11; i < c.size(); ++i) names.push_back(c[i].name);
-  EXPECT_EQ(names, (std::vector<std::string>{"beginPath", "moveToPoint", "addCurveToPoint", "addArc",
-                                             "addCurveToPoint", "addArc", "closePath", "drawPath"}));
-  EXPECT_EQ(c.back().str(), "drawPath 0");
-  auto near = [](const std::vector<double>& got, const std::vector<double>& want) {
-    ASSERT_EQ(got.size(), want.size());
-    for (size_t i = 0; i < got.size(); ++i) EXPECT_NEAR(got[i], want[i], 1e-5) << "argument " << i;
+TEST(DrawingView, ExactCallsForStrokesOfOneTwoAndThreePoints) {
+  const QnStroke one{inkPoint(10, 20, 3)}, two{inkPoint(0, 0, 4), inkPoint(10, 0, 2)};
+  // A right-angle turn at (10, 0) makes a corner, drawn at constant width with the smaller of the
+  // two mean diameters.
+  const QnStroke three{inkPoint(0, 0, 4), inkPoint(10, 0, 4), inkPoint(10, 10, 2, {0, 1})};
+  const Calls corner = curve({5, 0}, {7.5, 0, 10, 2.5, 10, 5}, 3);
+  const Calls closing = curve({10, 5}, {10, 5, 10, 10, 10, 10}, 3);
+  const Calls line = {{"beginPath", {}}, {"moveToPoint", {0, 0}}, {"addLineToPoint", {5, 0}},
+                      {"setLineWidth", {3}}, {"drawPath", {2}}};  // the mean width, to the midpoint
+  struct { const char* name; QnStrokeListRef ink; bool final, full; Calls expected; } cases[] = {
+      {"one point, full", strokesOf({one}), true, true, kClear + setUp(10, 20) + dot(10, 20, 3)},
+      {"one point, incremental", strokesOf({one}), false, false, setUp(10, 20) + dot(10, 20, 3)},
+      {"two points, final", strokesOf({two}), true, false, setUp(0, 0) + dot(0, 0, 4) + line},
+      {"two points, not final", strokesOf({two}), false, false,
+       setUp(0, 0) + dot(0, 0, 4) + outline(2, 1.5)},
+      {"three points, full", strokesOf({three}), true, true,
+       kClear + setUp(0, 0) + dot(0, 0, 4) + outline(2, 2) + corner + closing},
+      {"three points, incremental: the newest segments only", strokesOf({three}), false, false,
+       setUp(0, 0) + outline(2, 2) + corner},
+      {"three points, incremental and final", strokesOf({three}), true, false,
+       setUp(0, 0) + outline(2, 2) + corner + closing},
+      {"incremental: the last stroke only", strokesOf({{inkPoint(1, 1, 2)}, one}), false, false,
+       setUp(10, 20) + dot(10, 20, 3)},
+      {"an empty last stroke", strokesOf({one, {}}), false, false, {}},
+      {"no strokes", strokesOf({}), true, true, kClear},
+      {"no list", nullptr, true, true, kClear},
   };
-  near(c[12].args, {0, -2});                               // S1, the start on one side
-  near(c[13].args, {2.5, -2, 2.5, -1.5, 5, -1.5});         // arms of length 2.5 along the curve
-  near(c[14].args, {5, 0, 1.5, 1.5 * M_PI, 2.5 * M_PI, 0});  // end cap around the destination
-  near(c[15].args, {2.5, 1.5, 2.5, 2, 0, 2});              // back along the other side
-  near(c[16].args, {0, 0, 2, 0.5 * M_PI, -0.5 * M_PI, 0}); // start cap around the origin
-}
-
-TEST(DrawingView, ThreePointStrokeDrawsSegmentsAndTheClosingPiece) {
-  QnDrawingView view(makeRect(0, 0, 200, 100));
-  // A right-angle turn at (10, 0): velocities (1, 0) then (0, 1) make a corner, drawn at constant
-  // width with the smaller of the two mean diameters.
-  QnStroke stroke{inkPoint(0, 0, 4, {1, 0}), inkPoint(10, 0, 4, {1, 0}),
-                  inkPoint(10, 10, 2, {0, 1})};
-  auto full = drawingCalls(view, strokesOf({stroke}), true, true);
-  std::vector<std::string> corner = {"beginPath", "moveToPoint 5 0",
-                                     "addCurveToPoint 7.5 0 10 2.5 10 5", "setLineWidth 3",
-                                     "drawPath 2"};
-  std::vector<std::string> closing = {"beginPath", "moveToPoint 10 5",
-                                      "addCurveToPoint 10 5 10 10 10 10", "setLineWidth 3",
-                                      "drawPath 2"};
-  ASSERT_EQ(full.size(), kClear.size() + 6 + 5 + 8 + corner.size() + closing.size());
-  EXPECT_EQ(std::vector<std::string>(full.end() - 10, full.end()), concat({corner, closing}));
-
-  // Incremental, not final: only indices 1 and 2, and no closing piece.
-  auto incremental = drawingCalls(view, strokesOf({stroke}), false, false);
-  ASSERT_EQ(incremental.size(), 6u + 8u + corner.size());
-  EXPECT_EQ(incremental[6], "beginPath");
-  EXPECT_EQ(std::vector<std::string>(incremental.end() - 5, incremental.end()), corner);
-
-  // Incremental and final: the closing piece as well.
-  auto ending = drawingCalls(view, strokesOf({stroke}), true, false);
-  EXPECT_EQ(std::vector<std::string>(ending.end() - 10, ending.end()), concat({corner, closing}));
-}
-
-TEST(DrawingView, IncrementalDrawingSkipsEveryStrokeButTheLast) {
-  QnDrawingView view(makeRect(0, 0, 200, 100));
-  auto strokes = strokesOf({{inkPoint(1, 1, 2)}, {inkPoint(50, 60, 5)}});
-  auto calls = drawingCalls(view, strokes, false, false);
-  EXPECT_EQ(calls, concat({strokeSetUp(50, 60), {"beginPath", "moveToPoint 50 60",
-                                                 "setLineWidth 5", "addLineToPoint 50 60",
-                                                 "drawPath 2"}}));
-  // An empty stroke or an empty list draws nothing and does not fail.
-  auto withEmpty = std::make_shared<QnStrokeList>(*strokes);
-  withEmpty->push_back(std::make_shared<QnStroke>());
-  EXPECT_TRUE(drawingCalls(view, withEmpty, false, false).empty());
-  EXPECT_EQ(drawingCalls(view, std::make_shared<QnStrokeList>(), true, true), kClear);
-  EXPECT_EQ(drawingCalls(view, nullptr, true, true), kClear);
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.name);
+    expectCalls(c.ink, c.final, c.full, c.expected);
+  }
 }
 
 TEST(DrawingView, CornerTestAndVectorPredicates) {
+  using V = QnDrawingView;
   // The default threshold is pi/4 in single precision, and the test is strictly greater.
-  EXPECT_FALSE(QnDrawingView::angleBetweenVector1Vector2IsGreaterThan({1, 0}, {1, 1}, 0.7853981852531433f));
-  EXPECT_TRUE(QnDrawingView::angleBetweenVector1Vector2IsGreaterThan({1, 0}, {0, 1}, 0.7853981852531433f));
+  EXPECT_FALSE(V::angleBetweenVector1Vector2IsGreaterThan({1, 0}, {1, 1}, 0.7853981852531433f));
+  EXPECT_TRUE(V::angleBetweenVector1Vector2IsGreaterThan({1, 0}, {0, 1}, 0.7853981852531433f));
   // The wrap-around gives the unsigned angle between the vectors.
-  EXPECT_NEAR(QnDrawingView::angleBetweenVector1Vector2({-1, -0.01}, {-1, 0.01}), 0.02, 1e-4);
-  EXPECT_NEAR(QnDrawingView::angleBetweenVector1Vector2({0, 1}, {0, -1}), M_PI, 1e-6);
-  EXPECT_TRUE(QnDrawingView::vectorIsOppositeVector({1, 0}, {-1, 0.1}));
-  EXPECT_FALSE(QnDrawingView::vectorIsOppositeVector({1, 0}, {1, 0.1}));
-  // Collinearity sees the swapped angles without wrapping: just either side of straight down,
-  // atan2(x, y) jumps from near pi to near -pi.
-  EXPECT_FALSE(QnDrawingView::vectorIsCollinearToVector({-0.01, -1}, {0.01, -1}));
-  EXPECT_TRUE(QnDrawingView::vectorIsCollinearToVector({1, 0}, {1, 1}));
-  EXPECT_TRUE(QnDrawingView::vectorIsCollinearToVectorWithinRange({1, 0}, {1, 0.5}, 0.5f));
-  EXPECT_FALSE(QnDrawingView::vectorIsCollinearToVectorWithinRange({1, 0}, {1, 1}, 0.5f));
-
-  EXPECT_EQ(QnDrawingView::pointIsAboveThreshold({3, 4}, 4.99f), 1.0);
-  EXPECT_EQ(QnDrawingView::pointIsAboveThreshold({3, 4}, 5.0f), 0.0);
-  EXPECT_EQ(QnDrawingView::squaredDistanceBetweenAnd({1, 1}, {4, 5}), 25.0);
-  EXPECT_EQ(QnDrawingView::distanceBetweenAnd({1, 1}, {4, 5}), 5.0);
-  EXPECT_EQ(QnDrawingView::squaredDistanceBetweenAnd({2, 2}, {2, 2}), 0.0001);
-  EXPECT_EQ(QnDrawingView::distanceBetweenAnd({2, 2}, {2, 2}), 0.0001);
+  EXPECT_NEAR(V::angleBetweenVector1Vector2({-1, -0.01}, {-1, 0.01}), 0.02, 1e-4);
+  EXPECT_NEAR(V::angleBetweenVector1Vector2({0, 1}, {0, -1}), M_PI, 1e-6);
+  EXPECT_TRUE(V::vectorIsOppositeVector({1, 0}, {-1, 0.1}));
+  EXPECT_FALSE(V::vectorIsOppositeVector({1, 0}, {1, 0.1}));
+  // Collinearity compares atan2(x, y) without wrapping: it jumps from near pi to near -pi.
+  EXPECT_FALSE(V::vectorIsCollinearToVector({-0.01, -1}, {0.01, -1}));
+  EXPECT_TRUE(V::vectorIsCollinearToVector({1, 0}, {1, 1}));
+  EXPECT_TRUE(V::vectorIsCollinearToVectorWithinRange({1, 0}, {1, 0.5}, 0.5f));
+  EXPECT_FALSE(V::vectorIsCollinearToVectorWithinRange({1, 0}, {1, 1}, 0.5f));
+  EXPECT_EQ(V::pointIsAboveThreshold({3, 4}, 4.99f), 1.0);
+  EXPECT_EQ(V::pointIsAboveThreshold({3, 4}, 5.0f), 0.0);
+  EXPECT_EQ(V::squaredDistanceBetweenAnd({1, 1}, {4, 5}), 25.0);
+  EXPECT_EQ(V::distanceBetweenAnd({1, 1}, {4, 5}), 5.0);
+  EXPECT_EQ(V::squaredDistanceBetweenAnd({2, 2}, {2, 2}), 0.0001);
+  EXPECT_EQ(V::distanceBetweenAnd({2, 2}, {2, 2}), 0.0001);
 }
 
-TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMargin) {
+TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMarginAndColourNotices) {
   QnDrawingView view(makeRect(0, 0, 200, 100));
   RecordingContext recording;
   QnComboContext combo(&recording);
@@ -181,20 +158,15 @@ TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMargin) {
   view.drawToContextWithFinalSegmentFullRedraw(&combo, false, false);
   EXPECT_EQ(view.dirtyRect(), makeRect(38, 28, 24, 24));
   view.displayInContext(recording);
-
   // Four points: from the point at n-3 to the last, grown by half the larger diameter + 10.
   view.setMyStrokes(strokesOf({{inkPoint(0, 0, 9), inkPoint(10, 30, 2), inkPoint(20, 5, 3),
                                 inkPoint(40, 25, 5)}}));
   view.drawToContextWithFinalSegmentFullRedraw(&combo, false, false);
   EXPECT_EQ(view.dirtyRect(), makeRect(10 - 12.5, 25 - 12.5, 30 + 25, 5 + 25));
   view.displayInContext(recording);
-
   view.drawToContextWithFinalSegmentFullRedraw(&combo, true, true);
   EXPECT_EQ(view.dirtyRect(), view.bounds());
-}
 
-TEST(DrawingView, ColourNotificationChangesTheInk) {
-  QnDrawingView view(makeRect(0, 0, 10, 10));
   EXPECT_EQ(view.strokeColor(), QnColor::black());
   QnNotificationCenter::defaultCenter().postNotificationName(
       "colorChanged", nullptr, {{"color", QnColor(1, 0, 0, 1)}});
@@ -204,70 +176,45 @@ TEST(DrawingView, ColourNotificationChangesTheInk) {
   EXPECT_EQ(view.strokeWidth(), 7.5f);
 }
 
-// --- Pixels -----------------------------------------------------------------------------------
-
-std::string outputPath(const std::string& name) {
-  std::filesystem::create_directories(SCRIVLET_TEST_OUTPUT_DIR);
-  return std::string(SCRIVLET_TEST_OUTPUT_DIR) + "/" + name;
-}
-
-void save(const QnImage& image, const std::string& name) {
-  std::vector<uint8_t> png = image.encodePNG();
-  FILE* f = std::fopen(outputPath(name).c_str(), "wb");
-  ASSERT_NE(f, nullptr);
-  std::fwrite(png.data(), 1, png.size(), f);
-  std::fclose(f);
-}
-
 // A controller on a 300 x 120 view, fed a wavy stroke whose points are dt seconds apart.
 struct Canvas {
   std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 300, 120));
   QnDemoDrawingController controller{view};
 
-  void drawWave(double dt, float pressure, double amplitude = 25) {
+  QnImage drawWave(double dt, float pressure, double amplitude, const std::string& name) {
+    controller.setVelocityReduction(0.85f);
     for (int i = 0; i <= 60; ++i) {
       QnSignaturePoint p;
       p.location = {20 + i * 4.3, 60 + amplitude * std::sin(i * 0.2)};
       p.timestamp = 1 + i * dt;
       p.pressure = pressure;
-      if (i == 0)
-        controller.drawTouchBeganWithPoint(p);
-      else if (i == 60)
-        controller.drawTouchEndedWithPoint(p);
-      else
-        controller.drawTouchMovedWithPoint(p);
+      if (i == 0) controller.drawTouchBeganWithPoint(p);
+      else if (i == 60) controller.drawTouchEndedWithPoint(p);
+      else controller.drawTouchMovedWithPoint(p);
     }
+    test_support::savePNG(ink(), name);
+    return ink();
   }
   QnImage ink() const { return controller.canvasView()->cacheContext()->makeImage(); }
 };
 
-int inkedPixels(const QnImage& image) {
+// Pixels more than half inked in the columns from `from` up to `to`.
+int inked(const QnImage& image, int from, int to) {
   int count = 0;
   for (int y = 0; y < image.pixelHeight(); ++y)
-    for (int x = 0; x < image.pixelWidth(); ++x) count += image.pixelAt(x, y).a > 128;
-  return count;
-}
-
-// The ink's thickness down one column.
-int thicknessAt(const QnImage& image, int x) {
-  int count = 0;
-  for (int y = 0; y < image.pixelHeight(); ++y) count += image.pixelAt(x, y).a > 128;
+    for (int x = from; x < to; ++x) count += image.pixelAt(x, y).a > 128;
   return count;
 }
 
 TEST(DrawingViewPixels, LiveInkMatchesAFullRedrawAndLiesAlongTheStroke) {
   Canvas canvas;
-  canvas.controller.setVelocityReduction(0.85f);
-  canvas.drawWave(0.01, 0.3f);
-  QnImage live = canvas.ink();
+  QnImage live = canvas.drawWave(0.01, 0.3f, 25, "live-ink.png");
   canvas.controller.redraw();
   QnImage redrawn = canvas.ink();
-  save(live, "live-ink.png");
-  save(redrawn, "redrawn-ink.png");
-
+  test_support::savePNG(redrawn, "redrawn-ink.png");
   // Live drawing blends each antialiased edge more than once, so edges may be darker; but no pixel
   // is solid ink in one and nearly empty in the other.
-  int inked = inkedPixels(redrawn), contradicting = 0;
+  int contradicting = 0;
   double liveCoverage = 0, redrawnCoverage = 0;
   for (int y = 0; y < live.pixelHeight(); ++y)
     for (int x = 0; x < live.pixelWidth(); ++x) {
@@ -276,12 +223,10 @@ TEST(DrawingViewPixels, LiveInkMatchesAFullRedrawAndLiesAlongTheStroke) {
       liveCoverage += a;
       redrawnCoverage += b;
     }
-  EXPECT_GT(inked, 500);
+  EXPECT_GT(inked(redrawn, 0, redrawn.pixelWidth()), 500);
   EXPECT_EQ(contradicting, 0);
   EXPECT_NEAR(liveCoverage / redrawnCoverage, 1.0, 0.2);
-
-  // Ink on the curve, none away from it.
-  for (int i = 0; i <= 60; i += 5) {
+  for (int i = 0; i <= 60; i += 5) {  // ink on the curve, none below it
     double x = 20 + i * 4.3, y = 60 + 25 * std::sin(i * 0.2);
     EXPECT_GT(redrawn.pixelAt(int(x), int(y)).a, 128) << "on the stroke at " << x << "," << y;
     EXPECT_EQ(redrawn.pixelAt(int(x), int(y) + 12).a, 0) << "below the stroke";
@@ -292,21 +237,13 @@ TEST(DrawingViewPixels, LiveInkMatchesAFullRedrawAndLiesAlongTheStroke) {
 }
 
 TEST(DrawingViewPixels, FastStrokesAreThinnerAndPressureWidens) {
-  Canvas slow, fast, pressed;
-  for (Canvas* c : {&slow, &fast, &pressed}) c->controller.setVelocityReduction(0.85f);
-  slow.drawWave(0.1, 0, 0);      // about 43 points a second
-  fast.drawWave(0.0005, 0, 0);   // about 8600 points a second, past full speed
-  pressed.drawWave(0.1, 1, 0);   // slow, full pressure: target width 4 + 3
-  save(slow.ink(), "slow-ink.png");
-  save(fast.ink(), "fast-ink.png");
-  save(pressed.ink(), "pressed-ink.png");
-  int slowWidth = thicknessAt(slow.ink(), 150);
-  int fastWidth = thicknessAt(fast.ink(), 150);
-  int pressedWidth = thicknessAt(pressed.ink(), 150);
+  Canvas slow, fast, pressed;  // 43 points a second; 8600, past full speed; slow at full pressure
+  int slowWidth = inked(slow.drawWave(0.1, 0, 0, "slow-ink.png"), 150, 151);
+  int fastWidth = inked(fast.drawWave(0.0005, 0, 0, "fast-ink.png"), 150, 151);
   EXPECT_NEAR(slowWidth, 4, 1);
   EXPECT_LE(fastWidth, 2);
   EXPECT_GE(fastWidth, 1) << "a fast line still shows";
-  EXPECT_NEAR(pressedWidth, 7, 1);
+  EXPECT_NEAR(inked(pressed.drawWave(0.1, 1, 0, "pressed-ink.png"), 150, 151), 7, 1);  // 4 + 3
 }
 
 }  // namespace
