@@ -233,16 +233,29 @@ void DemoWindow::showRecord(const std::shared_ptr<QnSignature>& record) {
   if (recordHandler_) recordHandler_(record);
 }
 
+QByteArray DemoWindow::recordBytes(const QString& suffix) const {
+  if (!record_) return {};
+  if (suffix == "png") return bytesOf(record_->imageData());
+  if (suffix == "pdf") return bytesOf(record_->pdfData());
+  if (suffix == "svg") return QByteArray::fromStdString(record_->svgString().value_or(""));
+  return QByteArray::fromStdString(record_->xmlString().value_or(""));
+}
+
 void DemoWindow::save(const QString& suffix) {
   if (!record_) return;
   QString path = QFileDialog::getSaveFileName(this, "Save", "signature." + suffix);
   if (path.isEmpty()) return;
-  QByteArray bytes = suffix == "png"   ? bytesOf(record_->imageData())
-                     : suffix == "pdf" ? bytesOf(record_->pdfData())
-                     : suffix == "svg" ? QByteArray::fromStdString(record_->svgString().value_or(""))
-                                       : QByteArray::fromStdString(record_->xmlString().value_or(""));
   QFile file(path);
-  if (file.open(QIODevice::WriteOnly)) file.write(bytes);
+  if (file.open(QIODevice::WriteOnly)) file.write(recordBytes(suffix));
+}
+
+bool DemoWindow::writeRecordFiles(const QString& folder) const {
+  for (const char* suffix : {"png", "pdf", "svg", "xml"}) {
+    QFile file(folder + "/signature." + suffix);
+    QByteArray bytes = recordBytes(suffix);
+    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size()) return false;
+  }
+  return true;
 }
 
 }  // namespace scrivlet

@@ -30,6 +30,8 @@ class DemoWindow : public QMainWindow {
   void done();
   // Opens the modal signing screen, as the "Modal screen" button does.
   void openModalScreen();
+  // Writes the record's signature.png, .pdf, .svg and .xml to the folder.
+  bool writeRecordFiles(const QString& folder) const;
   // Called whenever a record arrives.
   void setRecordHandler(std::function<void(std::shared_ptr<QnSignature>)> handler) {
     recordHandler_ = std::move(handler);
@@ -40,6 +42,8 @@ class DemoWindow : public QMainWindow {
   QWidget* makeRecordView();
   void showRecord(const std::shared_ptr<QnSignature>& record);
   void save(const QString& suffix);
+  // The record's file of that suffix: png, pdf, svg or xml.
+  QByteArray recordBytes(const QString& suffix) const;
   std::shared_ptr<QnScrivletControllerDelegate> makeDelegate();
 
   QnQtCaptureWidget* capture_;

@@ -14,7 +14,6 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QTimer>
 
 #include <cstdio>
@@ -27,16 +26,6 @@ namespace {
 bool hasScreen() {
   return !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") || !qEnvironmentVariableIsEmpty("DISPLAY") ||
          !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
-}
-
-bool write(const QString& path, const QByteArray& bytes) {
-  QFile file(path);
-  return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
-}
-
-QByteArray bytesOf(const std::optional<std::vector<uint8_t>>& data) {
-  return data ? QByteArray(reinterpret_cast<const char*>(data->data()), static_cast<qsizetype>(data->size()))
-              : QByteArray();
 }
 
 // Runs the event loop until the condition holds or the time is up.
@@ -65,11 +54,7 @@ int replay(DemoWindow& window, const QString& folder) {
   waitFor([] { return false; }, 200);
   window.grab().save(folder + "/window-after.png");
 
-  bool written = write(folder + "/signature.png", bytesOf(record->imageData())) &&
-                 write(folder + "/signature.pdf", bytesOf(record->pdfData())) &&
-                 write(folder + "/signature.svg", QByteArray::fromStdString(record->svgString().value_or(""))) &&
-                 write(folder + "/signature.xml", QByteArray::fromStdString(record->xmlString().value_or("")));
-  if (!written) {
+  if (!window.writeRecordFiles(folder)) {
     std::fprintf(stderr, "demo: could not write to %s\n", qPrintable(folder));
     return 1;
   }
