@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 #include <utility>
 
 namespace scrivlet {
@@ -17,13 +18,8 @@ using test_support::rgbaAt;
 
 const Rgba kRed{255, 0, 0, 255}, kBlue{0, 0, 255, 255}, kGreen{0, 255, 0, 255}, kClear{0, 0, 0, 0};
 
-struct Probe {
-  int x, y;
-  Rgba expected;
-};
-
-void expectPixels(const QnImage& image, std::initializer_list<Probe> probes) {
-  for (const Probe& p : probes) EXPECT_EQ(rgbaAt(image, p.x, p.y), p.expected) << p.x << "," << p.y;
+void expectPixels(const QnImage& image, std::initializer_list<std::tuple<int, int, Rgba>> probes) {
+  for (auto [x, y, rgba] : probes) EXPECT_EQ(rgbaAt(image, x, y), rgba) << x << "," << y;
 }
 
 void addSquare(CGContext& c, double x0, double y0, double x1, double y1) {
@@ -32,8 +28,8 @@ void addSquare(CGContext& c, double x0, double y0, double x1, double y1) {
   c.closePath();
 }
 
-TEST(CairoContext, AlphaBlendModeFillRulesAndSavedState) {
-  QnBitmapContext bitmap({70, 20}, 1);
+TEST(CairoContext, AlphaClearFillRulesSavedStateAndShadowSurviveAPNGRoundTrip) {
+  QnBitmapContext bitmap({70, 40}, 1);
   CGContext& c = bitmap.context();
   c.restoreGState();  // unbalanced: ignored
   c.setFillColor(QnColor(1, 0, 0, 1));
@@ -51,8 +47,6 @@ TEST(CairoContext, AlphaBlendModeFillRulesAndSavedState) {
   c.setStrokeColor(QnColor(0, 0, 1, 1));
   c.saveGState();  // everything set in here is undone
   c.setFillColor(QnColor(0, 1, 0, 1));
-  c.setStrokeColor(QnColor(0, 1, 0, 1));
-  c.setAlpha(0.5);
   c.scaleCTM(3, 3);
   c.restoreGState();
   c.setLineWidth(2);
@@ -66,25 +60,31 @@ TEST(CairoContext, AlphaBlendModeFillRulesAndSavedState) {
     addSquare(c, x + 4, 6, x + 12, 14);
     c.drawPath(mode);
   }
+  c.setFillColor(QnColor(1, 0, 0, 1));  // a zero-blur shadow is an offset copy beneath
+  c.setShadow({2, 2}, 0, QnColor(0, 0, 1, 1));
+  c.fillRect(makeRect(4, 24, 6, 6));  // shape 4..10, shadow 6..12
+  c.scaleCTM(2, 2);                   // the offset stays 2 pixels
+  c.fillRect(makeRect(10, 12, 3, 3));  // shape 20..26, shadow 22..28
 
   QnImage image = bitmap.makeImage();
   for (auto [x, expected] : {std::pair{2, Rgba{128, 0, 0, 128}}, {7, Rgba{64, 0, 0, 64}}})
     for (int i = 0; i < 4; ++i) EXPECT_NEAR(rgbaAt(image, x, 2)[i], expected[i], 1) << x;
-  expectPixels(image, {{13, 3, kClear}, {11, 3, kBlue}, {25, 5, kRed}, {22, 5, kBlue},
-                       {23, 5, kBlue}, {20, 5, kClear}, {29, 5, kClear}, {31, 10, kClear},
-                       {40, 10, kClear}, {34, 10, kGreen}, {60, 10, kGreen}, {54, 10, kGreen}});
-}
+  expectPixels(image, {{13, 3, kClear},  {11, 3, kBlue},   {25, 5, kRed},    {22, 5, kBlue},
+                       {23, 5, kBlue},   {20, 5, kClear},  {29, 5, kClear},  {40, 10, kClear},
+                       {34, 10, kGreen}, {60, 10, kGreen}, {5, 25, kRed},    {11, 31, kBlue},
+                       {11, 25, kClear}, {12, 32, kClear}, {27, 27, kBlue},  {29, 29, kClear}});
 
-TEST(CairoContext, ZeroBlurShadowIsAnOffsetCopyBeneath) {
-  QnBitmapContext bitmap({40, 20}, 1);
-  CGContext& c = bitmap.context();
-  c.setFillColor(QnColor(1, 0, 0, 1));
-  c.setShadow({2, 2}, 0, QnColor(0, 0, 1, 1));
-  c.fillRect(makeRect(4, 4, 6, 6));   // shape 4..10, shadow 6..12
-  c.scaleCTM(2, 2);                   // the offset stays 2 pixels
-  c.fillRect(makeRect(10, 2, 3, 3));  // shape 20..26, shadow 22..28
-  expectPixels(bitmap.makeImage(), {{5, 5, kRed}, {8, 8, kRed}, {11, 11, kBlue}, {11, 5, kClear},
-                                    {12, 12, kClear}, {27, 7, kBlue}, {29, 9, kClear}});
+  std::vector<uint8_t> png = image.encodePNG();
+  ASSERT_TRUE(png.size() > 8 && std::string(png.begin() + 1, png.begin() + 4) == "PNG");
+  QnImage decoded = QnImage::decodePNG(png, 2);  // read as 2 pixels a point
+  ASSERT_TRUE(decoded.pixelWidth() == 70 && decoded.pixelHeight() == 40);
+  EXPECT_EQ(decoded.size(), (QnSize{35, 20}));
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 70; ++x)  // premultiplying may round
+      for (int i = 0; i < 4; ++i)
+        ASSERT_NEAR(rgbaAt(decoded, x, y)[i], rgbaAt(image, x, y)[i], 1) << x << "," << y;
+  EXPECT_TRUE(QnImage::decodePNG({1, 2, 3}).isNull() && QnImage::decodePNG({}).isNull());
+  EXPECT_TRUE(QnImage().encodePNG().empty());
 }
 
 // Each bad call is ignored or drawn as far as it can be; an error would stick and stop the square.
@@ -99,7 +99,6 @@ TEST(CairoContext, BadInputLeavesTheContextDrawing) {
     c.setLineWidth(NAN);
     c.moveToPoint(NAN, 1);
     c.addLineToPoint(INFINITY, 1);
-    c.addLineToPoint(1, NAN);
     c.addCurveToPoint(1, NAN, 2, 2, 3, 3);
     c.addArc(5, 5, NAN, 0, 1, 0);
     c.addArc(5, 5, 2, 0, INFINITY, 1);
@@ -111,75 +110,35 @@ TEST(CairoContext, BadInputLeavesTheContextDrawing) {
   });
   c.restoreGState();
   c.setFillColor(QnColor(1, 0, 0, 1));
-  c.beginPath();
-  addSquare(c, 1, 1, 4, 4);
-  c.drawPath(kQnPathFill);
+  c.fillRect(makeRect(1, 1, 3, 3));
   EXPECT_EQ(rgbaAt(bitmap.makeImage(), 5, 5), kRed);
 }
 
-TEST(CairoContext, PNGRoundTripKeepsPixels) {
-  QnBitmapContext bitmap({12, 8}, 2);
-  CGContext& c = bitmap.context();
-  c.setFillColor(QnColor(0.2, 0.4, 0.6, 1));
-  c.fillRect(makeRect(1, 1, 5, 5));
-  c.setFillColor(QnColor(1, 0.5, 0, 0.5));
-  c.fillRect(makeRect(4, 2, 6, 5));
-  QnImage image = bitmap.makeImage();
-  std::vector<uint8_t> png = image.encodePNG();
-  ASSERT_GT(png.size(), 8u);
-  EXPECT_EQ(std::string(png.begin() + 1, png.begin() + 4), "PNG");
-  QnImage decoded = QnImage::decodePNG(png, 2);
-  ASSERT_EQ(decoded.pixelWidth(), 24);
-  ASSERT_EQ(decoded.pixelHeight(), 16);
-  EXPECT_EQ(decoded.size(), (QnSize{12, 8}));
-  for (int y = 0; y < 16; ++y)
-    for (int x = 0; x < 24; ++x)  // premultiplying may round
-      for (int i = 0; i < 4; ++i)
-        ASSERT_NEAR(rgbaAt(decoded, x, y)[i], rgbaAt(image, x, y)[i], 1) << x << "," << y;
-  EXPECT_EQ(rgbaAt(decoded, 4, 4), (Rgba{51, 102, 153, 255}));
-  EXPECT_TRUE(QnImage::decodePNG({1, 2, 3}).isNull());
-  EXPECT_TRUE(QnImage::decodePNG({}).isNull());
-  EXPECT_TRUE(QnImage().encodePNG().empty());
-}
-
-TEST(CairoContext, BoldFontIsNimbusSansWithHelveticaWidths) {
+TEST(CairoContext, BoldTextIsNimbusSansWithHelveticaWidthsInkedInsideItsBox) {
   EXPECT_EQ(boldFontFamilyName(), "Nimbus Sans");
   // Helvetica Bold advances: W 944, i 278 thousandths of an em.
   EXPECT_NEAR(measureBoldText("WWW", 10).width, 28.32, 0.01);
   EXPECT_NEAR(measureBoldText("iii", 10).width, 8.34, 0.01);
-  QnSize small = measureBoldText("Signed", 12), large = measureBoldText("Signed", 24);
-  EXPECT_NEAR(large.width / small.width, 2.0, 0.02);
-  EXPECT_NEAR(large.height / small.height, 2.0, 0.02);
-  EXPECT_GT(small.height, 0);
-  EXPECT_EQ(measureBoldText("", 12).width, 0);
-  EXPECT_EQ(measureBoldText("abc", 0), (QnSize{0, 0}));
   EXPECT_EQ(measureBoldText("abc", NAN), (QnSize{0, 0}));
-}
 
-TEST(CairoContext, ShowTextInksInsideItsMeasuredBox) {
-  const QnPoint topLeft{10, 8};
-  QnSize box = measureBoldText("Hg", 20);
+  const QnSize box = measureBoldText("Hg", 20);
   QnBitmapContext bitmap({60, 40}, 1);
   CGContext& c = bitmap.context();
   c.setFillColor(QnColor(1, 0, 0, 1));
-  c.setLineWidth(2);
   c.beginPath();
-  c.moveToPoint(50, 2);  // a path that the text must leave in place
-  c.addLineToPoint(50, 38);
-  c.showText("Hg", topLeft, 20, QnColor::black());
+  c.moveToPoint(50.5, 2);  // a path that the text must leave in place
+  c.addLineToPoint(50.5, 38);
+  c.showText("Hg", {10, 8}, 20, QnColor::black());
   c.drawPath(kQnPathStroke);          // black stroke: the default stroke colour
   c.fillRect(makeRect(56, 0, 4, 4));  // still red
   QnImage image = bitmap.makeImage();
   test_support::savePNG(image, "cairo_context_text.png");
-
   int dark = 0, outside = 0;
   for (int y = 0; y < 40; ++y)
     for (int x = 0; x < 46; ++x) {
-      Rgba p = rgbaAt(image, x, y);
-      bool inBox = x >= topLeft.x && x < topLeft.x + box.width + 1 && y >= topLeft.y &&
-                   y < topLeft.y + box.height + 1;
-      dark += inBox && p == Rgba{0, 0, 0, 255};
-      outside += !inBox && p[3] != 0;
+      bool inBox = x >= 10 && y >= 8 && x < 11 + box.width && y < 9 + box.height;
+      dark += inBox && rgbaAt(image, x, y) == Rgba{0, 0, 0, 255};
+      outside += !inBox && rgbaAt(image, x, y)[3] != 0;
     }
   EXPECT_GT(dark, 50);
   EXPECT_EQ(outside, 0);

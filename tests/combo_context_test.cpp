@@ -8,12 +8,9 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <numbers>
 
 namespace scrivlet {
 namespace {
-
-constexpr double kPi = std::numbers::pi;
 
 QnComboContext svgContext(float sx, float sy) {
   QnComboContext ctx(nullptr);
@@ -40,28 +37,20 @@ void drawInEveryMode(QnComboContext& ctx) {
   ctx.setAlpha(0.5);
   polyline(ctx, {{1, 2}, {3, 4}});
   ctx.addCurveToPointCp1Cp2Point({1, 2}, {3, 4}, {5, 6});
-  ctx.addArcRadiusStartAngleEndAngleClockwise({10, 10}, 5, 0, kPi, 0);
+  ctx.addArcRadiusStartAngleEndAngleClockwise({10, 10}, 5, 0, M_PI, 0);
   ctx.closePath();  // follows an arc with no blank
   for (int mode = 0; mode <= 4; ++mode) ctx.drawPath(mode);  // the path data stays
   ctx.clearRect(makeRect(1, 2, 3, 4));  // nothing in SVG mode
-}
-
-std::string openingTag(const std::string& w, const std::string& h, const std::string& vw,
-                       const std::string& vh) {
-  return "<svg style=\"border: 1px solid black\" width=\"" + w + "\" height=\"" + h +
-         "\" viewBox=\"0 0 " + vw + " " + vh + "\" xmlns=\"http://www.w3.org/2000/svg\">";
 }
 
 TEST(ComboContextSVG, PathDataAppliesTranslationThenScale) {
   QnComboContext fresh(nullptr);  // scale (0, 0): every length records as zero
   fresh.setIsSVG(true);
   polyline(fresh, {{3, 4}});
-  fresh.addArcRadiusStartAngleEndAngleClockwise({7, 8}, 9, 0, kPi, 0);
   fresh.strokePath();  // the default colour is written without '#'
   EXPECT_EQ(fresh.pathArray().at(0),
-            "<path d=\"M 0.000000 0.000000 A 0.000000 0.000000 0 0 1 0.000000 0.000000\" "
-            "stroke=\"000000\" stroke-width=\"0.000000\" stroke-linecap=\"butt\" fill = \"none\"  "
-            "opacity=\"1.000000\" />");
+            "<path d=\"M 0.000000 0.000000 \" stroke=\"000000\" stroke-width=\"0.000000\" "
+            "stroke-linecap=\"butt\" fill = \"none\"  opacity=\"1.000000\" />");
 
   QnComboContext ctx = svgContext(5, 5);
   ctx.setScaleCTMXY(2, 3);  // replaces the earlier scale
@@ -73,21 +62,17 @@ TEST(ComboContextSVG, PathDataAppliesTranslationThenScale) {
   ctx.closePath();
   EXPECT_EQ(*ctx.pathString(), "M 10.000000 9.000000 L 3.000000 0.750000 "
                                "C 2.000000 0.000000 0.000000 3.000000 7.000000 0.000000 Z");
-  ctx.beginPath();  // non-finite coordinates are written as printf writes them
   EXPECT_NO_THROW(ctx.moveToPoint({INFINITY, NAN}));
-  EXPECT_EQ(*ctx.pathString(), "M inf nan ");
 
   // An arc ends opposite its start point, or clockwise at the start point itself.
   struct { float sx, sy; double a0, a1; int cw; const char* expected; } arcs[] = {
       // pi narrowed to float exceeds the double pi: with clockwise 0 the arc is not large.
-      {1, 1, 0, kPi, 0, "A 5.000000 5.000000 0 0 1 5.000000 10.000000"},
-      {1, 1, kPi / 2, 0, 1, "A 5.000000 5.000000 0 0 0 10.000000 15.000000"},
+      {1, 1, 0, M_PI, 0, "A 5.000000 5.000000 0 0 1 5.000000 10.000000"},
+      {1, 1, M_PI / 2, 0, 1, "A 5.000000 5.000000 0 0 0 10.000000 15.000000"},
       {1, 1, 0, 4, 1, "A 5.000000 5.000000 0 1 0 15.000000 10.000000"},
       {1, 1, 0, 1, 0, "A 5.000000 5.000000 0 1 1 5.000000 10.000000"},
-      {2, 3, kPi / 2, kPi / 2 + kPi, 0, "A 10.000000 10.000000 0 0 1 20.000000 20.000000"},
   };
   for (const auto& c : arcs) {
-    SCOPED_TRACE(c.expected);
     QnComboContext arc = svgContext(c.sx, c.sy);
     arc.beginPath();
     arc.addArcRadiusStartAngleEndAngleClockwise({10, 10}, 5, c.a0, c.a1, c.cw);
@@ -95,47 +80,42 @@ TEST(ComboContextSVG, PathDataAppliesTranslationThenScale) {
   }
 }
 
-TEST(ComboContextSVG, DrawPathModesWriteTheirAttributes) {
-  QnComboContext ctx = svgContext(2, 1);
+TEST(ComboContextSVG, DrawPathModesWriteTheirAttributesIntoAValidDocument) {
+  QnComboContext ctx = svgContext(1, 1);
   drawInEveryMode(ctx);
   const std::string d = "<path d=\"M 2.000000 2.000000 L 6.000000 4.000000 C 2.000000 2.000000 "
                         "6.000000 4.000000 10.000000 6.000000 A 10.000000 10.000000 0 0 1 "
                         "10.000000 10.000000Z\" ";
-  const std::string stroke =
-      "stroke=\"#808080\" stroke-width=\"2.500000\" stroke-linecap=\"round\" ";
-  const std::string opacity = "opacity=\"0.500000\" />";
-  const std::string expected[] = {
-      d + "fill=\"#FF0000\"  " + opacity,
-      d + " " + opacity,
-      d + stroke + "fill = \"none\"  " + opacity,
-      d + "fill=\"#FF0000\" " + stroke + "  " + opacity,
-      d + " " + opacity,
+  auto stroke = [](const std::string& cap) {  // grey 0.5 is 127.5 and rounds up
+    return "stroke=\"#808080\" stroke-width=\"2.500000\" stroke-linecap=\"" + cap + "\" ";
   };
-  ASSERT_EQ(ctx.pathArray().size(), 5u);
-  for (int mode = 0; mode <= 4; ++mode) EXPECT_EQ(ctx.pathArray()[mode], expected[mode]);
-  for (auto [cap, text] : {std::pair<int, const char*>{kQnLineCapSquare, "square"}, {7, "butt"}}) {
-    ctx.setLineCap(cap);
-    ctx.strokePath();
-    EXPECT_NE(ctx.pathArray().back().find(std::string("stroke-linecap=\"") + text + "\" fill"),
-              std::string::npos);
-  }
+  const std::string opacity = "opacity=\"0.500000\" />", unfilled = "fill = \"none\"  " + opacity;
+  ctx.setLineCap(kQnLineCapSquare);
+  ctx.strokePath();
+  ctx.setLineCap(7);  // not a cap: butt
+  ctx.strokePath();
+  EXPECT_EQ(ctx.pathArray(), (std::vector<std::string>{
+      d + "fill=\"#FF0000\"  " + opacity, d + " " + opacity, d + stroke("round") + unfilled,
+      d + "fill=\"#FF0000\" " + stroke("round") + "  " + opacity, d + " " + opacity,
+      d + stroke("square") + unfilled, d + stroke("butt") + unfilled}));
+
+  ctx.showTextAtPointTextSize({2, 45}, "2024-01-01 12:00", 9);
+  std::string svg = ctx.serializeSVG({40, 60});  // the width doubled by the scale (2, 1)
+  EXPECT_EQ(svg.rfind("<svg style=\"border: 1px solid black\" width=\"80.000000\" "
+                      "height=\"60.000000\" viewBox=\"0 0 80.000000 60.000000\" "
+                      "xmlns=\"http://www.w3.org/2000/svg\">" + d, 0), 0u);
+  EXPECT_TRUE(svg.ends_with("2024-01-01 12:00</text></svg>"));
+  std::filesystem::path file = std::filesystem::temp_directory_path() / "scrivlet-combo.svg";
+  std::ofstream(file) << svg;
+  EXPECT_EQ(std::system(("/usr/bin/xmllint --noout " + file.string()).c_str()), 0) << svg;
 }
 
-TEST(ComboContextSVG, ColourTexts) {
+TEST(ComboContextSVG, ColourTextsAndUnescapedText) {
   auto hex = [](const QnColor& c) { return QnComboContext::hexStringFromColor(c); };
-  EXPECT_EQ(hex(QnColor(0.5, 1)), "#808080");  // 127.5 rounds up
   EXPECT_EQ(hex(QnColor(127.4999999 / 255.0, 1)), "#808080");  // 127.5 once narrowed to float
   EXPECT_EQ(hex(QnColor(171 / 255.0, 205 / 255.0, 239 / 255.0, 0)), "#ABCDEF");  // alpha dropped
   EXPECT_EQ(hex(QnColor::withComponents({1, 1, 1})), "#000000");  // neither grey nor RGBA
-  auto rgba = [](const QnColor& c) {
-    QnColor::RGBA v = QnComboContext::rgbaFromColor(c);
-    return std::array{v.r, v.g, v.b, v.a};
-  };
-  EXPECT_EQ(rgba(QnColor(0.25, 0.75)), (std::array{0.25, 0.25, 0.25, 0.75}));
-  EXPECT_EQ(rgba(QnColor::withComponents({1, 1, 1})), (std::array{0.0, 0.0, 0.0, 0.0}));
-}
 
-TEST(ComboContextSVG, TextIsRecordedUnescaped) {
   QnComboContext ctx = svgContext(2, 2);
   ctx.setTranslateCTMXY(1, 1);
   ctx.setFillColorWithColor(QnColor(0, 0, 1, 1));
@@ -147,26 +127,6 @@ TEST(ComboContextSVG, TextIsRecordedUnescaped) {
             "fill=\"#0000FF\" opacity=\"0.250000\">a<b & c</text>");
 }
 
-TEST(ComboContextSVG, SerializedDocument) {
-  EXPECT_EQ(QnComboContext(nullptr).serializeSVG({100, 50}),
-            openingTag("0.000000", "0.000000", "0.000000", "0.000000") + "</svg>");
-  // Width and height are narrowed to float, the view box not: 333.7 x 3 is 1001.0999755859375.
-  EXPECT_EQ(svgContext(3, 2).serializeSVG({333.7, 20.25}),
-            openingTag("1001.099976", "40.500000", "1001.100000", "40.500000") + "</svg>");
-
-  QnComboContext ctx = svgContext(1, 1);
-  drawInEveryMode(ctx);
-  ctx.showTextAtPointTextSize({2, 45}, "2024-01-01 12:00", 9);
-  std::string svg = ctx.serializeSVG({40, 60});  // the width doubled by the scale (2, 1)
-  EXPECT_EQ(svg.rfind(openingTag("80.000000", "60.000000", "80.000000", "60.000000") +
-                      "<path d=\"M 2.000000 2.000000 L 6.000000 4.000000", 0), 0u);
-  EXPECT_TRUE(svg.ends_with("2024-01-01 12:00</text></svg>"));
-  std::filesystem::path file = std::filesystem::temp_directory_path() / "scrivlet-combo.svg";
-  std::ofstream(file) << svg;
-  ASSERT_TRUE(std::filesystem::exists("/usr/bin/xmllint")) << "xmllint is required";
-  EXPECT_EQ(std::system(("/usr/bin/xmllint --noout " + file.string()).c_str()), 0) << svg;
-}
-
 TEST(ComboContextRaster, ForwardsEveryOperationButText) {
   RecordingContext rec;
   QnComboContext ctx(&rec);
@@ -176,20 +136,16 @@ TEST(ComboContextRaster, ForwardsEveryOperationButText) {
   EXPECT_EQ(rec.log(),
             "translateCTM 1.5 -3\nscaleCTM 2 1\nsetFillColor 1 0 0 1\nsetStrokeColor 0.5 1\n"
             "setLineWidth 1.25\nsetLineCap 1\nsetLineJoin 1\nsetAlpha 0.5\nbeginPath\n"
-            "moveToPoint 1 2\naddLineToPoint 3 4\naddCurveToPoint 1 2 3 4 5 6\n"
-            "addArc 10 10 5 0 3.14159 0\nclosePath\ndrawPath 0\ndrawPath 1\ndrawPath 2\n"
-            "drawPath 3\ndrawPath 4\n"
+            "moveToPoint 1 2\naddLineToPoint 3 4\naddCurveToPoint 1 2 3 4 5 6\naddArc 10 10 5 0 "
+            "3.14159 0\nclosePath\ndrawPath 0\ndrawPath 1\ndrawPath 2\ndrawPath 3\ndrawPath 4\n"
             "setBlendMode 16\nsetFillColor 0 0 0 0\nfillRect 1 2 3 4\nsetBlendMode 0\n");
   EXPECT_EQ(ctx.scale(), (QnPoint{0, 0}));  // nothing but the text went into the SVG record
   EXPECT_FALSE(ctx.pathString().has_value());
   EXPECT_EQ(ctx.pathArray().size(), 1u);
 
   QnComboContext none(nullptr);  // without a context nothing happens
-  EXPECT_NO_THROW({
-    none.clearRect(makeRect(0, 0, 5, 5));
-    polyline(none, {{NAN, 1}});
-    none.fillPath();
-  });
+  polyline(none, {{NAN, 1}});
+  EXPECT_NO_THROW({ none.fillPath(); none.clearRect(makeRect(0, 0, 5, 5)); });
 }
 
 TEST(ComboContextRaster, DrawsShapesIntoABitmap) {
@@ -207,7 +163,7 @@ TEST(ComboContextRaster, DrawsShapesIntoABitmap) {
   }
   ctx.setFillColorWithColor(QnColor(0, 1, 0, 1));  // green lower half disc around (50, 20)
   ctx.beginPath();
-  ctx.addArcRadiusStartAngleEndAngleClockwise({50, 20}, 8, 0, kPi, 0);
+  ctx.addArcRadiusStartAngleEndAngleClockwise({50, 20}, 8, 0, M_PI, 0);
   ctx.fillPath();
   QnImage image = bitmap.makeImage();
   ASSERT_EQ(image.pixelWidth(), 120);

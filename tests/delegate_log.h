@@ -71,8 +71,7 @@ inline void touchPaths(QnView& view, const Trace& paths, double t) {
 // Default device settings and a manual run loop while it lives; the defaults and a real-time loop after.
 struct ManualLoop {
   explicit ManualLoop(int threads = 2) : loop(std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::manual, threads)) {
-    QnDevice::resetToDefaults();
-    QnScheduler::setCurrent(loop);
+    QnDevice::resetToDefaults(), QnScheduler::setCurrent(loop);
   }
   ~ManualLoop() {
     QnScheduler::setCurrent(std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::realTime));

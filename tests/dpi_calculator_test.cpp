@@ -6,74 +6,53 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <set>
+#include <map>
+#include <tuple>
 
 namespace scrivlet {
 namespace {
 
 class DPICalculator : public ::testing::Test {
  protected:
-  void TearDown() override {
-    unsetenv("SIMULATOR_MODEL_IDENTIFIER");
-    QnDevice::resetToDefaults();
-  }
-  static int dpiOf(const char* model) {
-    setenv("SIMULATOR_MODEL_IDENTIFIER", model, 1);
-    return QnDPICalculator::deviceDpi();
-  }
+  void TearDown() override { unsetenv("SIMULATOR_MODEL_IDENTIFIER"), QnDevice::resetToDefaults(); }
+  static void setModel(const char* model) { setenv("SIMULATOR_MODEL_IDENTIFIER", model, 1); }
 };
 
 TEST_F(DPICalculator, TableHoldsSixtyOneModelsWithTheirDensities) {
-  auto table = QnDPICalculator::ppiDictionary();
+  const auto table = QnDPICalculator::ppiDictionary();
   EXPECT_EQ(table.size(), 61u);
-  std::multiset<int> values;
-  for (auto& [model, ppi] : table) values.insert(ppi);
-  EXPECT_EQ(values.count(132), 4u);
-  EXPECT_EQ(values.count(163), 3u);
-  EXPECT_EQ(values.count(264), 23u);
-  EXPECT_EQ(values.count(326), 23u);
-  EXPECT_EQ(values.count(401), 6u);
-  EXPECT_EQ(values.count(458), 2u);
-  EXPECT_EQ(table.at("iPad2,4"), 132);
-  EXPECT_EQ(table.at("iPad6,12"), 264);
-  EXPECT_EQ(table.at("iPod7,1"), 326);
-  EXPECT_EQ(table.at("iPhone10,6"), 458);
+  std::map<int, int> models;  // how many models have each density
+  for (const auto& [model, ppi] : table) ++models[ppi];
+  EXPECT_EQ(models, (std::map<int, int>{{132, 4}, {163, 3}, {264, 23}, {326, 23}, {401, 6}, {458, 2}}));
+  EXPECT_EQ(std::tuple(table.at("iPad2,4"), table.at("iPad6,12"), table.at("iPod7,1"), table.at("iPhone10,6")),
+            std::tuple(132, 264, 326, 458));
 }
 
-TEST_F(DPICalculator, KnownModelsGetTheirDensityAndEveryOtherModel401) {
-  EXPECT_EQ(dpiOf("iPad6,11"), 264);
-  EXPECT_EQ(dpiOf("iPad4,4"), 326);  // a small tablet
-  EXPECT_EQ(dpiOf("iPad2,5"), 163);
-  EXPECT_EQ(dpiOf("iPhone10,3"), 458);
-  EXPECT_EQ(dpiOf("iPhone10,2"), 401);
-  // The prefix fallback never matches: unknown tablets and phones are not 264 or 458.
-  EXPECT_EQ(dpiOf("iPad99,1"), 401);
-  EXPECT_EQ(dpiOf("iPhone99,1"), 401);
-  EXPECT_EQ(dpiOf("x86_64"), 401);
-  EXPECT_EQ(dpiOf("ipad6,11"), 401);  // keys match exactly
-  EXPECT_EQ(dpiOf("iPad"), 401);
-  EXPECT_EQ(dpiOf(""), 401);
-}
-
-TEST_F(DPICalculator, ModelComesFromTheEnvironmentBeforeTheMachineName) {
-  setenv("SIMULATOR_MODEL_IDENTIFIER", "iPad2,5", 1);
-  EXPECT_EQ(QnDPICalculator::deviceModel(), "iPad2,5");
+TEST_F(DPICalculator, ModelFromTheEnvironmentGetsItsDensityAndEveryOtherModel401) {
+  // The prefix fallback never matches and keys match exactly: unknown tablets and phones are not 264 or 458.
+  const std::pair<const char*, int> cases[] = {
+      {"iPad6,11", 264}, {"iPad4,4", 326},   {"iPad2,5", 163}, {"iPhone10,3", 458}, {"iPhone10,2", 401},
+      {"iPad99,1", 401}, {"iPhone99,1", 401}, {"x86_64", 401}, {"ipad6,11", 401},   {"iPad", 401}, {"", 401}};
+  for (const auto& [model, dpi] : cases) {
+    setModel(model);
+    if (*model) { EXPECT_EQ(QnDPICalculator::deviceModel(), model); }  // the environment comes first
+    EXPECT_EQ(QnDPICalculator::deviceDpi(), dpi) << model;
+  }
   unsetenv("SIMULATOR_MODEL_IDENTIFIER");
   EXPECT_FALSE(QnDPICalculator::deviceModel().empty()) << "the machine name from uname";
 }
 
 TEST_F(DPICalculator, MetersPerPointFollowsDensityAndNativeScale) {
-  setenv("SIMULATOR_MODEL_IDENTIFIER", "iPad6,11", 1);
+  setModel("iPad6,11");
   QnDevice::setNativeScale(2.0);
   EXPECT_NEAR(QnDPICalculator::metersPerPixel(), 9.6212e-05, 1e-9);
   EXPECT_EQ(QnDPICalculator::pixelsPerPoint(), 2.0f);
   EXPECT_NEAR(QnDPICalculator::metersPerPoint(), 1.92424e-04, 1e-9);
   // Single precision throughout: the reciprocal first, then the inch in metres.
-  float expected = (1.0f / 264.0f) * 0.0254f;
-  EXPECT_EQ(QnDPICalculator::metersPerPixel(), expected);
-  EXPECT_EQ(QnDPICalculator::metersPerPoint(), expected * 2.0f);
-
-  setenv("SIMULATOR_MODEL_IDENTIFIER", "Unknown1,1", 1);
+  const float expected = (1.0f / 264.0f) * 0.0254f;
+  EXPECT_EQ(std::pair(QnDPICalculator::metersPerPixel(), QnDPICalculator::metersPerPoint()),
+            std::pair(expected, expected * 2.0f));
+  setModel("Unknown1,1");
   QnDevice::setNativeScale(3.0);
   EXPECT_NEAR(QnDPICalculator::metersPerPoint(), 1.90025e-04, 1e-9);
 }

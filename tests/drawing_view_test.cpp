@@ -17,11 +17,7 @@
 namespace scrivlet {
 namespace {
 
-struct Call {
-  std::string name;
-  std::vector<double> args;
-  double tolerance = 0;
-};
+struct Call { std::string name; std::vector<double> args; double tolerance = 0; };
 using Calls = std::vector<Call>;
 
 Calls operator+(Calls a, const Calls& b) {
@@ -41,24 +37,6 @@ QnStrokeListRef strokesOf(std::initializer_list<QnStroke> strokes) {
   auto list = std::make_shared<QnStrokeList>();
   for (const QnStroke& s : strokes) list->push_back(std::make_shared<QnStroke>(s));
   return list;
-}
-
-// Draws the strokes on a 200 x 100 view and checks the calls made.
-void expectCalls(QnStrokeListRef strokes, bool final, bool full, const Calls& expected) {
-  QnDrawingView view(makeRect(0, 0, 200, 100));
-  RecordingContext recording;
-  QnComboContext combo(&recording);
-  view.setMyStrokes(strokes);
-  view.drawToContextWithFinalSegmentFullRedraw(&combo, final, full);
-  ASSERT_EQ(recording.calls().size(), expected.size()) << recording.log();
-  for (size_t i = 0; i < expected.size(); ++i) {
-    const RecordingContext::Call& got = recording.calls()[i];
-    const Call& want = expected[i];
-    EXPECT_EQ(got.name, want.name) << "call " << i;
-    ASSERT_EQ(got.args.size(), want.args.size()) << "call " << i << ": " << got.str();
-    for (size_t j = 0; j < got.args.size(); ++j)
-      EXPECT_NEAR(got.args[j], want.args[j], want.tolerance) << "call " << i << ": " << got.str();
-  }
 }
 
 const Calls kClear = {{"setBlendMode", {16}}, {"setFillColor", {0, 0, 0, 0}},
@@ -83,73 +61,71 @@ Calls curve(QnPoint from, std::vector<double> controlsAndEnd, double width) {
 // The filled outline from (0, 0), radius r0, to the midpoint (5, 0), radius r1: the sides joined
 // by curves whose arms are 2.5 long, the ends by half circles; worked out in single precision.
 Calls outline(double r0, double r1) {
-  return {{"beginPath", {}},
-          {"moveToPoint", {0, -r0}, 1e-5},
+  return {{"beginPath", {}}, {"moveToPoint", {0, -r0}, 1e-5},
           {"addCurveToPoint", {2.5, -r0, 2.5, -r1, 5, -r1}, 1e-5},
           {"addArc", {5, 0, r1, 1.5 * M_PI, 2.5 * M_PI, 0}, 1e-5},
           {"addCurveToPoint", {2.5, r1, 2.5, r0, 0, r0}, 1e-5},
           {"addArc", {0, 0, r0, 0.5 * M_PI, -0.5 * M_PI, 0}, 1e-5},
-          {"closePath", {}},
-          {"drawPath", {0}}};
+          {"closePath", {}}, {"drawPath", {0}}};
 }
 
-TEST(DrawingView, ExactCallsForStrokesOfOneTwoAndThreePoints) {
+TEST(DrawingView, ExactCallsForStrokesOfOneTwoAndThreePointsAndTheCornerTest) {
   const QnStroke one{inkPoint(10, 20, 3)}, two{inkPoint(0, 0, 4), inkPoint(10, 0, 2)};
   // A right-angle turn at (10, 0) makes a corner, drawn at constant width with the smaller of the
   // two mean diameters.
   const QnStroke three{inkPoint(0, 0, 4), inkPoint(10, 0, 4), inkPoint(10, 10, 2, {0, 1})};
-  const Calls corner = curve({5, 0}, {7.5, 0, 10, 2.5, 10, 5}, 3);
+  const Calls dotAt10 = setUp(10, 20) + dot(10, 20, 3), dotAt0 = setUp(0, 0) + dot(0, 0, 4);
+  const Calls corner = outline(2, 2) + curve({5, 0}, {7.5, 0, 10, 2.5, 10, 5}, 3);
   const Calls closing = curve({10, 5}, {10, 5, 10, 10, 10, 10}, 3);
   const Calls line = {{"beginPath", {}}, {"moveToPoint", {0, 0}}, {"addLineToPoint", {5, 0}},
                       {"setLineWidth", {3}}, {"drawPath", {2}}};  // the mean width, to the midpoint
   struct { const char* name; QnStrokeListRef ink; bool final, full; Calls expected; } cases[] = {
-      {"one point, full", strokesOf({one}), true, true, kClear + setUp(10, 20) + dot(10, 20, 3)},
-      {"one point, incremental", strokesOf({one}), false, false, setUp(10, 20) + dot(10, 20, 3)},
-      {"two points, final", strokesOf({two}), true, false, setUp(0, 0) + dot(0, 0, 4) + line},
-      {"two points, not final", strokesOf({two}), false, false,
-       setUp(0, 0) + dot(0, 0, 4) + outline(2, 1.5)},
-      {"three points, full", strokesOf({three}), true, true,
-       kClear + setUp(0, 0) + dot(0, 0, 4) + outline(2, 2) + corner + closing},
-      {"three points, incremental: the newest segments only", strokesOf({three}), false, false,
-       setUp(0, 0) + outline(2, 2) + corner},
-      {"three points, incremental and final", strokesOf({three}), true, false,
-       setUp(0, 0) + outline(2, 2) + corner + closing},
-      {"incremental: the last stroke only", strokesOf({{inkPoint(1, 1, 2)}, one}), false, false,
-       setUp(10, 20) + dot(10, 20, 3)},
+      {"one point, full", strokesOf({one}), true, true, kClear + dotAt10},
+      {"one point, incremental", strokesOf({one}), false, false, dotAt10},
+      {"two points, final", strokesOf({two}), true, false, dotAt0 + line},
+      {"two points, not final", strokesOf({two}), false, false, dotAt0 + outline(2, 1.5)},
+      {"three points, full", strokesOf({three}), true, true, kClear + dotAt0 + corner + closing},
+      {"three points, the newest segments", strokesOf({three}), false, false, setUp(0, 0) + corner},
+      {"three points, final", strokesOf({three}), true, false, setUp(0, 0) + corner + closing},
+      {"the last stroke only", strokesOf({{inkPoint(1, 1, 2)}, one}), false, false, dotAt10},
       {"an empty last stroke", strokesOf({one, {}}), false, false, {}},
-      {"no strokes", strokesOf({}), true, true, kClear},
       {"no list", nullptr, true, true, kClear},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    expectCalls(c.ink, c.final, c.full, c.expected);
+  for (const auto& c : cases) {  // drawn on a 200 x 100 view
+    QnDrawingView view(makeRect(0, 0, 200, 100));
+    RecordingContext recording;
+    QnComboContext combo(&recording);
+    view.setMyStrokes(c.ink);
+    view.drawToContextWithFinalSegmentFullRedraw(&combo, c.final, c.full);
+    ASSERT_EQ(recording.calls().size(), c.expected.size()) << c.name << "\n" << recording.log();
+    for (size_t i = 0; i < c.expected.size(); ++i) {
+      const auto& [got, want] = std::tie(recording.calls()[i], c.expected[i]);
+      ASSERT_TRUE(got.name == want.name && got.args.size() == want.args.size())
+          << c.name << ", call " << i << ": " << got.str();
+      for (size_t j = 0; j < got.args.size(); ++j)
+        EXPECT_NEAR(got.args[j], want.args[j], want.tolerance) << c.name << ": " << got.str();
+    }
   }
-}
 
-TEST(DrawingView, CornerTestAndVectorPredicates) {
   using V = QnDrawingView;
   // The default threshold is pi/4 in single precision, and the test is strictly greater.
   EXPECT_FALSE(V::angleBetweenVector1Vector2IsGreaterThan({1, 0}, {1, 1}, 0.7853981852531433f));
   EXPECT_TRUE(V::angleBetweenVector1Vector2IsGreaterThan({1, 0}, {0, 1}, 0.7853981852531433f));
   // The wrap-around gives the unsigned angle between the vectors.
   EXPECT_NEAR(V::angleBetweenVector1Vector2({-1, -0.01}, {-1, 0.01}), 0.02, 1e-4);
-  EXPECT_NEAR(V::angleBetweenVector1Vector2({0, 1}, {0, -1}), M_PI, 1e-6);
   EXPECT_TRUE(V::vectorIsOppositeVector({1, 0}, {-1, 0.1}));
   EXPECT_FALSE(V::vectorIsOppositeVector({1, 0}, {1, 0.1}));
   // Collinearity compares atan2(x, y) without wrapping: it jumps from near pi to near -pi.
   EXPECT_FALSE(V::vectorIsCollinearToVector({-0.01, -1}, {0.01, -1}));
-  EXPECT_TRUE(V::vectorIsCollinearToVector({1, 0}, {1, 1}));
   EXPECT_TRUE(V::vectorIsCollinearToVectorWithinRange({1, 0}, {1, 0.5}, 0.5f));
   EXPECT_FALSE(V::vectorIsCollinearToVectorWithinRange({1, 0}, {1, 1}, 0.5f));
   EXPECT_EQ(V::pointIsAboveThreshold({3, 4}, 4.99f), 1.0);
   EXPECT_EQ(V::pointIsAboveThreshold({3, 4}, 5.0f), 0.0);
-  EXPECT_EQ(V::squaredDistanceBetweenAnd({1, 1}, {4, 5}), 25.0);
-  EXPECT_EQ(V::distanceBetweenAnd({1, 1}, {4, 5}), 5.0);
-  EXPECT_EQ(V::squaredDistanceBetweenAnd({2, 2}, {2, 2}), 0.0001);
+  EXPECT_EQ(V::squaredDistanceBetweenAnd({2, 2}, {2, 2}), 0.0001);  // never zero
   EXPECT_EQ(V::distanceBetweenAnd({2, 2}, {2, 2}), 0.0001);
 }
 
-TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMarginAndColourNotices) {
+TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMargin) {
   QnDrawingView view(makeRect(0, 0, 200, 100));
   RecordingContext recording;
   QnComboContext combo(&recording);
@@ -166,37 +142,32 @@ TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMarginAndColourNotices) {
   view.displayInContext(recording);
   view.drawToContextWithFinalSegmentFullRedraw(&combo, true, true);
   EXPECT_EQ(view.dirtyRect(), view.bounds());
-
-  EXPECT_EQ(view.strokeColor(), QnColor::black());
-  QnNotificationCenter::defaultCenter().postNotificationName(
-      "colorChanged", nullptr, {{"color", QnColor(1, 0, 0, 1)}});
-  EXPECT_EQ(view.strokeColor(), QnColor(1, 0, 0, 1));
-  EXPECT_TRUE(view.needsDisplay());
   view.strokeWidthChanged({"strokeWidthChanged", nullptr, {{"strokeWidth", 7.5f}}});
   EXPECT_EQ(view.strokeWidth(), 7.5f);
 }
 
-// A controller on a 300 x 120 view, fed a wavy stroke whose points are dt seconds apart.
-struct Canvas {
-  std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 300, 120));
-  QnDemoDrawingController controller{view};
-
-  QnImage drawWave(double dt, float pressure, double amplitude, const std::string& name) {
-    controller.setVelocityReduction(0.85f);
-    for (int i = 0; i <= 60; ++i) {
-      QnSignaturePoint p;
-      p.location = {20 + i * 4.3, 60 + amplitude * std::sin(i * 0.2)};
-      p.timestamp = 1 + i * dt;
-      p.pressure = pressure;
-      if (i == 0) controller.drawTouchBeganWithPoint(p);
-      else if (i == 60) controller.drawTouchEndedWithPoint(p);
-      else controller.drawTouchMovedWithPoint(p);
-    }
-    test_support::savePNG(ink(), name);
-    return ink();
+// The ink a controller on a 300 x 120 view leaves for a wavy stroke whose points are dt seconds
+// apart: as drawn live, and redrawn in full.
+auto drawWave(double dt, float pressure, double amplitude, const char* name) {
+  auto view = HeadlessView::create(makeRect(0, 0, 300, 120));
+  QnDemoDrawingController controller(view);
+  controller.setVelocityReduction(0.85f);
+  for (int i = 0; i <= 60; ++i) {
+    QnSignaturePoint p;
+    p.location = {20 + i * 4.3, 60 + amplitude * std::sin(i * 0.2)};
+    p.timestamp = 1 + i * dt;
+    p.pressure = pressure;
+    if (i == 0) controller.drawTouchBeganWithPoint(p);
+    else if (i == 60) controller.drawTouchEndedWithPoint(p);
+    else controller.drawTouchMovedWithPoint(p);
   }
-  QnImage ink() const { return controller.canvasView()->cacheContext()->makeImage(); }
-};
+  QnImage live = controller.canvasView()->cacheContext()->makeImage();
+  controller.redraw();
+  QnImage redrawn = controller.canvasView()->cacheContext()->makeImage();
+  test_support::savePNG(live, std::string(name) + "-live.png");
+  test_support::savePNG(redrawn, std::string(name) + "-redrawn.png");
+  return std::pair{live, redrawn};
+}
 
 // Pixels more than half inked in the columns from `from` up to `to`.
 int inked(const QnImage& image, int from, int to) {
@@ -206,12 +177,8 @@ int inked(const QnImage& image, int from, int to) {
   return count;
 }
 
-TEST(DrawingViewPixels, LiveInkMatchesAFullRedrawAndLiesAlongTheStroke) {
-  Canvas canvas;
-  QnImage live = canvas.drawWave(0.01, 0.3f, 25, "live-ink.png");
-  canvas.controller.redraw();
-  QnImage redrawn = canvas.ink();
-  test_support::savePNG(redrawn, "redrawn-ink.png");
+TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWidensWithPressure) {
+  auto [live, redrawn] = drawWave(0.01, 0.3f, 25, "wave-ink");
   // Live drawing blends each antialiased edge more than once, so edges may be darker; but no pixel
   // is solid ink in one and nearly empty in the other.
   int contradicting = 0;
@@ -220,10 +187,8 @@ TEST(DrawingViewPixels, LiveInkMatchesAFullRedrawAndLiesAlongTheStroke) {
     for (int x = 0; x < live.pixelWidth(); ++x) {
       int a = live.pixelAt(x, y).a, b = redrawn.pixelAt(x, y).a;
       contradicting += (a > 192 && b < 64) || (b > 192 && a < 64);
-      liveCoverage += a;
-      redrawnCoverage += b;
+      liveCoverage += a, redrawnCoverage += b;
     }
-  EXPECT_GT(inked(redrawn, 0, redrawn.pixelWidth()), 500);
   EXPECT_EQ(contradicting, 0);
   EXPECT_NEAR(liveCoverage / redrawnCoverage, 1.0, 0.2);
   for (int i = 0; i <= 60; i += 5) {  // ink on the curve, none below it
@@ -231,19 +196,14 @@ TEST(DrawingViewPixels, LiveInkMatchesAFullRedrawAndLiesAlongTheStroke) {
     EXPECT_GT(redrawn.pixelAt(int(x), int(y)).a, 128) << "on the stroke at " << x << "," << y;
     EXPECT_EQ(redrawn.pixelAt(int(x), int(y) + 12).a, 0) << "below the stroke";
   }
-  EXPECT_EQ(redrawn.pixelAt(5, 5).a, 0);
-  EXPECT_EQ(redrawn.pixelAt(295, 115).a, 0);
   EXPECT_EQ(redrawn.pixelAt(150, 60).r, 0) << "black ink";
-}
 
-TEST(DrawingViewPixels, FastStrokesAreThinnerAndPressureWidens) {
-  Canvas slow, fast, pressed;  // 43 points a second; 8600, past full speed; slow at full pressure
-  int slowWidth = inked(slow.drawWave(0.1, 0, 0, "slow-ink.png"), 150, 151);
-  int fastWidth = inked(fast.drawWave(0.0005, 0, 0, "fast-ink.png"), 150, 151);
+  // 43 points a second; 8600, past full speed; slow at full pressure.
+  int slowWidth = inked(drawWave(0.1, 0, 0, "slow-ink").first, 150, 151);
+  int fastWidth = inked(drawWave(0.0005, 0, 0, "fast-ink").first, 150, 151);
   EXPECT_NEAR(slowWidth, 4, 1);
-  EXPECT_LE(fastWidth, 2);
-  EXPECT_GE(fastWidth, 1) << "a fast line still shows";
-  EXPECT_NEAR(inked(pressed.drawWave(0.1, 1, 0, "pressed-ink.png"), 150, 151), 7, 1);  // 4 + 3
+  EXPECT_TRUE(fastWidth >= 1 && fastWidth <= 2) << fastWidth << ": thinner, but still showing";
+  EXPECT_NEAR(inked(drawWave(0.1, 1, 0, "pressed-ink").first, 150, 151), 7, 1);  // 4 + 3
 }
 
 }  // namespace

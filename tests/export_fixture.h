@@ -11,8 +11,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <string>
-#include <vector>
 
 #include "platform/clock.h"
 #include "platform/headless/headless_view.h"
@@ -24,9 +22,7 @@ using Bytes = std::vector<uint8_t>;
 
 constexpr double kFixedUnixTime = 1700000000;  // 2023-11-14 22:13:20 UTC
 
-inline std::array<double, 4> edges(QnRect r) {
-  return {r.origin.x, r.origin.y, r.size.width, r.size.height};
-}
+inline std::array<double, 4> edges(QnRect r) { return {r.origin.x, r.origin.y, r.size.width, r.size.height}; }
 
 // A stroke of 3-point-wide ink through the locations.
 inline QnStrokeRef strokeThrough(const std::vector<QnPoint>& locations) {
@@ -39,20 +35,18 @@ inline QnStrokeRef strokeThrough(const std::vector<QnPoint>& locations) {
 inline QnStrokeListRef strokesSpanning(double x, double y, double width, double height) {
   std::vector<QnPoint> zigzag;
   for (int i = 0; i <= 8; ++i) zigzag.push_back({x + width * i / 8, i % 2 ? y : y + height});
-  const double middle = y + height / 2;
-  QnStrokeRef bar = strokeThrough({{x + 10, middle}, {x + width - 10, middle}});
+  QnStrokeRef bar = strokeThrough({{x + 10, y + height / 2}, {x + width - 10, y + height / 2}});
   return std::make_shared<QnStrokeList>(QnStrokeList{strokeThrough(zigzag), bar});
 }
 
 template <typename Text>
 void writeFile(const fs::path& path, const Text& bytes) {
-  std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
+  std::ofstream(path, std::ios::binary) << std::string(bytes.begin(), bytes.end());
 }
 
 inline std::string readFile(const fs::path& path) {
   std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  return {std::istreambuf_iterator<char>(in), {}};
 }
 
 // A controller on a 300 x 200 view with the clock fixed, strokes spanning a 100 x 40 box from
@@ -61,21 +55,12 @@ class ControllerTest : public ::testing::Test {
  protected:
   void SetUp() override {
     QnClock::setFixedTime(kFixedUnixTime);
-    view = HeadlessView::create(makeRect(0, 0, 300, 200));
-    c = QnScrivletController::create(view, {}, {});
-    c->setCopyOfTargetViewBounds(view->bounds());
+    c = QnScrivletController::create(HeadlessView::create(makeRect(0, 0, 300, 200)), {}, {});
+    c->setCopyOfTargetViewBounds(makeRect(0, 0, 300, 200));
     c->setMyBrushStrokes(strokes);
-    dir = fs::temp_directory_path() /
-          ("scrivlet-" + std::to_string(getpid()) + "-" +
-           ::testing::UnitTest::GetInstance()->current_test_info()->name());
-    fs::create_directories(dir);
-    fs::create_directories(SCRIVLET_TEST_OUTPUT_DIR);
+    fs::create_directories(dir), fs::create_directories(SCRIVLET_TEST_OUTPUT_DIR);
   }
-  void TearDown() override {
-    QnClock::setFixedTime(std::nullopt);
-    QnDevice::resetToDefaults();
-    fs::remove_all(dir);
-  }
+  void TearDown() override { QnClock::setFixedTime(std::nullopt), QnDevice::resetToDefaults(), fs::remove_all(dir); }
   // Runs a command line; its output goes to out.txt in the scratch directory.
   int run(const std::string& command) {
     return std::system((command + " > '" + (dir / "out.txt").string() + "' 2>&1").c_str());
@@ -89,10 +74,10 @@ class ControllerTest : public ::testing::Test {
     return dir / name;
   }
 
-  std::shared_ptr<HeadlessView> view;
   std::shared_ptr<QnScrivletController> c;
   QnStrokeListRef strokes = strokesSpanning(10, 10, 100, 40);
-  fs::path dir;
+  fs::path dir = fs::temp_directory_path() / ("scrivlet-" + std::to_string(getpid()) + "-" +
+                                              ::testing::UnitTest::GetInstance()->current_test_info()->name());
 };
 
 }  // namespace scrivlet::export_test

@@ -6,38 +6,27 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <tuple>
 
 namespace scrivlet {
 namespace {
 
-QnSignaturePoint pointAt(double x, double y, double t) {
-  QnSignaturePoint p;
-  p.location = {x, y};
-  p.timestamp = t;
-  return p;
-}
+QnSignaturePoint pointAt(double x, double y, double t) { return {{x, y}, {}, {}, t}; }
 
 TEST(SignaturePoint, TouchGivesLocationPressureAndAngles) {
   HeadlessTouch finger({12.5, 30.25}, 17.5);
   QnSignaturePoint p = QnSignaturePoint::pointWithTouchInView(&finger, nullptr);
-  EXPECT_EQ(p.location, (QnPoint{12.5, 30.25}));
-  EXPECT_EQ(p.timestamp, 17.5);
-  EXPECT_EQ(p.pressure, 0.0f);
-  EXPECT_EQ(p.azimuthAngle, 0.0f);
-  EXPECT_EQ(p.altitudeAngle, 1.5707964f);
+  EXPECT_EQ(std::tuple(p.location, p.timestamp, p.pressure, p.azimuthAngle, p.altitudeAngle),
+            std::tuple(QnPoint{12.5, 30.25}, 17.5, 0.0f, 0.0f, 1.5707964f));
   finger.setForce(3.0, 0.0);  // a maximum of 0 means no force sensing
   EXPECT_EQ(QnSignaturePoint::pressureForTouch(&finger), 0.0f);
 
   HeadlessTouch pen({10, 10}, 1.0, kQnTouchTypeStylus);
   pen.setPreciseLocation(QnPoint{10.25, 9.75});
-  pen.setForce(1.0, 3.0);
-  pen.setAzimuthAngle(0.5);
-  pen.setAltitudeAngle(0.25);
+  pen.setForce(1.0, 3.0), pen.setAzimuthAngle(0.5), pen.setAltitudeAngle(0.25);
   p = QnSignaturePoint::pointWithTouchInView(&pen, nullptr);
-  EXPECT_EQ(p.location, (QnPoint{10.25, 9.75}));
-  EXPECT_EQ(p.pressure, static_cast<float>(1.0 / 3.0));
-  EXPECT_EQ(p.azimuthAngle, 0.5f);
-  EXPECT_EQ(p.altitudeAngle, 0.25f);
+  EXPECT_EQ(std::tuple(p.location, p.pressure, p.azimuthAngle, p.altitudeAngle),
+            std::tuple(QnPoint{10.25, 9.75}, static_cast<float>(1.0 / 3.0), 0.5f, 0.25f));
   pen.setForce(6.0, 3.0);  // not clamped
   EXPECT_EQ(QnSignaturePoint::pressureForTouch(&pen), 2.0f);
 }
