@@ -14,6 +14,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace scrivlet {
@@ -220,6 +221,11 @@ class QnScrivletController : public std::enable_shared_from_this<QnScrivletContr
   // The point a touch of the set gives in the capture view.
   QnSignaturePoint pointFromTouches(const QnTouchSet& touches) const;
   void invalidateCacheTimer();
+  // Calls the delegate's method with the manager first, when the delegate implements it.
+  template <class Method, class... Args>
+  void tellDelegate(Method method, Args&&... args) const {
+    if (auto d = delegate(); d && (*d).*method) ((*d).*method)(manager(), std::forward<Args>(args)...);
+  }
 
   bool showGuideline_ = true;
   bool showDate_ = false;

@@ -41,13 +41,13 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
         self->cachedSignature_ = preparer->prepareSignature();
         if (self->willBeDoneCallbackRequested_) {
           self->willBeDoneCallbackRequested_ = 0;
-          if (auto d = self->delegate(); d && d->scrivletWillCompleteWithSignature)
-            d->scrivletWillCompleteWithSignature(self->manager(), self->cachedSignature_);
+          self->tellDelegate(&QnScrivletControllerDelegate::scrivletWillCompleteWithSignature,
+                             self->cachedSignature_);
         }
         if (self->doneCallbackRequested_) {
           self->doneCallbackRequested_ = 0;
-          if (auto d = self->delegate(); d && d->scrivletDidCompleteWithSignature)
-            d->scrivletDidCompleteWithSignature(self->manager(), self->cachedSignature_);
+          self->tellDelegate(&QnScrivletControllerDelegate::scrivletDidCompleteWithSignature,
+                             self->cachedSignature_);
         }
       });
     });
@@ -71,22 +71,19 @@ void QnScrivletController::willBeDone(const void*) {
     willBeDoneCallbackRequested_ = 1;
     return;
   }
-  if (auto d = delegate(); d && d->scrivletWillCompleteWithSignature)
-    d->scrivletWillCompleteWithSignature(manager(), cachedSignature_);
+  tellDelegate(&QnScrivletControllerDelegate::scrivletWillCompleteWithSignature, cachedSignature_);
 }
 
 void QnScrivletController::done(const void*) {
   if (!drawingController_ || drawingController_->drawingArray()->empty()) {
-    if (auto d = delegate(); d && d->scrivletDidCompleteWithNoSignature)
-      d->scrivletDidCompleteWithNoSignature(manager());
+    tellDelegate(&QnScrivletControllerDelegate::scrivletDidCompleteWithNoSignature);
     return;
   }
   if (!cachedSignature_) {
     doneCallbackRequested_ = 1;
     return;
   }
-  if (auto d = delegate(); d && d->scrivletDidCompleteWithSignature)
-    d->scrivletDidCompleteWithSignature(manager(), cachedSignature_);
+  tellDelegate(&QnScrivletControllerDelegate::scrivletDidCompleteWithSignature, cachedSignature_);
 }
 
 void QnScrivletController::reset(const void*) {
@@ -94,7 +91,7 @@ void QnScrivletController::reset(const void*) {
 }
 
 void QnScrivletController::didDismissModalView() {
-  if (auto d = delegate(); d && d->scrivletDidCancelModalView) d->scrivletDidCancelModalView(manager());
+  tellDelegate(&QnScrivletControllerDelegate::scrivletDidCancelModalView);
 }
 
 }  // namespace scrivlet

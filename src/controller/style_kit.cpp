@@ -37,7 +37,7 @@ void fillQuad(CGContext& context, const Quad& quad) {
 // The padlock: body and shackle, keyhole, shackle opening; filled together, non-zero.
 struct LockCommand {
   enum Kind { move, line, curve, close } kind;
-  QnPoint a, b, c;  // a line's or move's point is a; a curve's controls a, b and end c
+  QnPoint a{}, b{}, c{};  // a line's or move's point is a; a curve's controls a, b and end c
 };
 constexpr LockCommand kLock[] = {
     {LockCommand::move, {13.49, 8.33}},

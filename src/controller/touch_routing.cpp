@@ -26,7 +26,7 @@ bool QnScrivletController::touchesIncludePen(const QnTouchSet& touches) {
 }
 
 QnPoint QnScrivletController::locationOfTouchInView(const QnTouch& touch, const QnView* view) {
-  return touch.preciseLocationInView(view).value_or(touch.locationInView(view));
+  return QnSignaturePoint::locationOfTouchInView(&touch, view);
 }
 
 QnPoint QnScrivletController::previousLocationOfTouchInView(const QnTouch& touch,
@@ -93,8 +93,8 @@ void QnScrivletController::touchesEndedWithEvent(const QnTouchSet& touches, cons
   if (!isFinite(point.location) && drawingController_->lastPoint())
     point.location = drawingController_->lastPoint()->location;
   drawingController_->drawTouchEndedWithPoint(point);
-  if (auto d = delegate(); d && d->scrivletDidEndLineWithSignaturePointCount)
-    d->scrivletDidEndLineWithSignaturePointCount(manager(), numberOfPointsInCurrentSignature());
+  tellDelegate(&QnScrivletControllerDelegate::scrivletDidEndLineWithSignaturePointCount,
+               numberOfPointsInCurrentSignature());
   cacheSignatureAfterDelay(delayBeforeCaching_);
 }
 

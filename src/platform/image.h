@@ -30,7 +30,6 @@ class QnImage {
   double scale() const { return scale_; }
   // The size in points: pixels divided by the scale.
   QnSize size() const;
-  QnImage withScale(double scale) const { return QnImage(surface_, scale); }
 
   struct Pixel {
     uint8_t r = 0, g = 0, b = 0, a = 0;  // premultiplied
@@ -40,8 +39,6 @@ class QnImage {
   cairo_surface_t* surface() const { return surface_.get(); }
 
  private:
-  QnImage(std::shared_ptr<cairo_surface_t> surface, double scale)
-      : surface_(std::move(surface)), scale_(scale) {}
   std::shared_ptr<cairo_surface_t> surface_;
   double scale_ = 1.0;
 };

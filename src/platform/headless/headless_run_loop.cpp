@@ -175,9 +175,4 @@ void HeadlessRunLoop::advance(double seconds) {
   runPostedTasks();
 }
 
-size_t HeadlessRunLoop::pendingTimerCount() const {
-  return static_cast<size_t>(std::count_if(timers_.begin(), timers_.end(),
-                                           [](const PendingTimer& t) { return t.timer->isValid(); }));
-}
-
 }  // namespace scrivlet

@@ -36,7 +36,6 @@ class HeadlessRunLoop : public QnScheduler, public std::enable_shared_from_this<
   void runUntilIdle();
   // Blocks until no background work is running or queued.
   void waitForBackgroundWork();
-  size_t pendingTimerCount() const;
 
  private:
   class Timer;
