@@ -4,7 +4,7 @@
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
 
 #include <benchmark/benchmark.h>
 

@@ -4,8 +4,8 @@
 
 #include <scrivlet/facade.h>
 
-#include "qt_capture_widget.h"
-#include "qt_platform.h"
+#include <scrivlet/qt_capture_widget.h>
+#include <scrivlet/qt_platform.h>
 
 #include <QApplication>
 #include <QMouseEvent>

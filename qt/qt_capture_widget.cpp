@@ -1,5 +1,5 @@
 // The capture widget: Qt input to touch phases, geometry to the view's frame, and painting.
-#include "qt_capture_widget.h"
+#include <scrivlet/qt_capture_widget.h>
 
 #include "platform/cairo_context.h"
 #include "qt_touch.h"

@@ -1,10 +1,10 @@
 // The modal dialog.
-#include "qt_modal_dialog.h"
+#include <scrivlet/qt_modal_dialog.h>
 
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/popup.h>
 
-#include "qt_capture_widget.h"
+#include <scrivlet/qt_capture_widget.h>
 
 #include <QAction>
 #include <QCloseEvent>

@@ -1,5 +1,5 @@
 // Installing the Qt backend.
-#include "qt_platform.h"
+#include <scrivlet/qt_platform.h>
 
 #include <scrivlet/device.h>
 

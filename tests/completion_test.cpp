@@ -3,7 +3,7 @@
 
 #include "delegate_log.h"
 #include "platform/clock.h"
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
 #include "platform/image.h"
 
 #include <gtest/gtest.h>

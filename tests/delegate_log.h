@@ -8,8 +8,8 @@
 #include <scrivlet/signature.h>
 
 #include "capture/drawing_controller.h"
-#include "platform/headless/headless_run_loop.h"
-#include "platform/headless/headless_touch.h"
+#include <scrivlet/headless_run_loop.h>
+#include <scrivlet/headless_touch.h>
 
 #include <algorithm>
 

@@ -5,7 +5,7 @@
 
 #include <scrivlet/device.h>
 
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
 #include "platform/image.h"
 #include "render/combo_context.h"
 #include "render/drawing_view.h"

@@ -6,7 +6,7 @@
 
 #include "capture/drawing_controller.h"
 #include "image_support.h"
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
 #include "platform/recording_context.h"
 #include "render/combo_context.h"
 

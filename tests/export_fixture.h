@@ -13,7 +13,7 @@
 #include <fstream>
 
 #include "platform/clock.h"
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
 
 namespace scrivlet::export_test {
 

@@ -2,7 +2,7 @@
 // undo and redo, the ink follows the guideline, and odd input loses nothing. Also the tests' main.
 #include "platform/image_view.h"
 #include "qt_input.h"
-#include "qt_platform.h"
+#include <scrivlet/qt_platform.h>
 
 #include <QApplication>
 #include <QRegularExpression>

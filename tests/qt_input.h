@@ -3,7 +3,7 @@
 #pragma once
 
 #include "delegate_log.h"
-#include "qt_capture_widget.h"
+#include <scrivlet/qt_capture_widget.h>
 
 #include <QMouseEvent>
 #include <QTabletEvent>

@@ -3,7 +3,7 @@
 #include <scrivlet/popup.h>
 
 #include "qt_input.h"
-#include "qt_modal_dialog.h"
+#include <scrivlet/qt_modal_dialog.h>
 
 #include <QAction>
 #include <QPointer>

@@ -3,8 +3,8 @@
 
 #include "capture/drawing_controller.h"
 #include "controller/touches_observer_gesture_recognizer.h"
-#include "platform/headless/headless_touch.h"
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_touch.h>
+#include <scrivlet/headless_view.h>
 #include "platform/image_view.h"
 #include "render/drawing_view.h"
 

@@ -1,7 +1,7 @@
 // Signature points made from touches, their kinematics, copies and description.
 #include <scrivlet/signature_point.h>
 
-#include "platform/headless/headless_touch.h"
+#include <scrivlet/headless_touch.h>
 
 #include <gtest/gtest.h>
 

@@ -6,7 +6,7 @@
 
 #include "capture/drawing_controller.h"
 #include "image_support.h"
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
 #include "platform/image_view.h"
 
 #include <gtest/gtest.h>
@@ -98,7 +98,7 @@ TEST(Guideline, SitsNineSixteenthsDownAcrossNinetyFivePercentAndTheInkMovesWithI
   EXPECT_EQ(guideline->contentMode(), kQnContentModeScaleAspectFit);
   EXPECT_EQ(guideline->superview(), view);
   EXPECT_EQ(guideline->image().surface(), QnScrivletStyleKit::imageOfScrivlet_x().surface());
-  QnImage shot = view->snapshot(1);  // the rule crosses at y 296.4375 + 26.02 x 513 / 472
+  QnImage shot = snapshotOfView(*view, 1);  // the rule crosses at y 296.4375 + 26.02 x 513 / 472
   test_support::savePNG(shot, "guideline_in_view.png");
   EXPECT_GT(shot.pixelAt(200, 324).a, 200);
   EXPECT_LT(shot.pixelAt(200, 324).r, 40);
@@ -112,7 +112,7 @@ TEST(Guideline, SitsNineSixteenthsDownAcrossNinetyFivePercentAndTheInkMovesWithI
 
   controller->setShowGuideline(false);  // hidden, it is still laid out and the ink follows it
   EXPECT_TRUE(!controller->showGuideline() && guideline->isHidden());
-  EXPECT_EQ(view->snapshot(1).pixelAt(200, 324).a, 0);
+  EXPECT_EQ(snapshotOfView(*view, 1).pixelAt(200, 324).a, 0);
   controller->drawingController()->setDrawingArray(someInk());
   const double x320 = 8.000001907348633;  // 320 x (1 - 0.95f) / 2
   auto moved = locations(*controller, x320 - kX540, 270 - kY527);

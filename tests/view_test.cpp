@@ -1,7 +1,9 @@
 // The view model: geometry notifications, display requests and the headless snapshot.
 #include <scrivlet/view.h>
 
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
+
+#include "platform/image.h"
 #include "platform/recording_context.h"
 
 #include <gtest/gtest.h>
@@ -52,7 +54,7 @@ TEST(View, DisplayRequestsAccumulateUntilDrawnAndTheSnapshotDrawsVisibleSubviews
   auto hidden = std::make_shared<FilledView>(makeRect(30, 0, 10, 10));
   hidden->setHidden(true), view->addSubview(shown), view->addSubview(hidden);
   EXPECT_EQ(shown->superview(), view);
-  QnImage image = view->snapshot(2.0);
+  QnImage image = snapshotOfView(*view, 2.0);
   ASSERT_EQ(std::pair(image.pixelWidth(), image.pixelHeight()), std::pair(80, 40));
   const auto inside = image.pixelAt(30, 20);  // inside the shown one
   EXPECT_EQ(std::pair(+inside.r, +inside.a), std::pair(255, 255));
@@ -61,7 +63,7 @@ TEST(View, DisplayRequestsAccumulateUntilDrawnAndTheSnapshotDrawsVisibleSubviews
   shown->removeFromSuperview();
   EXPECT_EQ(std::pair(view->subviews().size(), shown->superview()), std::pair(size_t{1}, std::shared_ptr<QnView>()));
 
-  QnImage empty = HeadlessView::create(QnRectZero)->snapshot(2.0);  // a zero-sized view: an empty image
+  QnImage empty = snapshotOfView(*HeadlessView::create(QnRectZero), 2.0);  // a zero-sized view: an empty image
   EXPECT_TRUE(empty.pixelWidth() == 0 && (empty.encodePNG().empty() || empty.pixelHeight() == 0));
 }
 

@@ -1,13 +1,15 @@
 // A colour as its components: grey and alpha (2), or red, green, blue and alpha (4).
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <array>
 #include <cstddef>
 #include <initializer_list>
 
 namespace scrivlet {
 
-class QnColor {
+class SCRIVLET_EXPORT QnColor {
  public:
   static constexpr size_t maxComponents = 5;
 

@@ -1,6 +1,8 @@
 // Small user-interface models the modal screen is made of: a wrapping text label and toolbar items.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/color.h>
 #include <scrivlet/view.h>
 
@@ -20,7 +22,7 @@ enum QnTextAlignment { kQnTextAlignmentLeft = 0, kQnTextAlignmentCenter = 1 };
 enum QnLineBreakMode { kQnLineBreakByWordWrapping = 0 };
 
 // Text in bold "Helvetica", wrapped at word boundaries to the label's width.
-class QnLabel : public QnView {
+class SCRIVLET_EXPORT QnLabel : public QnView {
  public:
   using QnView::QnView;
 
@@ -56,7 +58,7 @@ class QnLabel : public QnView {
 enum QnBarButtonItemStyle { kQnBarButtonItemStylePlain = 0, kQnBarButtonItemStyleDone = 2 };
 
 // A toolbar item: a text button with an action, or a flexible space.
-struct QnBarButtonItem {
+struct SCRIVLET_EXPORT QnBarButtonItem {
   std::string title;
   int style = kQnBarButtonItemStylePlain;
   bool flexibleSpace = false;

@@ -1,6 +1,8 @@
 // What a host hears from Scrivlet: each method is optional, and an empty one is simply not called.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -13,7 +15,7 @@ class QnSignature;
 
 // Every call comes on the main thread, with the facade (the controller's manager) first; the facade is
 // empty for a controller used on its own.
-struct QnScrivletControllerDelegate {
+struct SCRIVLET_EXPORT QnScrivletControllerDelegate {
   // A stroke ended; the count is of the points of every stroke on the canvas, this one included.
   std::function<void(std::shared_ptr<QnScrivlet> scrivlet, unsigned long pointCount)>
       scrivletDidEndLineWithSignaturePointCount;

@@ -1,6 +1,8 @@
 // What the library knows of the device: its model identifier, screen scales and interface idiom.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <string>
 
 namespace scrivlet {
@@ -9,7 +11,7 @@ enum QnUserInterfaceIdiom { kQnUserInterfaceIdiomPhone = 0, kQnUserInterfaceIdio
 
 // Process-wide device facts. A backend (or a test) configures them; without one the device is a phone
 // with scale 1. Safe to read from any thread.
-class QnDevice {
+class SCRIVLET_EXPORT QnDevice {
  public:
   // The environment variable SIMULATOR_MODEL_IDENTIFIER when set, else the machine name from uname.
   static std::string modelIdentifier();

@@ -1,6 +1,8 @@
 // The object a host creates: signing in a view of its own, or on a modal screen the library presents.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/color.h>
 #include <scrivlet/delegate.h>
 #include <scrivlet/view.h>
@@ -17,7 +19,7 @@ class QnScrivletPopup;
 
 // The settings it reports are only what the host set (false, 0 and nothing until then); the
 // controller works with its own defaults meanwhile.
-class QnScrivlet : public std::enable_shared_from_this<QnScrivlet> {
+class SCRIVLET_EXPORT QnScrivlet : public std::enable_shared_from_this<QnScrivlet> {
  public:
   // Modal use: builds the signing screen and asks the delegate to present it. The host keeps the
   // delegate alive.

@@ -1,6 +1,8 @@
 // Points, sizes and rectangles in screen points (origin top left, y down), with CoreGraphics rules.
 #pragma once
 
+#include <scrivlet/export.h>
+
 namespace scrivlet {
 
 struct QnPoint {
@@ -27,25 +29,25 @@ inline QnRect makeRect(double x, double y, double width, double height) {
   return QnRect{{x, y}, {width, height}};
 }
 
-double rectMinX(const QnRect& r);
-double rectMinY(const QnRect& r);
-double rectMaxX(const QnRect& r);
-double rectMaxY(const QnRect& r);
+SCRIVLET_EXPORT double rectMinX(const QnRect& r);
+SCRIVLET_EXPORT double rectMinY(const QnRect& r);
+SCRIVLET_EXPORT double rectMaxX(const QnRect& r);
+SCRIVLET_EXPORT double rectMaxY(const QnRect& r);
 
 // A rectangle with a negative size turned into the same area with a positive size.
-QnRect rectStandardize(const QnRect& r);
+SCRIVLET_EXPORT QnRect rectStandardize(const QnRect& r);
 
 // Left and top edges are inside, right and bottom edges outside; NaN is never inside.
-bool rectContainsPoint(const QnRect& r, QnPoint p);
+SCRIVLET_EXPORT bool rectContainsPoint(const QnRect& r, QnPoint p);
 
 // The smallest rectangle with whole-number edges that encloses r.
-QnRect rectIntegral(const QnRect& r);
+SCRIVLET_EXPORT QnRect rectIntegral(const QnRect& r);
 
 // The smallest rectangle that holds both.
-QnRect rectUnion(const QnRect& a, const QnRect& b);
+SCRIVLET_EXPORT QnRect rectUnion(const QnRect& a, const QnRect& b);
 
-QnRect rectInset(const QnRect& r, double dx, double dy);
+SCRIVLET_EXPORT QnRect rectInset(const QnRect& r, double dx, double dy);
 
-bool rectIsEmpty(const QnRect& r);
+SCRIVLET_EXPORT bool rectIsEmpty(const QnRect& r);
 
 }  // namespace scrivlet

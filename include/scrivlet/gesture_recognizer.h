@@ -1,6 +1,8 @@
 // Gesture recognizers: objects a view hands every touch phase to.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/touch.h>
 
 #include <functional>
@@ -8,7 +10,7 @@
 
 namespace scrivlet {
 
-class QnGestureRecognizer {
+class SCRIVLET_EXPORT QnGestureRecognizer {
  public:
   using Action = std::function<void(QnGestureRecognizer& sender)>;
 
@@ -43,7 +45,7 @@ class QnGestureRecognizer {
 enum QnSwipeDirection { kQnSwipeDirectionRight = 1, kQnSwipeDirectionLeft = 2 };
 
 // A horizontal swipe of a given number of fingers; the action runs once per swipe.
-class QnSwipeGestureRecognizer : public QnGestureRecognizer {
+class SCRIVLET_EXPORT QnSwipeGestureRecognizer : public QnGestureRecognizer {
  public:
   QnSwipeGestureRecognizer(int direction, int numberOfTouchesRequired);
 

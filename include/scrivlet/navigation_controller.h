@@ -1,6 +1,8 @@
 // A container that a host presents modally and that dismisses itself, with its toolbar.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/color.h>
 #include <scrivlet/controls.h>
 
@@ -14,7 +16,7 @@ class QnScrivletPopup;
 
 enum QnModalPresentationStyle { kQnModalPresentationFullScreen = 0, kQnModalPresentationFormSheet = 2 };
 
-class QnNavigationController {
+class SCRIVLET_EXPORT QnNavigationController {
  public:
   explicit QnNavigationController(std::shared_ptr<QnScrivletPopup> rootViewController)
       : root_(std::move(rootViewController)) {}

@@ -1,6 +1,8 @@
 // In-process notifications by name, with user information, such as "colorChanged" with a "color".
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <any>
 #include <cstdint>
 #include <functional>
@@ -10,13 +12,13 @@
 
 namespace scrivlet {
 
-struct QnNotification {
+struct SCRIVLET_EXPORT QnNotification {
   std::string name;
   const void* sender = nullptr;
   std::map<std::string, std::any> userInfo;
 };
 
-class QnNotificationCenter {
+class SCRIVLET_EXPORT QnNotificationCenter {
  public:
   using Handler = std::function<void(const QnNotification&)>;
 

@@ -1,6 +1,8 @@
 // A PDF document parsed from its bytes.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/geometry.h>
 
 #include <cstdint>
@@ -9,7 +11,7 @@
 
 namespace scrivlet {
 
-class QnPDFDocument {
+class SCRIVLET_EXPORT QnPDFDocument {
  public:
   // Nothing when the bytes are not a readable PDF.
   static std::shared_ptr<QnPDFDocument> createWithData(const std::vector<uint8_t>& bytes);

@@ -2,6 +2,8 @@
 // the upper third, and the capture surface.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/controls.h>
 #include <scrivlet/view.h>
 
@@ -15,7 +17,7 @@ namespace scrivlet {
 class QnNavigationController;
 class QnScrivletController;
 
-class QnScrivletPopup : public std::enable_shared_from_this<QnScrivletPopup> {
+class SCRIVLET_EXPORT QnScrivletPopup : public std::enable_shared_from_this<QnScrivletPopup> {
  public:
   static std::shared_ptr<QnScrivletPopup> create() {
     return std::shared_ptr<QnScrivletPopup>(new QnScrivletPopup());

@@ -1,20 +1,22 @@
 // Timers on the main thread, a background executor, and posting back to the main thread.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <functional>
 #include <memory>
 
 namespace scrivlet {
 
 // A one-shot timer; invalidating it before it fires means it never fires.
-class QnTimer {
+class SCRIVLET_EXPORT QnTimer {
  public:
   virtual ~QnTimer() = default;
   virtual void invalidate() = 0;
   virtual bool isValid() const = 0;
 };
 
-class QnScheduler {
+class SCRIVLET_EXPORT QnScheduler {
  public:
   virtual ~QnScheduler() = default;
 

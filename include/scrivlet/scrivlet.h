@@ -8,6 +8,7 @@
 #include <scrivlet/facade.h>
 #include <scrivlet/geometry.h>
 #include <scrivlet/gesture_recognizer.h>
+#include <scrivlet/headless.h>
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/notification_center.h>
 #include <scrivlet/pdf_document.h>

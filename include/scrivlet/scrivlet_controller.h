@@ -2,6 +2,8 @@
 // setting, and prepares the signature record.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/color.h>
 #include <scrivlet/delegate.h>
 #include <scrivlet/geometry.h>
@@ -28,7 +30,7 @@ class QnSignature;
 class QnTimer;
 class QnXMLSerializer;
 
-class QnScrivletController : public std::enable_shared_from_this<QnScrivletController> {
+class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this<QnScrivletController> {
  public:
   // Attaches to the view, ready to capture: adds the guideline, the ink view and the recognizers to
   // it and observes its geometry.

@@ -1,6 +1,8 @@
 // The finished signature record: PNG, PDF, SVG, ISO/IEC 19794-7 XML, hash, frame, time and strokes.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/geometry.h>
 #include <scrivlet/signature_point.h>
 
@@ -15,7 +17,7 @@ namespace scrivlet {
 class QnImageView;
 class QnPDFDocument;
 
-class QnSignature {
+class SCRIVLET_EXPORT QnSignature {
  public:
   using Bytes = std::vector<uint8_t>;
 

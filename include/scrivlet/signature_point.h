@@ -1,6 +1,8 @@
 // One captured sample of the pen or finger: where, when, how fast, how hard, and how wide the ink is.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/geometry.h>
 
 #include <cstdint>
@@ -13,7 +15,7 @@ namespace scrivlet {
 class QnTouch;
 class QnView;
 
-struct QnSignaturePoint {
+struct SCRIVLET_EXPORT QnSignaturePoint {
   QnPoint location;      // in the capture view, points
   QnPoint velocity;      // metres per second, per axis
   QnPoint acceleration;  // metres per second squared, per axis
@@ -50,6 +52,6 @@ using QnStrokeList = std::vector<QnStrokeRef>;
 using QnStrokeListRef = std::shared_ptr<QnStrokeList>;
 
 // A deep copy of the strokes, every point moved by the offset; a missing list gives an empty one.
-QnStrokeListRef copyOfStrokesMovedBy(const QnStrokeListRef& strokes, QnPoint offset);
+SCRIVLET_EXPORT QnStrokeListRef copyOfStrokesMovedBy(const QnStrokeListRef& strokes, QnPoint offset);
 
 }  // namespace scrivlet

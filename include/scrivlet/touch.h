@@ -1,6 +1,8 @@
 // A touch as the platform reports it: positions, time, type, and the optional force and stylus angles.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/geometry.h>
 
 #include <memory>
@@ -15,7 +17,7 @@ class QnGestureRecognizer;
 enum QnTouchType { kQnTouchTypeDirect = 0, kQnTouchTypeIndirect = 1, kQnTouchTypeStylus = 2 };
 
 // The optional members answer nothing when the platform does not offer them.
-class QnTouch {
+class SCRIVLET_EXPORT QnTouch {
  public:
   virtual ~QnTouch() = default;
 
@@ -36,7 +38,7 @@ class QnTouch {
 using QnTouchSet = std::vector<std::shared_ptr<QnTouch>>;
 
 // The event a phase belongs to: every touch currently on the view.
-class QnEvent {
+class SCRIVLET_EXPORT QnEvent {
  public:
   QnEvent() = default;
   explicit QnEvent(QnTouchSet allTouches) : allTouches_(std::move(allTouches)) {}

@@ -1,6 +1,8 @@
 // A view: a rectangle in its superview with subviews, display requests and geometry observers.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/geometry.h>
 #include <scrivlet/touch.h>
 
@@ -20,7 +22,7 @@ enum class QnTouchPhase { began, moved, ended, cancelled };
 // Observed geometry lives on the view itself or on its backing layer, as on a touch platform.
 enum class QnGeometryTarget { view, layer };
 
-class QnView : public std::enable_shared_from_this<QnView> {
+class SCRIVLET_EXPORT QnView : public std::enable_shared_from_this<QnView> {
  public:
   explicit QnView(QnRect frame = {});
   virtual ~QnView();

@@ -5,8 +5,8 @@
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 
-#include "qt_capture_widget.h"
-#include "qt_modal_dialog.h"
+#include <scrivlet/qt_capture_widget.h>
+#include <scrivlet/qt_modal_dialog.h>
 
 #include <QCheckBox>
 #include <QComboBox>

@@ -6,9 +6,9 @@
 #include <scrivlet/signature.h>
 
 #include "demo_window.h"
-#include "qt_capture_widget.h"
-#include "qt_modal_dialog.h"
-#include "qt_platform.h"
+#include <scrivlet/qt_capture_widget.h>
+#include <scrivlet/qt_modal_dialog.h>
+#include <scrivlet/qt_platform.h>
 #include "replay.h"
 
 #include <QApplication>

@@ -2,7 +2,7 @@
 #include "replay.h"
 
 #include "built_in_signature.h"
-#include "qt_capture_widget.h"
+#include <scrivlet/qt_capture_widget.h>
 
 #include <QCoreApplication>
 #include <QMouseEvent>

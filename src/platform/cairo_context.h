@@ -1,6 +1,8 @@
 // The drawing context over a cairo surface (image or PDF), bridging CoreGraphics semantics to cairo.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include "platform/cg_context.h"
 
 #include <vector>
@@ -9,7 +11,8 @@ typedef struct _cairo cairo_t;
 
 namespace scrivlet {
 
-class CairoContext : public CGContext {
+// Exported from the shared library for the Qt backend, which paints views through it; not a public API.
+class SCRIVLET_EXPORT CairoContext : public CGContext {
  public:
   // Keeps its own reference to cr. The transform in force now is the base space of shadow offsets.
   explicit CairoContext(cairo_t* cr);

@@ -1,6 +1,8 @@
 // Images and bitmap contexts on cairo image surfaces.
 #include "platform/image.h"
 
+#include <scrivlet/view.h>
+
 #include "platform/cairo_context.h"
 
 #include <cairo.h>
@@ -124,5 +126,15 @@ QnImage QnBitmapContext::sharedImage() const {
 
 int QnBitmapContext::pixelWidth() const { return cairo_image_surface_get_width(surface_); }
 int QnBitmapContext::pixelHeight() const { return cairo_image_surface_get_height(surface_); }
+
+}  // namespace scrivlet
+
+namespace scrivlet {
+
+QnImage snapshotOfView(QnView& view, double scale) {
+  QnBitmapContext bitmap(view.frame().size, scale);
+  view.displayInContext(bitmap.context());
+  return bitmap.makeImage();
+}
 
 }  // namespace scrivlet

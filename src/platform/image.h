@@ -12,6 +12,7 @@ typedef struct _cairo_surface cairo_surface_t;
 namespace scrivlet {
 
 class CairoContext;
+class QnView;
 
 class QnImage {
  public:
@@ -65,5 +66,8 @@ class QnBitmapContext {
   std::unique_ptr<CairoContext> context_;
   double scale_;
 };
+
+// What a view and its subviews would show on a screen of the given scale.
+QnImage snapshotOfView(QnView& view, double scale);
 
 }  // namespace scrivlet

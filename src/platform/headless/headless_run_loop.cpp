@@ -1,5 +1,5 @@
 // The headless run loop.
-#include "platform/headless/headless_run_loop.h"
+#include <scrivlet/headless_run_loop.h>
 
 #include <algorithm>
 #include <chrono>

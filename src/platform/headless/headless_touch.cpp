@@ -1,5 +1,5 @@
 // Headless touches.
-#include "platform/headless/headless_touch.h"
+#include <scrivlet/headless_touch.h>
 
 namespace scrivlet {
 

@@ -1,14 +1,14 @@
 // Headless views.
-#include "platform/headless/headless_view.h"
+#include <scrivlet/headless_view.h>
+
+#include "platform/image.h"
 
 #include <algorithm>
 
 namespace scrivlet {
 
-QnImage HeadlessView::snapshot(double scale) {
-  QnBitmapContext bitmap(frame().size, scale);
-  displayInContext(bitmap.context());
-  return bitmap.makeImage();
+std::vector<uint8_t> HeadlessView::snapshotPNG(double scale) {
+  return snapshotOfView(*this, scale).encodePNG();
 }
 
 void HeadlessView::beginTouches(const QnTouchSet& touches) { deliver(QnTouchPhase::began, touches); }

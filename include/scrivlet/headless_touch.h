@@ -1,12 +1,14 @@
 // A touch made from plain values, for programs and tests without a screen.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/touch.h>
 
 namespace scrivlet {
 
 // Positions are in the coordinates of the view the touch lands on, whatever view is asked.
-class HeadlessTouch : public QnTouch {
+class SCRIVLET_EXPORT HeadlessTouch : public QnTouch {
  public:
   HeadlessTouch(QnPoint location, double timestamp, int type = kQnTouchTypeDirect);
 

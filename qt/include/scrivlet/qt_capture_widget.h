@@ -2,6 +2,8 @@
 // fitted) and turns the widget's touch, tablet and mouse events into touch phases on it.
 #pragma once
 
+#include <scrivlet/qt_export.h>
+
 #include <scrivlet/touch.h>
 #include <scrivlet/view.h>
 
@@ -16,7 +18,7 @@ namespace scrivlet {
 
 class QtTouch;
 
-class QnQtCaptureWidget : public QWidget {
+class SCRIVLET_QT_EXPORT QnQtCaptureWidget : public QWidget {
  public:
   // Shows the given view, or a new one; the view's frame follows the widget's geometry.
   explicit QnQtCaptureWidget(QWidget* parent = nullptr, std::shared_ptr<QnView> view = nullptr);

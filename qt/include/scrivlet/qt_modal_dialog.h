@@ -2,6 +2,8 @@
 // over the capture surface with the fitted prompt.
 #pragma once
 
+#include <scrivlet/qt_export.h>
+
 #include <QDialog>
 
 #include <memory>
@@ -13,7 +15,7 @@ namespace scrivlet {
 class QnNavigationController;
 class QnQtCaptureWidget;
 
-class QnQtModalDialog : public QDialog {
+class SCRIVLET_QT_EXPORT QnQtModalDialog : public QDialog {
  public:
   QnQtModalDialog(std::shared_ptr<QnNavigationController> container, QWidget* parent = nullptr);
 

@@ -1,23 +1,24 @@
 // The capture view of a program without a screen: the plain view model, with a snapshot of what it shows.
 #pragma once
 
+#include <scrivlet/export.h>
 #include <scrivlet/view.h>
 
-#include "platform/image.h"
-
+#include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace scrivlet {
 
-class HeadlessView : public QnView {
+class SCRIVLET_EXPORT HeadlessView : public QnView {
  public:
   static std::shared_ptr<HeadlessView> create(QnRect frame) {
     return std::make_shared<HeadlessView>(frame);
   }
   explicit HeadlessView(QnRect frame) : QnView(frame) {}
 
-  // What the view and its subviews would show on a screen of the given scale.
-  QnImage snapshot(double scale = 1.0);
+  // What the view and its subviews would show on a screen of the given scale, as PNG bytes.
+  std::vector<uint8_t> snapshotPNG(double scale = 1.0);
 
   // Touch phases as a screen would report them. The view keeps the touches that are down: an event
   // holds those and the phase's own, and ended or cancelled touches leave after their phase.

@@ -2,6 +2,8 @@
 // by real time in programs, with background work on real threads.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <scrivlet/scheduler.h>
 
 #include <condition_variable>
@@ -12,7 +14,8 @@
 
 namespace scrivlet {
 
-class HeadlessRunLoop : public QnScheduler, public std::enable_shared_from_this<HeadlessRunLoop> {
+class SCRIVLET_EXPORT HeadlessRunLoop : public QnScheduler,
+                                        public std::enable_shared_from_this<HeadlessRunLoop> {
  public:
   enum class Clock { manual, realTime };
 

@@ -1,0 +1,40 @@
+# Installing Scrivlet: headers, libraries, the CMake package (Scrivlet::scrivlet, Scrivlet::qt) and
+# pkg-config files, so that a host builds against it with find_package or pkg-config alone.
+include(CMakePackageConfigHelpers)
+
+set(SCRIVLET_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Scrivlet)
+set(SCRIVLET_INSTALLED_TARGETS scrivlet)
+if(TARGET scrivlet_qt)
+  list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_qt)
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/qt/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(FILES ${PROJECT_BINARY_DIR}/include/scrivlet/qt_export.h
+          DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scrivlet)
+endif()
+
+install(TARGETS ${SCRIVLET_INSTALLED_TARGETS} EXPORT ScrivletTargets
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(FILES ${PROJECT_BINARY_DIR}/include/scrivlet/export.h
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scrivlet)
+
+install(EXPORT ScrivletTargets NAMESPACE Scrivlet:: DESTINATION ${SCRIVLET_CMAKE_DIR})
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/ScrivletConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/ScrivletConfig.cmake INSTALL_DESTINATION ${SCRIVLET_CMAKE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/ScrivletConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/ScrivletConfig.cmake ${PROJECT_BINARY_DIR}/ScrivletConfigVersion.cmake
+        DESTINATION ${SCRIVLET_CMAKE_DIR})
+
+# pkg-config files locate the prefix from their own place, so that `cmake --install --prefix` may
+# choose it after configuring.
+file(RELATIVE_PATH SCRIVLET_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
+string(REGEX REPLACE "/$" "" SCRIVLET_PC_TO_PREFIX "${SCRIVLET_PC_TO_PREFIX}")
+string(REPLACE ";" " " SCRIVLET_PC_REQUIRES_PRIVATE "${SCRIVLET_CAIRO_MODULES};${SCRIVLET_PLATFORM_MODULES}")
+configure_file(${CMAKE_CURRENT_LIST_DIR}/scrivlet.pc.in ${PROJECT_BINARY_DIR}/scrivlet.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/scrivlet.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+if(TARGET scrivlet_qt)
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/scrivlet-qt.pc.in ${PROJECT_BINARY_DIR}/scrivlet-qt.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/scrivlet-qt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
