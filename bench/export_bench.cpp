@@ -1,10 +1,10 @@
 // Cost of preparing every output of a signature (hash, PNG, PDF, SVG, XML) by its number of points.
 #include "bench_data.h"
 
+#include <scrivlet/headless_view.h>
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
-#include <scrivlet/headless_view.h>
 
 #include <benchmark/benchmark.h>
 

@@ -1,7 +1,8 @@
 // Cost of live ink per point at the start and at the end of a long signature, and of a full redraw.
 #include "bench_data.h"
-#include "capture/drawing_controller.h"
 #include <scrivlet/headless_view.h>
+
+#include "capture/drawing_controller.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,9 +1,9 @@
 // The capture controller's advance preparation of the record, its cache, and the completion calls.
+#include <scrivlet/headless_view.h>
 #include <scrivlet/pdf_document.h>
 
 #include "delegate_log.h"
 #include "platform/clock.h"
-#include <scrivlet/headless_view.h>
 #include "platform/image.h"
 
 #include <gtest/gtest.h>

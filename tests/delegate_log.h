@@ -4,12 +4,12 @@
 
 #include <scrivlet/device.h>
 #include <scrivlet/facade.h>
+#include <scrivlet/headless_run_loop.h>
+#include <scrivlet/headless_touch.h>
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 
 #include "capture/drawing_controller.h"
-#include <scrivlet/headless_run_loop.h>
-#include <scrivlet/headless_touch.h>
 
 #include <algorithm>
 

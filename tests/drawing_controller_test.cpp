@@ -4,8 +4,8 @@
 #include "capture/dpi_calculator.h"
 
 #include <scrivlet/device.h>
-
 #include <scrivlet/headless_view.h>
+
 #include "platform/image.h"
 #include "render/combo_context.h"
 #include "render/drawing_view.h"

@@ -2,11 +2,11 @@
 // and the ink it leaves in real pixels.
 #include "render/drawing_view.h"
 
+#include <scrivlet/headless_view.h>
 #include <scrivlet/notification_center.h>
 
 #include "capture/drawing_controller.h"
 #include "image_support.h"
-#include <scrivlet/headless_view.h>
 #include "platform/recording_context.h"
 #include "render/combo_context.h"
 

@@ -12,8 +12,9 @@
 #include <filesystem>
 #include <fstream>
 
-#include "platform/clock.h"
 #include <scrivlet/headless_view.h>
+
+#include "platform/clock.h"
 
 namespace scrivlet::export_test {
 

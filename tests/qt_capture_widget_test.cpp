@@ -1,8 +1,9 @@
 // The capture widget on the offscreen platform: finger, pen and mouse input become strokes, gestures
 // undo and redo, the ink follows the guideline, and odd input loses nothing. Also the tests' main.
 #include "platform/image_view.h"
-#include "qt_input.h"
 #include <scrivlet/qt_platform.h>
+
+#include "qt_input.h"
 
 #include <QApplication>
 #include <QRegularExpression>

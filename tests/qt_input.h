@@ -2,8 +2,9 @@
 // saved screenshots.
 #pragma once
 
-#include "delegate_log.h"
 #include <scrivlet/qt_capture_widget.h>
+
+#include "delegate_log.h"
 
 #include <QMouseEvent>
 #include <QTabletEvent>

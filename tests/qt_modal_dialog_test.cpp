@@ -1,9 +1,9 @@
 // The modal signing dialog: its toolbar, and what "Cancel", "Clear", "Done" and closing the window
 // tell the host, in order, with the dialog's closing among them.
 #include <scrivlet/popup.h>
+#include <scrivlet/qt_modal_dialog.h>
 
 #include "qt_input.h"
-#include <scrivlet/qt_modal_dialog.h>
 
 #include <QAction>
 #include <QPointer>

@@ -1,10 +1,10 @@
 // The capture controller: defaults and teardown, geometry observation and touch routing.
+#include <scrivlet/headless_touch.h>
+#include <scrivlet/headless_view.h>
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
 #include "controller/touches_observer_gesture_recognizer.h"
-#include <scrivlet/headless_touch.h>
-#include <scrivlet/headless_view.h>
 #include "platform/image_view.h"
 #include "render/drawing_view.h"
 

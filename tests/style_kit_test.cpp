@@ -2,11 +2,11 @@
 #include "controller/style_kit.h"
 
 #include <scrivlet/device.h>
+#include <scrivlet/headless_view.h>
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
 #include "image_support.h"
-#include <scrivlet/headless_view.h>
 #include "platform/image_view.h"
 
 #include <gtest/gtest.h>

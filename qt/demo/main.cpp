@@ -3,12 +3,12 @@
 #include <scrivlet/facade.h>
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/popup.h>
-#include <scrivlet/signature.h>
-
-#include "demo_window.h"
 #include <scrivlet/qt_capture_widget.h>
 #include <scrivlet/qt_modal_dialog.h>
 #include <scrivlet/qt_platform.h>
+#include <scrivlet/signature.h>
+
+#include "demo_window.h"
 #include "replay.h"
 
 #include <QApplication>
@@ -23,9 +23,20 @@ using namespace scrivlet;
 
 namespace {
 
-bool hasScreen() {
-  return !qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") || !qEnvironmentVariableIsEmpty("DISPLAY") ||
-         !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+// Platforms that show nothing to a person: on them the demo replays instead of waiting for input.
+bool showsNothing(const QString& platform) { return platform == "offscreen" || platform == "minimal"; }
+
+// The platforms Qt tries in turn: the one asked for (or the usual screen ones), and then offscreen, so
+// that a display that cannot be opened leads to the replay instead of an abort.
+QByteArray platformsToTry(bool replayMode) {
+  if (replayMode) return "offscreen";
+  QByteArray asked = qgetenv("QT_QPA_PLATFORM");
+  if (asked.isEmpty()) {
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) asked = "wayland;xcb";
+    else if (!qEnvironmentVariableIsEmpty("DISPLAY")) asked = "xcb";
+    else return "offscreen";
+  }
+  return asked + ";offscreen";
 }
 
 // Runs the event loop until the condition holds or the time is up.
@@ -84,7 +95,7 @@ int replay(DemoWindow& window, const QString& folder) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  bool replayMode = !hasScreen();
+  bool replayMode = false;
   QString folder = "out";
   for (int i = 1; i < argc; ++i) {
     if (std::strcmp(argv[i], "--replay") == 0) {
@@ -92,8 +103,9 @@ int main(int argc, char** argv) {
       if (i + 1 < argc) folder = argv[++i];
     }
   }
-  if (replayMode && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_QPA_PLATFORM", platformsToTry(replayMode));
   QApplication app(argc, argv);
+  replayMode = replayMode || showsNothing(QGuiApplication::platformName());
   installQtPlatform();
   DemoWindow window;
   if (replayMode) return replay(window, folder);

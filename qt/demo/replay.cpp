@@ -1,8 +1,9 @@
 // Replaying the built-in signature.
 #include "replay.h"
 
-#include "built_in_signature.h"
 #include <scrivlet/qt_capture_widget.h>
+
+#include "built_in_signature.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
