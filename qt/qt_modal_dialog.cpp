@@ -58,10 +58,13 @@ QnQtModalDialog* QnQtModalDialog::present(std::shared_ptr<QnNavigationController
   auto* dialog = new QnQtModalDialog(container, parent);
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   QPointer<QnQtModalDialog> guard(dialog);
+  // The facade lives while its screen is shown and until the dismissal has completed.
+  dialog->ownerHold_ = container->holdOwner();
   container->setPresented(true, [guard](bool, std::function<void()> completion) {
+    QnNavigationController::Hold hold = guard ? guard->ownerHold_ : nullptr;
     if (guard) guard->close();
     // The completion comes once the dialog has gone, after the current event.
-    QTimer::singleShot(0, [completion = std::move(completion)] {
+    QTimer::singleShot(0, [completion = std::move(completion), hold] {
       if (completion) completion();
     });
   });

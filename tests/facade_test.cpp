@@ -134,6 +134,25 @@ TEST_F(Facade, ModalScreenButtonsCloseItBeforeTheDelegateHearsAndDoneDeliversAVa
   EXPECT_EQ(log.calls, (Calls{"present animated", "noSignature"}));
 }
 
+TEST_F(Facade, APresenterThatHoldsTheOwnerKeepsAModalFacadeAliveUntilItsOwedAnswerIsGiven) {
+  QnNavigationController::Hold hold;
+  log.delegate->presentViewControllerAnimatedCompletion = [&](auto container, bool, auto) {
+    presented = container, hold = container->holdOwner();
+    container->setPresented(true, [&](bool, std::function<void()> completion) {
+      manual.loop->postToMainThread([completion, hold = std::exchange(hold, nullptr)] { completion(); });
+    });
+  };
+  makeModal();
+  std::weak_ptr<QnScrivlet> weak = std::exchange(facade, nullptr);
+  touchPaths(*screen->view(), {{{60, 80}, {110, 100}}}, 1);
+  tap("Done");  // within the delay before preparing: the record is owed once the screen has gone
+  manual.loop->runPostedTasks();
+  EXPECT_TRUE(!weak.expired() && log.calls == (Calls{"didEndLine 3"}));
+  manual.loop->advance(0.25), manual.loop->runUntilIdle(), manual.loop->advance(0.25);
+  EXPECT_EQ(log.calls, (Calls{"didEndLine 3", "willComplete #1", "didComplete #1"}));  // from the facade
+  EXPECT_TRUE(weak.expired());
+}
+
 // The height of the text wrapped to the width at a size, as a label measures it.
 double wrappedHeight(const std::string& text, double width, double size) {
   auto label = std::make_shared<QnLabel>(makeRect(0, 0, width, 10));

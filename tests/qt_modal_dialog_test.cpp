@@ -83,5 +83,19 @@ TEST_F(ModalDialogTest, CancelClosingTheWindowAndDoneCloseTheDialogBeforeTheHost
   EXPECT_EQ(traceOf(log_.records.at(0)->rawPoints()), Trace{kPath});
 }
 
+TEST_F(ModalDialogTest, AHostThatKeepsOnlyTheDelegateHearsTheOutcomeAndTheFacadeIsReleasedAfterwards) {
+  for (std::string way : {"Done", "Cancel"}) {
+    SCOPED_TRACE(way);
+    if (way != "Done") open();
+    std::weak_ptr<QnScrivlet> facade = std::exchange(scrivlet_, nullptr);
+    ASSERT_FALSE(facade.expired());  // the shown dialog holds it
+    trigger(QString::fromStdString(way));  // "Done" before the record is prepared: the answer is owed
+    std::string outcome = way == "Done" ? "didComplete #1" : "cancel";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return log_.has(outcome); }, 20000));
+    EXPECT_EQ(log_.calls.back(), outcome);  // named with the facade, which was still alive to say it
+    EXPECT_TRUE(QTest::qWaitFor([&] { return facade.expired(); }, 5000));
+  }
+}
+
 }  // namespace
 }  // namespace scrivlet

@@ -39,6 +39,13 @@ class SCRIVLET_EXPORT QnNavigationController {
   bool isPresented() const { return presented_; }
   void dismissViewControllerAnimatedCompletion(bool animated, std::function<void()> completion);
 
+  // A presenter keeps a hold on the container's owner (the facade) while the container is shown and
+  // until its dismissal's completion has run, so that a host need not keep the owner itself.
+  using Hold = std::shared_ptr<void>;
+  void setOwnerHoldProvider(std::function<Hold()> provider) { ownerHoldProvider_ = std::move(provider); }
+  // Empty when the container has no owner, or the owner is gone.
+  Hold holdOwner() const { return ownerHoldProvider_ ? ownerHoldProvider_() : nullptr; }
+
  private:
   std::shared_ptr<QnScrivletPopup> root_;
   bool navigationBarHidden_ = false;
@@ -47,6 +54,7 @@ class SCRIVLET_EXPORT QnNavigationController {
   int modalPresentationStyle_ = kQnModalPresentationFullScreen;
   bool presented_ = false;
   DismissHandler dismissHandler_;
+  std::function<Hold()> ownerHoldProvider_;
 };
 
 }  // namespace scrivlet

@@ -3,9 +3,36 @@
 
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/popup.h>
+#include <scrivlet/scheduler.h>
 #include <scrivlet/scrivlet_controller.h>
 
 namespace scrivlet {
+
+namespace {
+
+// How often a facade that only a finished screen holds looks whether it still owes an answer.
+constexpr double kOwedAnswerCheckInterval = 0.1;
+
+// Once the screen has closed, a facade that "Done" left awaiting its record lives on until the
+// delegate has had it.
+void releaseWhenAnswered(std::shared_ptr<QnScrivlet> scrivlet) {
+  const QnScrivletController& controller = *scrivlet->scrivletController();
+  if (!controller.willBeDoneCallbackRequested() && !controller.doneCallbackRequested()) return;
+  // A timer is invalidated when its handle goes, so the handle rides in its own action until it fires.
+  auto timer = std::make_shared<std::shared_ptr<QnTimer>>();
+  *timer = QnScheduler::current().scheduleTimer(kOwedAnswerCheckInterval,
+                                                [scrivlet, timer] { releaseWhenAnswered(scrivlet); });
+}
+
+// A hold on the facade for the presenter of its screen: the host may keep the facade in a local
+// variable.
+QnNavigationController::Hold holdUntilAnswered(const std::weak_ptr<QnScrivlet>& weak) {
+  std::shared_ptr<QnScrivlet> scrivlet = weak.lock();
+  if (!scrivlet) return nullptr;
+  return QnNavigationController::Hold(nullptr, [scrivlet](void*) { releaseWhenAnswered(scrivlet); });
+}
+
+}  // namespace
 
 std::shared_ptr<QnScrivlet> QnScrivlet::scrivletWithDelegateModalDisplayString(
     std::shared_ptr<QnScrivletControllerDelegate> delegate, std::optional<std::string> prompt) {
@@ -42,6 +69,8 @@ std::shared_ptr<QnScrivlet> QnScrivlet::initWithViewDelegateModalModalDisplayStr
   screen->setNavigationController(container);
   scrivlet->scrivletController_ = QnScrivletController::create(screen->view(), delegate, scrivlet);
   screen->setDelegate(scrivlet->scrivletController_);
+  std::weak_ptr<QnScrivlet> weakScrivlet = scrivlet;
+  container->setOwnerHoldProvider([weakScrivlet] { return holdUntilAnswered(weakScrivlet); });
   if (delegate && delegate->presentViewControllerAnimatedCompletion)
     delegate->presentViewControllerAnimatedCompletion(container, true, [] {});
   return scrivlet;

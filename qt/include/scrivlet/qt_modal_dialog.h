@@ -4,6 +4,8 @@
 
 #include <scrivlet/qt_export.h>
 
+#include <scrivlet/navigation_controller.h>
+
 #include <QDialog>
 
 #include <memory>
@@ -12,7 +14,6 @@ class QToolBar;
 
 namespace scrivlet {
 
-class QnNavigationController;
 class QnQtCaptureWidget;
 
 class SCRIVLET_QT_EXPORT QnQtModalDialog : public QDialog {
@@ -32,6 +33,7 @@ class SCRIVLET_QT_EXPORT QnQtModalDialog : public QDialog {
 
  private:
   std::shared_ptr<QnNavigationController> container_;
+  QnNavigationController::Hold ownerHold_;
   QToolBar* toolbar_;
   QnQtCaptureWidget* capture_;
 };
