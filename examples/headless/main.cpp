@@ -5,14 +5,13 @@
 #include <cmath>
 #include <cstdio>
 #include <fstream>
-#include <string>
 
 using namespace scrivlet;
 
 template <class Bytes>
-bool write(const std::string& path, const Bytes& bytes) {
+bool write(const std::string& path, const std::optional<Bytes>& bytes) {
   std::ofstream file(path, std::ios::binary);
-  return bool(file.write(reinterpret_cast<const char*>(bytes.data()), bytes.size()));
+  return bytes && file.write(reinterpret_cast<const char*>(bytes->data()), bytes->size());
 }
 
 int main(int argc, char** argv) {
@@ -34,15 +33,11 @@ int main(int argc, char** argv) {
   }
   view->endTouches({pen});
 
-  scrivlet->done();  // the record arrives through the delegate once it is prepared
+  scrivlet->done();  // the record comes through the delegate once it is prepared
   for (int i = 0; i < 100 && !record; ++i) loop->advance(0.05);
-  if (!record || !write(folder + "/signature.png", record->imageData().value_or(QnSignature::Bytes{})) ||
-      !write(folder + "/signature.pdf", record->pdfData().value_or(QnSignature::Bytes{})) ||
-      !write(folder + "/signature.svg", record->svgString().value_or("")) ||
-      !write(folder + "/signature.xml", record->xmlString().value_or(""))) {
-    std::fprintf(stderr, "sign_headless: no record written to %s\n", folder.c_str());
-    return 1;
-  }
+  if (!record || !write(folder + "/signature.png", record->imageData()) ||
+      !write(folder + "/signature.pdf", record->pdfData()) || !write(folder + "/signature.svg", record->svgString()) ||
+      !write(folder + "/signature.xml", record->xmlString()))
+    return std::fprintf(stderr, "sign_headless: no record written to %s\n", folder.c_str()), 1;
   std::printf("Signed: hash %s, files in %s\n", record->hashString().value_or("").c_str(), folder.c_str());
-  return 0;
 }

@@ -17,8 +17,7 @@ int main(int argc, char** argv) {
   auto* area = new scrivlet::QnQtCaptureWidget;
   auto* done = new QPushButton("Done");
   auto* layout = new QVBoxLayout(&window);
-  layout->addWidget(area, 1);
-  layout->addWidget(done);
+  layout->addWidget(area, 1), layout->addWidget(done);
   window.resize(600, 360);
 
   auto delegate = std::make_shared<scrivlet::QnScrivletControllerDelegate>();
@@ -31,7 +30,6 @@ int main(int argc, char** argv) {
   delegate->scrivletDidCompleteWithNoSignature = [&app](auto) { qInfo("Nothing was signed."), app.quit(); };
   auto signing = scrivlet::QnScrivlet::scrivletWithViewDelegate(area->view(), delegate);
   QObject::connect(done, &QPushButton::clicked, [&signing] { signing->done(); });
-
   window.show();
   if (QGuiApplication::platformName() == "offscreen") QTimer::singleShot(100, done, &QPushButton::click);
   return app.exec();

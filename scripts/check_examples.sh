@@ -1,0 +1,43 @@
+#!/usr/bin/env bash
+# Installs a built Scrivlet into a temporary prefix and builds the examples against it as a host would:
+# both with find_package, and the headless one once more with pkg-config alone. Runs them (the Qt one
+# offscreen) and checks the headless one's four files.
+# Usage: scripts/check_examples.sh BUILD_DIR
+set -euo pipefail
+top="$(cd "$(dirname "$0")/.." && pwd)"
+build="$(cd "$1" && pwd)"
+work="$(mktemp -d)"
+trap 'rm -rf "$work"' EXIT
+prefix="$work/prefix"
+
+cmake --install "$build" --prefix "$prefix" >/dev/null
+shared=$(grep -q '^BUILD_SHARED_LIBS:BOOL=ON' "$build/CMakeCache.txt" && echo yes || echo no)
+echo "Installed Scrivlet (shared: $shared) into a temporary prefix."
+
+check_record() {  # the headless example's four files
+  local dir=$1
+  head -c 8 "$dir/signature.png" | od -An -tx1 | grep -q '89 50 4e 47 0d 0a 1a 0a'
+  qpdf --check "$dir/signature.pdf" >/dev/null
+  xmllint --noout "$dir/signature.svg" "$dir/signature.xml"
+}
+
+for example in headless qt; do
+  [ "$example" = qt ] && [ ! -f "$prefix/include/scrivlet/qt_capture_widget.h" ] && continue
+  cmake -S "$top/examples/$example" -B "$work/$example" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
+  cmake --build "$work/$example" >/dev/null
+done
+mkdir -p "$work/out-cmake" "$work/out-pkg-config"
+"$work/headless/sign_headless" "$work/out-cmake"
+check_record "$work/out-cmake"
+if [ -x "$work/qt/sign_qt" ]; then
+  (cd "$work/out-cmake" && QT_QPA_PLATFORM=offscreen timeout 60 "$work/qt/sign_qt" 2>/dev/null)
+fi
+
+static=(); [ "$shared" = no ] && static=(--static)
+export PKG_CONFIG_PATH="$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}"
+# shellcheck disable=SC2046
+"${CXX:-g++}" -std=c++20 -o "$work/sign_headless_pc" "$top/examples/headless/main.cpp" \
+  $(pkg-config "${static[@]}" --cflags --libs scrivlet) -Wl,-rpath,"$prefix/lib"
+"$work/sign_headless_pc" "$work/out-pkg-config"
+check_record "$work/out-pkg-config"
+echo "The examples built against the installed package, with CMake and with pkg-config, and ran."
