@@ -13,6 +13,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
+#include <tuple>
 
 namespace scrivlet {
 namespace {
@@ -204,6 +206,36 @@ TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWi
   EXPECT_NEAR(slowWidth, 4, 1);
   EXPECT_TRUE(fastWidth >= 1 && fastWidth <= 2) << fastWidth << ": thinner, but still showing";
   EXPECT_NEAR(inked(drawWave(0.1, 1, 0, "pressed-ink").first, 150, 151), 7, 1);  // 4 + 3
+}
+
+// A stroke that goes once and a bit around a circle, drawn in full into SVG. The expected document
+// was worked out from the drawing rules alone by data/looping_stroke_svg.py, which also gives these
+// points: every inner segment is a varying-width outline, so each narrowing to single precision (and
+// each value kept in double) shows in its printed coordinates.
+TEST(DrawingView, ALoopingStrokeDrawnInFullIntoSVGGivesTheDocumentTheRulesWorkOut) {
+  QnStroke loop;
+  for (auto [location, diameter, velocity] : std::initializer_list<std::tuple<QnPoint, float, QnPoint>>{
+       {{60.0, 25.0}, 2.20f, {1, 6.123233995736766e-17}},
+       {{74.34, 29.52}, 2.57f, {0.8191520442889918, 0.57357643635104616}},
+       {{83.49, 41.45}, 2.94f, {0.34202014332566871, 0.93969262078590843}},
+       {{84.15, 56.47}, 3.31f, {-0.25881904510252074, 0.96592582628906831}},
+       {{76.07, 69.15}, 3.68f, {-0.76604444311897801, 0.64278760968653936}},
+       {{62.18, 74.9}, 4.05f, {-0.99619469809174555, 0.087155742747658138}},
+       {{47.5, 71.65}, 4.42f, {-0.86602540378443871, -0.49999999999999978}},
+       {{37.34, 60.57}, 4.79f, {-0.4226182617406995, -0.90630778703664994}},
+       {{35.38, 45.66}, 5.16f, {0.17364817766693047, -0.98480775301220802}},
+       {{42.32, 32.32}, 5.53f, {0.70710678118654746, -0.70710678118654768}},
+       {{55.66, 25.38}, 5.90f, {0.98480775301220802, -0.17364817766693033}},
+       {{70.57, 27.34}, 6.27f, {0.90630778703664994, 0.42261826174069961}},
+       })
+    loop.push_back(inkPoint(location.x, location.y, diameter, velocity));
+  QnDrawingView view(makeRect(0, 0, 120, 100));
+  view.setMyStrokes(strokesOf({loop}));
+  QnComboContext svg(nullptr);
+  svg.setIsSVG(true), svg.setScaleCTMXY(1, 1);
+  view.drawToContextWithFinalSegmentFullRedraw(&svg, true, true);
+  std::ifstream expected(SCRIVLET_TEST_DATA_DIR "/looping_stroke.svg");
+  EXPECT_EQ(svg.serializeSVG({120, 100}), std::string(std::istreambuf_iterator<char>(expected), {}));
 }
 
 }  // namespace

@@ -17,6 +17,11 @@ constexpr float kHalfPiFloat = 1.5707963705062866f;
 // An exact zero distance becomes this, so that dividing by a distance stays finite.
 constexpr double kMinimumDistance = 0.0001;
 
+// A sine or cosine narrowed from double: the correctly rounded single-precision value, where cosf and
+// sinf may differ in the last bit.
+float narrowedCos(float angle) { return static_cast<float>(std::cos(static_cast<double>(angle))); }
+float narrowedSin(float angle) { return static_cast<float>(std::sin(static_cast<double>(angle))); }
+
 // Both angles take x as the first argument of atan2: the angle between the vectors is unchanged
 // once wrapped, while the collinearity test sees the swapped angles.
 // The components are narrowed to float; atan2 itself runs in double and its result is narrowed.
@@ -90,23 +95,25 @@ void QnDrawingView::
 
   float a = static_cast<float>(std::atan2(double(u1y), double(u1x)) - kHalfPi);
   float aOpposite = static_cast<float>(a + kPi);
-  float r0 = startingDiameter * 0.5f;
-  QnPoint s1{origin.x + r0 * std::cos(a), origin.y + r0 * std::sin(a)};
-  QnPoint s2{origin.x + r0 * std::cos(aOpposite), origin.y + r0 * std::sin(aOpposite)};
+  // The radii, the arms' scale factors and every product are formed in double; only the arms, the
+  // angles, their sines and cosines, and the side lengths are single precision.
+  double r0 = startingDiameter * 0.5;
+  QnPoint s1{origin.x + r0 * narrowedCos(a), origin.y + r0 * narrowedSin(a)};
+  QnPoint s2{origin.x + r0 * narrowedCos(aOpposite), origin.y + r0 * narrowedSin(aOpposite)};
 
   float b = static_cast<float>(std::atan2(double(u2y), double(u2x)) + kHalfPi);
   float bOpposite = static_cast<float>(b + kPi);
-  float r1 = endingDiameter * 0.5f;
-  QnPoint e1{destination.x + r1 * std::cos(b), destination.y + r1 * std::sin(b)};
-  QnPoint e2{destination.x + r1 * std::cos(bOpposite), destination.y + r1 * std::sin(bOpposite)};
+  double r1 = endingDiameter * 0.5;
+  QnPoint e1{destination.x + r1 * narrowedCos(b), destination.y + r1 * narrowedSin(b)};
+  QnPoint e2{destination.x + r1 * narrowedCos(bOpposite), destination.y + r1 * narrowedSin(bOpposite)};
 
   // Each side's arms are scaled by its length against the mean, so the outer edge of a bend gets
   // the longer arms.
   float l1 = static_cast<float>(distanceBetweenAnd(s1, e1));
   float l2 = static_cast<float>(distanceBetweenAnd(s2, e2));
-  float m = (l1 + l2) * 0.5f;
-  float k1 = l1 / m;
-  float k2 = l2 / m;
+  double m = (static_cast<double>(l1) + l2) * 0.5;
+  double k1 = l1 / m;
+  double k2 = l2 / m;
 
   context->beginPath();
   context->moveToPoint(s1);
