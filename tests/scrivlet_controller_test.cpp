@@ -1,10 +1,12 @@
 // The capture controller: defaults and teardown, geometry observation and touch routing.
+#include <scrivlet/device.h>
 #include <scrivlet/headless_touch.h>
 #include <scrivlet/headless_view.h>
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
 #include "controller/touches_observer_gesture_recognizer.h"
+#include "platform/image.h"
 #include "platform/image_view.h"
 #include "render/drawing_view.h"
 
@@ -165,6 +167,48 @@ TEST_F(ScrivletController, SigningSessionYieldsExactlyTheStrokesIdsAndDelegateCa
   EXPECT_EQ(points(strokes()[2]), (Points{{40, 40, 111}, {50, 50, 112}, {50, 50, 113}}));
   EXPECT_EQ(endLines, (std::vector<unsigned long>{4, 7, 10}));
   EXPECT_EQ(c->numberOfPointsInCurrentSignature(), 10u);
+}
+
+// The share of pixel (px, py) covered by a disc, on 16 x 16 samples.
+double discCoverage(int px, int py, QnPoint center, double radius) {
+  int inside = 0;
+  for (int i = 0; i < 16; ++i)
+    for (int j = 0; j < 16; ++j)
+      inside += std::hypot(px + (i + 0.5) / 16 - center.x, py + (j + 0.5) / 16 - center.y) <= radius;
+  return inside / 256.0;
+}
+
+// A tap (down and up in one place) leaves the dot of the first point and, over it, the round-capped
+// zero-length line of the mean diameter: two concentric discs, at any screen scale and position.
+TEST(Tap, LeavesConcentricDiscsOfThePenDiameterInTheInkCacheAtScalesOneAndTwo) {
+  for (double scale : {1.0, 2.0}) {
+    for (QnPoint at : {QnPoint{100, 80}, QnPoint{100.3, 80.6}}) {
+      SCOPED_TRACE(testing::Message() << "scale " << scale << " at " << at.x << ", " << at.y);
+      QnDevice::setScreenScale(scale);
+      auto view = HeadlessView::create(makeRect(0, 0, 200, 160));
+      auto controller = QnScrivletController::create(view, {}, {});
+      auto touch = std::make_shared<HeadlessTouch>(at, 1.0);
+      view->beginTouches({touch}), touch->setTimestamp(1.08), view->endTouches({touch});
+      const QnStroke& stroke = *controller->drawingController()->drawingArray()->at(0);
+      ASSERT_EQ(stroke.size(), 2u);
+      EXPECT_EQ(stroke[0].diameter, 3.1111114f);  // the default pen at rest
+      float mean = (stroke[0].diameter + stroke[1].diameter) * 0.5f;
+      QnImage ink = controller->drawingController()->canvasView()->cacheContext()->makeImage();
+      ASSERT_EQ(ink.pixelWidth(), 200 * scale);
+      QnPoint center{at.x * scale, at.y * scale};
+      double worst = 0, area = 0, expectedArea = 0;
+      for (int y = int(center.y) - 6 * scale; y <= center.y + 6 * scale; ++y)
+        for (int x = int(center.x) - 6 * scale; x <= center.x + 6 * scale; ++x) {
+          double expected = 1 - (1 - discCoverage(x, y, center, stroke[0].diameter * 0.5 * scale)) *
+                                    (1 - discCoverage(x, y, center, mean * 0.5 * scale));
+          double alpha = ink.pixelAt(x, y).a / 255.0;
+          worst = std::max(worst, std::fabs(alpha - expected)), area += alpha, expectedArea += expected;
+        }
+      EXPECT_LT(worst, 0.06);  // antialiasing differs from exact coverage by a few levels
+      EXPECT_NEAR(area, expectedArea, 0.03 * expectedArea);
+    }
+  }
+  QnDevice::resetToDefaults();
 }
 
 TEST_F(ScrivletController, MalformedInputNeverThrowsAndKeepsCapturedStrokes) {

@@ -110,6 +110,9 @@ TEST(Guideline, SitsNineSixteenthsDownAcrossNinetyFivePercentAndTheInkMovesWithI
   EXPECT_EQ(guideline->frame().size.width, kW540);
   EXPECT_NEAR(guideline->frame().size.height, kW540 * 38 / 472, 1e-5);  // sides kept as floats
 
+  // Without a view the guideline is laid out as on a view of zero size.
+  EXPECT_EQ(QnScrivletController::create(nullptr, {}, {})->guideline()->frame(), QnRectZero);
+
   controller->setShowGuideline(false);  // hidden, it is still laid out and the ink follows it
   EXPECT_TRUE(!controller->showGuideline() && guideline->isHidden());
   EXPECT_EQ(snapshotOfView(*view, 1).pixelAt(200, 324).a, 0);

@@ -18,10 +18,12 @@ void QnScrivletController::layoutGuideline() {
   QnRect frame = guideline_->frame();
   float gw = static_cast<float>(frame.size.width);
   float gh = static_cast<float>(frame.size.height);
-  // Once the width is 0 (a view of width 0 was laid out), the frame stays as it is.
-  if (frame.size.width > 0 && scrivletView_) {
-    double w = scrivletView_->frame().size.width;
-    double h = scrivletView_->frame().size.height;
+  // Once the width is 0 (a view of width 0 was laid out), the frame stays as it is. A controller
+  // without a view lays out as on a view of zero size.
+  if (frame.size.width > 0) {
+    QnSize viewSize = scrivletView_ ? scrivletView_->frame().size : QnSize{};
+    double w = viewSize.width;
+    double h = viewSize.height;
     double width = w * kGuidelineWidthFactor;
     guideline_->setFrame(
         makeRect(w * kGuidelineMarginFactor * 0.5, h * kNineSixteenths, width, width / gw * gh));

@@ -105,7 +105,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
   std::unique_ptr<QnComboContext> combo;
   if (format == "PDF") {
     pdf = std::make_unique<QnPDFContext>(
-        canvas, [&buffer](const uint8_t* bytes, size_t n) { buffer.insert(buffer.end(), bytes, bytes + n); });
+        QnRect{{0, 0}, canvas}, [&buffer](const uint8_t* bytes, size_t n) { buffer.insert(buffer.end(), bytes, bytes + n); });
     combo = std::make_unique<QnComboContext>(&pdf->context());
   } else if (format == "SVG") {
     combo = std::make_unique<QnComboContext>(nullptr);

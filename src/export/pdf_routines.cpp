@@ -58,7 +58,7 @@ QnMutableDataRef setupPDFRenderState(QnRect mediaBox) {
     return nullptr;
   }
   auto pdf = std::make_shared<QnPDFContext>(
-      mediaBox.size,
+      mediaBox,
       [consumer](const uint8_t* bytes, size_t count) { consumer->putBytes(consumer->info, bytes, count); },
       (*auxiliaryInfo)["Creator"]);
   if (!pdf->isValid()) {

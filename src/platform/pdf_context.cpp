@@ -18,23 +18,24 @@ cairo_status_t writeToSink(void* closure, const unsigned char* data, unsigned in
   return CAIRO_STATUS_SUCCESS;
 }
 
-bool usable(QnSize size) {
-  return std::isfinite(size.width) && std::isfinite(size.height) && size.width > 0 &&
-         size.height > 0;
+bool usable(QnRect box) {
+  return std::isfinite(box.origin.x) && std::isfinite(box.origin.y) && std::isfinite(box.size.width) &&
+         std::isfinite(box.size.height) && box.size.width > 0 && box.size.height > 0;
 }
 
 }  // namespace
 
-QnPDFContext::QnPDFContext(QnSize pageSize, Sink sink, const std::string& creator)
-    : sink_(std::move(sink)), valid_(usable(pageSize)) {
+QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator)
+    : sink_(std::move(sink)), valid_(usable(mediaBox)) {
   // An unusable document still hands out a context, one that draws nowhere.
-  surface_ = valid_ ? cairo_pdf_surface_create_for_stream(writeToSink, &sink_, pageSize.width,
-                                                          pageSize.height)
+  surface_ = valid_ ? cairo_pdf_surface_create_for_stream(writeToSink, &sink_, mediaBox.size.width,
+                                                          mediaBox.size.height)
                     : cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 0, 0);
   valid_ = valid_ && cairo_surface_status(surface_) == CAIRO_STATUS_SUCCESS;
   if (valid_ && !creator.empty())
     cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_CREATOR, creator.c_str());
   cairo_t* cr = cairo_create(surface_);
+  if (valid_) cairo_translate(cr, -mediaBox.origin.x, -mediaBox.origin.y);
   context_ = std::make_unique<CairoContext>(cr);
   cairo_destroy(cr);
 }

@@ -18,9 +18,9 @@ class QnPDFContext {
  public:
   using Sink = std::function<void(const uint8_t* bytes, size_t count)>;
 
-  // A page of the given size in PDF points, drawn with a top-left origin. The creator goes into the
-  // document information when given.
-  QnPDFContext(QnSize pageSize, Sink sink, const std::string& creator = {});
+  // A page showing the media box (in PDF points, top-left origin): what is drawn at the box's origin
+  // lands in the page's top-left corner. The creator goes into the document information when given.
+  QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator = {});
   // Ends the document if end() was not called.
   ~QnPDFContext();
   QnPDFContext(const QnPDFContext&) = delete;

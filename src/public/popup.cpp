@@ -28,17 +28,22 @@ void QnScrivletPopup::loadView() {
     view_->setFrame({view_->frame().origin, kPadSize});
   view_->setAutoresizingMask(kQnAutoresizingFlexibleWidth | kQnAutoresizingFlexibleHeight);
 
+  // The screen is the target of its buttons, and each button (the item as the screen keeps it, by its
+  // place in the toolbar) is the sender of its action.
   std::weak_ptr<QnScrivletPopup> weakSelf = weak_from_this();
-  auto act = [weakSelf](void (QnScrivletPopup::*button)(const void*)) {
-    return [weakSelf, button] {
-      if (auto self = weakSelf.lock()) ((*self).*button)(self.get());
+  auto act = [weakSelf](void (QnScrivletPopup::*button)(const void*), size_t place) {
+    return [weakSelf, button, place] {
+      auto self = weakSelf.lock();
+      if (!self) return;
+      const auto& items = self->toolbarItems();
+      ((*self).*button)(place < items.size() ? &items[place] : nullptr);
     };
   };
   setToolbarItemsAnimated(
-      {QnBarButtonItem::button("Cancel", kQnBarButtonItemStylePlain, act(&QnScrivletPopup::cancelButton)),
-       QnBarButtonItem::button("Clear", kQnBarButtonItemStylePlain, act(&QnScrivletPopup::resetButton)),
+      {QnBarButtonItem::button("Cancel", kQnBarButtonItemStylePlain, act(&QnScrivletPopup::cancelButton, 0)),
+       QnBarButtonItem::button("Clear", kQnBarButtonItemStylePlain, act(&QnScrivletPopup::resetButton, 1)),
        QnBarButtonItem::flexibleSpaceItem(),
-       QnBarButtonItem::button("Done", kQnBarButtonItemStyleDone, act(&QnScrivletPopup::doneButton))},
+       QnBarButtonItem::button("Done", kQnBarButtonItemStyleDone, act(&QnScrivletPopup::doneButton, 3))},
       false);
   if (modalDisplayString_) fitPrompt();
 }
