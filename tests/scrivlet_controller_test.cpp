@@ -42,8 +42,8 @@ class ScrivletController : public ::testing::Test {
   void move(const Touch& touch, double x, double y, double t) { touch->moveTo({x, y}, t), view->moveTouches({touch}); }
   // The fingers down, or three landing together, travel sideways at y in two steps and lift.
   void swipe(double dx, double y, double t) {
-    if (view->touchesDown().empty()) view->beginTouches({finger(200, y, t), finger(220, y, t), finger(240, y, t)});
-    const QnTouchSet down = view->touchesDown();
+    QnTouchSet down = view->touchesDown();
+    if (down.empty()) down = {finger(200, y, t), finger(220, y, t), finger(240, y, t)}, view->beginTouches(down);
     for (double step : {1, 2}) {
       for (const auto& f : down)
         static_cast<HeadlessTouch&>(*f).moveTo({f->locationInView(nullptr).x + dx / 2, y}, t + 0.01 * step);

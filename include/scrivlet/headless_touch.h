@@ -7,7 +7,9 @@
 
 namespace scrivlet {
 
-// Positions are in the coordinates of the view the touch lands on, whatever view is asked.
+// Positions are in the coordinates of the view the touch lands on, whatever view is asked. A sample
+// whose position is not finite is dropped here: the touch keeps its last finite one, and a touch made
+// at a position that is not finite has no location until its first finite sample.
 class SCRIVLET_EXPORT HeadlessTouch : public QnTouch {
  public:
   HeadlessTouch(QnPoint location, double timestamp, int type = kQnTouchTypeDirect);
@@ -15,6 +17,9 @@ class SCRIVLET_EXPORT HeadlessTouch : public QnTouch {
   // Moves the touch: the old location becomes the previous one. A touch that offers precise
   // locations moves its precise location too, to the one given or else to the plain one.
   void moveTo(QnPoint location, double timestamp, std::optional<QnPoint> precise = {});
+  // Whether the touch has had a finite sample, and whether it kept the latest one it was given.
+  bool hasLocation() const { return hasLocation_; }
+  bool keptLastSample() const { return keptLastSample_; }
   // Makes the touch offer precise locations (or stop offering them).
   void setPreciseLocation(std::optional<QnPoint> precise);
   void setForce(double force, double maximumPossibleForce);
@@ -47,6 +52,8 @@ class SCRIVLET_EXPORT HeadlessTouch : public QnTouch {
   std::optional<double> maximumForce_;
   std::optional<double> azimuth_;
   std::optional<double> altitude_;
+  bool hasLocation_;
+  bool keptLastSample_;
 };
 
 }  // namespace scrivlet

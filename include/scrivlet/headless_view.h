@@ -21,16 +21,21 @@ class SCRIVLET_EXPORT HeadlessView : public QnView {
   std::vector<uint8_t> snapshotPNG(double scale = 1.0);
 
   // Touch phases as a screen would report them. The view keeps the touches that are down: an event
-  // holds those and the phase's own, and ended or cancelled touches leave after their phase.
+  // holds those and the phase's own, and ended or cancelled touches leave after their phase. A
+  // touch that the host no longer holds can never end: it no longer counts as down. A headless
+  // touch's dropped samples are not delivered: one that has no location yet begins with its first
+  // finite sample, and one that never had any ends unseen.
   void beginTouches(const QnTouchSet& touches);
   void moveTouches(const QnTouchSet& touches);
   void endTouches(const QnTouchSet& touches);
   void cancelTouches(const QnTouchSet& touches);
-  const QnTouchSet& touchesDown() const { return down_; }
+  QnTouchSet touchesDown() const;
 
  private:
   void deliver(QnTouchPhase phase, const QnTouchSet& touches);
-  QnTouchSet down_;
+  void deliverPhase(QnTouchPhase phase, const QnTouchSet& touches);
+  std::vector<std::weak_ptr<QnTouch>> down_;
+  std::vector<std::weak_ptr<QnTouch>> waiting_;  // begun without a location
 };
 
 }  // namespace scrivlet

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -29,9 +30,12 @@ class SCRIVLET_EXPORT QnNotificationCenter {
   // Removes every registration of the observer.
   void removeObserver(const void* observer);
   // Tells the handlers registered for the name, on the calling thread, in registration order.
+  // Registering, removing and posting are safe from any thread; handlers run without a lock held.
   void postNotification(const QnNotification& notification);
   void postNotificationName(const std::string& name, const void* sender,
                             std::map<std::string, std::any> userInfo = {});
+  // How many registrations are in force.
+  size_t observerCount() const;
 
  private:
   struct Registration {
@@ -40,6 +44,9 @@ class SCRIVLET_EXPORT QnNotificationCenter {
     std::string name;
     Handler handler;
   };
+  bool isRegistered(uint64_t id) const;
+
+  mutable std::mutex mutex_;
   std::vector<Registration> registrations_;
   uint64_t nextId_ = 1;
 };

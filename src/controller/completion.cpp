@@ -32,9 +32,11 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
 
   std::weak_ptr<QnScrivletController> weakSelf = weak_from_this();
   cacheTimerBlock_ = [weakSelf, preparer] {
-    QnScheduler::current().runInBackground([weakSelf, preparer] {
+    QnScheduler::current().runInBackground([weakSelf, preparer]() mutable {
       preparer->prepareScrivletData();
-      QnScheduler::current().postToMainThread([weakSelf, preparer] {
+      // The preparer travels on to the main thread, so that its last reference is dropped there
+      // and never with this closure on the background thread.
+      QnScheduler::current().postToMainThread([weakSelf, preparer = std::move(preparer)] {
         std::shared_ptr<QnScrivletController> self = weakSelf.lock();
         if (!self) return;
         // No generation check: the last preparation to finish wins.

@@ -4,6 +4,8 @@
 #include "capture/drawing_controller.h"
 #include "platform/image_view.h"
 
+#include <cmath>
+
 namespace scrivlet {
 
 namespace {
@@ -11,6 +13,14 @@ namespace {
 constexpr double kGuidelineWidthFactor = 0.949999988079071;
 constexpr double kGuidelineMarginFactor = 0.050000011920928955;
 constexpr double kNineSixteenths = 9 * 0.0625;
+// Beyond this a view's side is taken for garbage rather than a screen.
+constexpr double kLargestViewSide = 1e6;
+
+// A view size that layout can use: finite, not empty, not absurdly large.
+bool usableForLayout(QnSize size) {
+  return std::isfinite(size.width) && std::isfinite(size.height) && size.width > 0 && size.height > 0 &&
+         size.width <= kLargestViewSide && size.height <= kLargestViewSide;
+}
 }  // namespace
 
 void QnScrivletController::layoutGuideline() {
@@ -32,6 +42,9 @@ void QnScrivletController::layoutGuideline() {
 }
 
 void QnScrivletController::updateLayout() {
+  // Until the view has a usable size again, nothing is laid out: the guideline and the ink keep
+  // their places, so that a passing empty or garbage size cannot move the ink for good.
+  if (scrivletView_ && !usableForLayout(scrivletView_->frame().size)) return;
   QnPoint before = guideline_ ? guideline_->frame().origin : QnPoint{};
   layoutGuideline();
   QnPoint after = guideline_ ? guideline_->frame().origin : QnPoint{};

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 
 namespace scrivlet {
@@ -16,11 +17,24 @@ namespace scrivlet {
 namespace {
 
 constexpr double kMaxPixels = 32767;  // cairo's largest image side
+// The most pixels one bitmap may have: 256 MB of premultiplied ARGB.
+constexpr double kPixelBudget = 64.0 * 1024 * 1024;
 
 int pixelCount(double points, double scale) {
   double pixels = points * scale;
   if (!std::isfinite(pixels) || pixels <= 0) return 0;
   return static_cast<int>(std::min(pixels, kMaxPixels));
+}
+
+// A bitmap over the budget is refused, with one line on standard error: it is made empty.
+cairo_surface_t* createBitmapSurface(QnSize sizeInPoints, double scale) {
+  int width = pixelCount(sizeInPoints.width, scale), height = pixelCount(sizeInPoints.height, scale);
+  if (double(width) * height > kPixelBudget) {
+    std::fprintf(stderr, "Scrivlet: a bitmap of %d x %d pixels is over the budget of %.0f megapixels; none is made\n",
+                 width, height, kPixelBudget / (1024 * 1024));
+    width = height = 0;
+  }
+  return cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
 }
 
 std::shared_ptr<cairo_surface_t> adopt(cairo_surface_t* surface) {
@@ -62,9 +76,14 @@ QnImage QnImage::decodePNG(const std::vector<uint8_t>& bytes, double scale) {
 
 std::vector<uint8_t> QnImage::encodePNG() const {
   std::vector<uint8_t> bytes;
-  if (surface_ && cairo_surface_write_to_png_stream(surface_.get(), appendBytes, &bytes) !=
-                      CAIRO_STATUS_SUCCESS)
+  if (pixelWidth() == 0 || pixelHeight() == 0) {
+    std::fputs("Scrivlet: no PNG: the image has no pixels\n", stderr);
+    return bytes;
+  }
+  if (cairo_surface_write_to_png_stream(surface_.get(), appendBytes, &bytes) != CAIRO_STATUS_SUCCESS) {
+    std::fputs("Scrivlet: no PNG: the image could not be encoded\n", stderr);
     bytes.clear();
+  }
   return bytes;
 }
 
@@ -90,10 +109,7 @@ QnImage::Pixel QnImage::pixelAt(int x, int y) const {
 }
 
 QnBitmapContext::QnBitmapContext(QnSize sizeInPoints, double scale)
-    : surface_(cairo_image_surface_create(CAIRO_FORMAT_ARGB32,
-                                          pixelCount(sizeInPoints.width, scale),
-                                          pixelCount(sizeInPoints.height, scale))),
-      scale_(scale) {
+    : surface_(createBitmapSurface(sizeInPoints, scale)), scale_(scale) {
   cairo_t* cr = cairo_create(surface_);
   if (std::isfinite(scale) && scale > 0) cairo_scale(cr, scale, scale);
   context_ = std::make_unique<CairoContext>(cr);

@@ -7,6 +7,7 @@
 #include <cairo.h>
 
 #include <cmath>
+#include <cstdio>
 
 namespace scrivlet {
 
@@ -26,7 +27,7 @@ bool usable(QnRect box) {
 }  // namespace
 
 QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator)
-    : sink_(std::move(sink)), valid_(usable(mediaBox)) {
+    : sink_(std::move(sink)), pageSize_(mediaBox.size), valid_(usable(mediaBox)) {
   // An unusable document still hands out a context, one that draws nowhere.
   surface_ = valid_ ? cairo_pdf_surface_create_for_stream(writeToSink, &sink_, mediaBox.size.width,
                                                           mediaBox.size.height)
@@ -41,7 +42,7 @@ QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creato
 }
 
 QnPDFContext::~QnPDFContext() {
-  end();
+  finish();
   context_.reset();
   cairo_surface_destroy(surface_);
 }
@@ -51,6 +52,13 @@ bool QnPDFContext::isValid() const { return valid_; }
 CGContext& QnPDFContext::context() { return *context_; }
 
 void QnPDFContext::end() {
+  if (!ended_ && !valid_)
+    std::fprintf(stderr, "Scrivlet: no PDF: a page of %g x %g points cannot be made\n", pageSize_.width,
+                 pageSize_.height);
+  finish();
+}
+
+void QnPDFContext::finish() {
   if (ended_) return;
   ended_ = true;
   // Drawing state goes first so that the surface can write out everything.

@@ -29,11 +29,15 @@ class QnPDFContext {
   // False when the size is unusable or the document could not be started.
   bool isValid() const;
   CGContext& context();
-  // Finishes the document: the sink gets the rest of its bytes.
+  // Finishes the document: the sink gets the rest of its bytes. Ending a document that could not be
+  // made says so in one line on standard error.
   void end();
 
  private:
+  void finish();
+
   Sink sink_;
+  QnSize pageSize_;
   bool valid_;
   bool ended_ = false;
   cairo_surface_t* surface_;

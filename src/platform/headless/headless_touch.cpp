@@ -1,13 +1,28 @@
 // Headless touches.
 #include <scrivlet/headless_touch.h>
 
+#include <cmath>
+
 namespace scrivlet {
 
+namespace {
+bool isFinite(QnPoint p) { return std::isfinite(p.x) && std::isfinite(p.y); }
+}  // namespace
+
 HeadlessTouch::HeadlessTouch(QnPoint location, double timestamp, int type)
-    : location_(location), previous_(location), timestamp_(timestamp), type_(type) {}
+    : location_(location),
+      previous_(location),
+      timestamp_(timestamp),
+      type_(type),
+      hasLocation_(isFinite(location)),
+      keptLastSample_(hasLocation_) {}
 
 void HeadlessTouch::moveTo(QnPoint location, double timestamp, std::optional<QnPoint> precise) {
-  previous_ = location_;
+  keptLastSample_ = isFinite(location) && (!precise || isFinite(*precise));
+  if (!keptLastSample_) return;
+  // The first finite sample of a touch made without one is where it lands.
+  previous_ = hasLocation_ ? location_ : location;
+  hasLocation_ = true;
   location_ = location;
   timestamp_ = timestamp;
   if (precise_) {

@@ -1,6 +1,8 @@
 // Headless views.
 #include <scrivlet/headless_view.h>
 
+#include <scrivlet/headless_touch.h>
+
 #include "platform/image.h"
 
 #include <algorithm>
@@ -18,15 +20,56 @@ void HeadlessView::cancelTouches(const QnTouchSet& touches) {
   deliver(QnTouchPhase::cancelled, touches);
 }
 
+namespace {
+
+bool holds(const std::vector<std::weak_ptr<QnTouch>>& list, const std::shared_ptr<QnTouch>& touch) {
+  return std::any_of(list.begin(), list.end(), [&](const auto& held) { return held.lock() == touch; });
+}
+
+void drop(std::vector<std::weak_ptr<QnTouch>>& list, const std::shared_ptr<QnTouch>& touch) {
+  std::erase_if(list, [&](const auto& held) { return held.expired() || held.lock() == touch; });
+}
+
+}  // namespace
+
+QnTouchSet HeadlessView::touchesDown() const {
+  QnTouchSet down;
+  for (const auto& held : down_)
+    if (auto touch = held.lock()) down.push_back(touch);
+  return down;
+}
+
 void HeadlessView::deliver(QnTouchPhase phase, const QnTouchSet& touches) {
+  QnTouchSet ofPhase, landing;
+  for (const auto& touch : touches) {
+    if (!touch) continue;
+    auto* headless = dynamic_cast<HeadlessTouch*>(touch.get());
+    bool located = !headless || headless->hasLocation();
+    if (holds(waiting_, touch)) {
+      // Begun without a location: it begins with its first finite sample, or ends unseen.
+      bool ending = phase == QnTouchPhase::ended || phase == QnTouchPhase::cancelled;
+      if (located && !ending) landing.push_back(touch);
+      if (located || ending) drop(waiting_, touch);
+    } else if (phase == QnTouchPhase::began && !located) {
+      waiting_.push_back(touch);
+    } else if (phase != QnTouchPhase::moved || !headless || headless->keptLastSample()) {
+      ofPhase.push_back(touch);
+    }
+  }
+  if (!landing.empty()) deliverPhase(QnTouchPhase::began, landing);
+  if (!ofPhase.empty()) deliverPhase(phase, ofPhase);
+}
+
+void HeadlessView::deliverPhase(QnTouchPhase phase, const QnTouchSet& touches) {
+  std::erase_if(down_, [](const auto& held) { return held.expired(); });
   for (const auto& touch : touches)
-    if (touch && std::find(down_.begin(), down_.end(), touch) == down_.end()) down_.push_back(touch);
-  QnEvent event(down_);
+    if (!holds(down_, touch)) down_.push_back(touch);
+  QnEvent event(touchesDown());
   // Keep this view alive while a recognizer's action runs.
   auto self = shared_from_this();
   deliverTouches(phase, touches, event);
   if (phase == QnTouchPhase::ended || phase == QnTouchPhase::cancelled)
-    for (const auto& touch : touches) down_.erase(std::remove(down_.begin(), down_.end(), touch), down_.end());
+    for (const auto& touch : touches) drop(down_, touch);
 }
 
 }  // namespace scrivlet
