@@ -10,6 +10,7 @@ packages=(
   qt6-base-dev
   qpdf poppler-utils libxml2-utils librsvg2-bin
   locales xvfb
+  clang libclang-rt-14-dev libxml2-dev
 )
 
 missing=()

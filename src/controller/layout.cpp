@@ -49,8 +49,10 @@ void QnScrivletController::updateLayout() {
   layoutGuideline();
   QnPoint after = guideline_ ? guideline_->frame().origin : QnPoint{};
   if (!drawingController_) return;
-  drawingController_->setDrawingArray(
-      drawingController_->drawingArrayWithOffset({after.x - before.x, after.y - before.y}));
+  QnPoint offset{after.x - before.x, after.y - before.y};
+  // A guideline first placed on a garbage size has no place to carry the ink from.
+  if (!std::isfinite(offset.x) || !std::isfinite(offset.y)) offset = {0, 0};
+  drawingController_->setDrawingArray(drawingController_->drawingArrayWithOffset(offset));
   drawingController_->updateLayout();
 }
 

@@ -143,7 +143,7 @@ void renderSignature(QnComboContext* context, const QnStrokeListRef& strokes, in
   const auto& canvasView = controller->drawingController()->canvasView();
   // The ink view keeps this copy as its stroke list until the live model sets its own again.
   QnStrokeListRef moved =
-      QnScrivletController::copyOfStrokesWithOffset(strokes, {double(-originX), double(-originY)});
+      QnScrivletController::copyOfStrokesWithOffset(strokes, {-double(originX), -double(originY)});
   canvasView->setMyStrokes(moved);
   canvasView->drawStrokesToContextWithFinalSegmentFullRedraw(moved, context, true, true);
 }

@@ -1,0 +1,58 @@
+#!/usr/bin/env python3
+"""Encodes the shared benchmark signatures as session-fuzzer inputs, the seed corpus in corpus/.
+
+Each stroke lands, moves through its samples and lifts; time passes after each stroke so that the
+record is prepared, and the session ends with "Done". Usage: make_seed_corpus.py DATA_DIR OUT_DIR
+"""
+import csv
+import os
+import struct
+import sys
+
+BEGIN, MOVE, END, SETTING, DONE, ADVANCE = 0, 1, 2, 6, 10, 11
+
+
+def position(v):  # the fuzzer reads positions 0 to 255 in 1/256 steps
+    return struct.pack('<H', min(int(round(v * 256)), 0xFEFF))
+
+
+def encode(strokes, settings=b''):
+    out = bytearray(settings)
+    for stroke in strokes:
+        previous = stroke[0][2]
+        for i, (x, y, t) in enumerate(stroke):
+            dt = max(0, min(127, int(round(t - previous))))
+            previous = t
+            if i == 0:
+                out += bytes([BEGIN, 0, dt]) + position(x) + position(y)
+            else:
+                out += bytes([MOVE, 1, dt]) + position(x) + position(y)
+        out += bytes([END, 1, ADVANCE, 15])
+    return bytes(out + bytes([DONE, 0, ADVANCE, 50]))
+
+
+def read(path):
+    strokes = {}
+    with open(path) as f:
+        for row in csv.DictReader(f):
+            # A quarter of the size, within the fuzzer's range of plain positions.
+            strokes.setdefault(int(row['stroke']), []).append(
+                (float(row['x']) / 4, float(row['y']) / 4, float(row['t_ms'])))
+    return [strokes[k] for k in sorted(strokes)]
+
+
+data, out = sys.argv[1], sys.argv[2]
+os.makedirs(out, exist_ok=True)
+multi = read(os.path.join(data, 'points_multi_20x100.csv'))
+single = read(os.path.join(data, 'points_single_5000.csv'))
+seeds = {
+    'multi_20x100': encode(multi),
+    'multi_first_3_strokes': encode(multi[:3]),
+    'single_first_400': encode([single[0][:400]]),
+    # Export scale 2, date, hash and clipping on, then two strokes.
+    'settings_then_strokes': encode(multi[3:5], b''.join(bytes([SETTING, 0, which]) + position(value)
+                                                         for which, value in [(0, 2), (3, 1), (5, 1), (6, 1)])),
+}
+for name, data in seeds.items():
+    with open(os.path.join(out, name), 'wb') as f:
+        f.write(data)
