@@ -84,8 +84,12 @@ TEST_F(HostileInput, SamplesThatAreNotFiniteAreDroppedAtTheTouchAndCostTheStroke
   Touch ghost = std::make_shared<HeadlessTouch>(QnPoint{kInf, kInf}, 2);
   view->beginTouches({ghost}), ghost->moveTo({kNaN, 1}, 2.1), view->moveTouches({ghost}), view->endTouches({ghost});
   EXPECT_TRUE(view->touchesDown().empty());
-  touchPaths(*view, {{{100, 100}, {120, 110}}}, 3);
-  EXPECT_EQ(strokes().size(), 2u);
+  // One whose first finite sample comes with its end is a tap there.
+  Touch tap = std::make_shared<HeadlessTouch>(QnPoint{kNaN, kNaN}, 3);
+  view->beginTouches({tap}), tap->moveTo({200, 50}, 3.1), view->endTouches({tap});
+  EXPECT_EQ(traceOf(c->drawingController()->drawingArray()).back(), (Path{{200, 50}, {200, 50}}));
+  touchPaths(*view, {{{100, 100}, {120, 110}}}, 4);
+  EXPECT_EQ(strokes().size(), 3u);
   for (const QnStrokeRef& stroke : strokes())
     for (const QnSignaturePoint& p : *stroke) EXPECT_TRUE(std::isfinite(p.location.x) && std::isfinite(p.location.y));
 }

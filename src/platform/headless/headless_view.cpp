@@ -46,9 +46,11 @@ void HeadlessView::deliver(QnTouchPhase phase, const QnTouchSet& touches) {
     auto* headless = dynamic_cast<HeadlessTouch*>(touch.get());
     bool located = !headless || headless->hasLocation();
     if (holds(waiting_, touch)) {
-      // Begun without a location: it begins with its first finite sample, or ends unseen.
+      // Begun without a location: it begins with its first finite sample (and ends at once when
+      // that comes with its end), or ends unseen.
       bool ending = phase == QnTouchPhase::ended || phase == QnTouchPhase::cancelled;
-      if (located && !ending) landing.push_back(touch);
+      if (located) landing.push_back(touch);
+      if (located && ending) ofPhase.push_back(touch);
       if (located || ending) drop(waiting_, touch);
     } else if (phase == QnTouchPhase::began && !located) {
       waiting_.push_back(touch);
