@@ -6,7 +6,7 @@ packages=(
   build-essential cmake pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libcairo2-dev fontconfig fonts-urw-base35
-  libicu-dev uuid-dev libssl-dev libpoppler-cpp-dev
+  libicu-dev uuid-dev libssl-dev libpoppler-cpp-dev nlohmann-json3-dev libpugixml-dev
   qt6-base-dev
   qpdf poppler-utils libxml2-utils librsvg2-bin
   locales xvfb

@@ -17,6 +17,8 @@
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 #include <scrivlet/signature_point.h>
+#include <scrivlet/stroke_json.h>
+#include <scrivlet/time_series_import.h>
 #include <scrivlet/touch.h>
 #include <scrivlet/version.h>
 #include <scrivlet/view.h>

@@ -1,0 +1,25 @@
+// Saving strokes as JSON and loading them back, every field of every point to the bit.
+#pragma once
+
+#include <scrivlet/export.h>
+#include <scrivlet/signature_point.h>
+
+#include <string>
+#include <string_view>
+
+namespace scrivlet {
+
+// The document (version 1):
+//   {"format": "scrivlet-strokes", "version": 1,
+//    "strokes": [[{"x", "y", "vx", "vy", "ax", "ay", "t", "azimuth", "altitude", "pressure",
+//                  "diameter", "id"}, ...], ...]}
+// Numbers are written so that they read back to the same bits; a value that is not finite is written
+// as the string "NaN", "Infinity" or "-Infinity". A missing list is written as no strokes.
+SCRIVLET_EXPORT std::string strokesToJson(const QnStrokeListRef& strokes);
+
+// The strokes of such a document. Anything else (not JSON, another format or version, a field
+// missing or of the wrong type, a position that is not finite, more than a million points) gives
+// nothing, with one line on standard error.
+SCRIVLET_EXPORT QnStrokeListRef strokesFromJson(std::string_view json);
+
+}  // namespace scrivlet
