@@ -1,10 +1,13 @@
 #!/usr/bin/env python3
-"""Encodes the shared benchmark signatures as session-fuzzer inputs, the seed corpus in corpus/.
+"""Encodes the shared benchmark signatures as fuzzer seeds: session inputs in corpus/, a strokes
+document in corpus_json/ and, from a time series the library wrote (tests/fuzz/time_series_seed.xml),
+shortened ones in corpus_xml/.
 
 Each stroke lands, moves through its samples and lifts; time passes after each stroke so that the
-record is prepared, and the session ends with "Done". Usage: make_seed_corpus.py DATA_DIR OUT_DIR
+record is prepared, and the session ends with "Done". Usage: make_seed_corpus.py DATA_DIR FUZZ_DIR
 """
 import csv
+import json
 import os
 import struct
 import sys
@@ -41,7 +44,8 @@ def read(path):
     return [strokes[k] for k in sorted(strokes)]
 
 
-data, out = sys.argv[1], sys.argv[2]
+data, fuzz = sys.argv[1], sys.argv[2]
+out = os.path.join(fuzz, 'corpus')
 os.makedirs(out, exist_ok=True)
 multi = read(os.path.join(data, 'points_multi_20x100.csv'))
 single = read(os.path.join(data, 'points_single_5000.csv'))
@@ -56,3 +60,22 @@ seeds = {
 for name, data in seeds.items():
     with open(os.path.join(out, name), 'wb') as f:
         f.write(data)
+
+# The strokes document of the first two strokes, as the library writes it.
+os.makedirs(os.path.join(fuzz, 'corpus_json'), exist_ok=True)
+points = [[{'altitude': 1.5707963705062866, 'ax': 0.0, 'ay': 0.0, 'azimuth': 0.0, 'diameter': 3.1111114025115967,
+            'id': 100 + 50 * s + i, 'pressure': 0.5, 't': t / 1000, 'vx': 0.0, 'vy': 0.0, 'x': x, 'y': y}
+           for i, (x, y, t) in enumerate(stroke[:50])] for s, stroke in enumerate(multi[:2])]
+with open(os.path.join(fuzz, 'corpus_json', 'two_strokes'), 'w') as f:
+    json.dump({'format': 'scrivlet-strokes', 'strokes': points, 'version': 1}, f, separators=(',', ':'), sort_keys=True)
+
+# Time series: the whole document, and the same with all but its first eight samples left out.
+os.makedirs(os.path.join(fuzz, 'corpus_xml'), exist_ok=True)
+with open(os.path.join(fuzz, 'time_series_seed.xml')) as f:
+    document = f.read()
+head, _, rest = document.partition('<sig:SamplePoint>')
+samples = ('<sig:SamplePoint>' + rest).split('</sig:SamplePoint>')
+short = head + '</sig:SamplePoint>'.join(samples[:8]) + '</sig:SamplePoint>' + document[document.index('</sig:SamplePointList>'):]
+for name, text in {'wave': document, 'wave_first_8': short}.items():
+    with open(os.path.join(fuzz, 'corpus_xml', name), 'w') as f:
+        f.write(text)
