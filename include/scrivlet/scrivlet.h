@@ -17,6 +17,7 @@
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 #include <scrivlet/signature_point.h>
+#include <scrivlet/signature_session.h>
 #include <scrivlet/stroke_json.h>
 #include <scrivlet/time_series_import.h>
 #include <scrivlet/touch.h>
