@@ -1,0 +1,46 @@
+// A finished signature as a Qt value: the image, the documents, the hash, the strokes and the time.
+#pragma once
+
+#include <scrivlet/qt_export.h>
+#include <scrivlet/signature.h>
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QImage>
+#include <QMetaType>
+#include <QRectF>
+#include <QString>
+
+#include <memory>
+
+namespace scrivlet {
+
+class SCRIVLET_QT_EXPORT SignatureRecord {
+ public:
+  SignatureRecord() = default;
+  explicit SignatureRecord(std::shared_ptr<QnSignature> signature) : signature_(std::move(signature)) {}
+
+  bool isNull() const { return !signature_; }
+  // The PNG decoded, at the screen's pixel density; null without a PNG.
+  QImage image() const;
+  QByteArray png() const;
+  // The one-page PDF; empty when PDF output was skipped.
+  QByteArray pdf() const;
+  QString svg() const;
+  // The ISO/IEC 19794-7 time series.
+  QString xml() const;
+  QString hash() const;
+  QnStrokeListRef strokes() const;
+  // Where the exported area lies in the view, and the canvas's size.
+  QRectF frame() const;
+  // When the record was made, in UTC.
+  QDateTime timestamp() const;
+  const std::shared_ptr<QnSignature>& signature() const { return signature_; }
+
+ private:
+  std::shared_ptr<QnSignature> signature_;
+};
+
+}  // namespace scrivlet
+
+Q_DECLARE_METATYPE(scrivlet::SignatureRecord)

@@ -1,0 +1,96 @@
+// The signature pad on the offscreen platform: properties with real values and their signals, what
+// input and the keys tell, and Done delivering exactly the canvas, after an undo and after loading.
+#include <scrivlet/signature_pad.h>
+#include <scrivlet/stroke_json.h>
+
+#include "qt_input.h"
+
+#include <QSignalSpy>
+
+namespace scrivlet {
+namespace {
+
+using namespace qt_test;
+
+class Pad : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    pad.resize(400, 200), pad.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&pad));
+  }
+  QWidget* surface() { return pad.focusProxy(); }
+  SignatureRecord waitForRecord(QSignalSpy& ready) {
+    EXPECT_TRUE(ready.wait(20000));
+    return ready.isEmpty() ? SignatureRecord() : ready.takeFirst().at(0).value<SignatureRecord>();
+  }
+  SignaturePad pad;
+};
+
+TEST_F(Pad, PropertiesHaveRealValuesAndSayWhenTheyChangeAndBadValuesAreClampedOrRefused) {
+  EXPECT_EQ(std::tuple(pad.penColor(), pad.penWidth(), pad.velocityReduction(), pad.exportScale(), pad.guidelineVisible(),
+                       pad.swipeToUndo(), pad.backgroundColor(), pad.isEmpty()),
+            std::tuple(QColor(Qt::black), 4.0, 0.85, 1.0, true, true, QColor(Qt::white), true));
+  EXPECT_EQ(surface()->palette().color(QPalette::Window), QColor(Qt::white));
+  QSignalSpy width(&pad, &SignaturePad::penWidthChanged), hash(&pad, &SignaturePad::customHashChanged);
+  EXPECT_TRUE(pad.setProperty("penWidth", 6.0));
+  pad.setPenWidth(6);  // unchanged: no signal
+  pad.setPenWidth(100);
+  pad.setPenWidth(NAN);
+  EXPECT_EQ(width.size(), 2);
+  EXPECT_EQ(std::pair(pad.penWidth(), pad.session().scrivlet().strokeWidth()), std::pair(50.0, 50.0f));
+  pad.setCustomHash("<b>"), pad.setCustomHash("A-17");
+  EXPECT_EQ(std::pair(hash.size(), pad.customHash()), std::pair(qsizetype(1), QString("A-17")));
+  pad.setBackgroundColor(Qt::yellow), pad.setExportScale(0);
+  EXPECT_EQ(surface()->palette().color(QPalette::Window), QColor(Qt::yellow));
+  EXPECT_EQ(pad.exportScale(), 0.1);
+}
+
+TEST_F(Pad, InputAndKeysAreToldAndDoneAfterAnUndoDeliversTheCanvas) {
+  QSignalSpy began(&pad, &SignaturePad::strokeBegan), ended(&pad, &SignaturePad::strokeEnded),
+      empty(&pad, &SignaturePad::emptyChanged), changed(&pad, &SignaturePad::changed),
+      ready(&pad, &SignaturePad::signatureReady);
+  const Path first = {{40, 60}, {80, 70}, {120, 65}}, second = {{200, 100}, {260, 120}};
+  mouseStroke(surface(), first, 1000), mouseStroke(surface(), second, 2000);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(began.size(), 2);
+  ASSERT_EQ(ended.size(), 2);
+  EXPECT_EQ(ended.at(1).at(0).toInt(), 5);
+  EXPECT_EQ(empty.size(), 1);
+  EXPECT_GE(changed.size(), 2);
+  QTest::qWait(400);  // the record of both strokes is prepared
+  pad.setFocus();
+  QTest::keySequence(surface(), QKeySequence::Undo);
+  EXPECT_TRUE(pad.canRedo() && pad.canUndo());
+  pad.done();
+  SignatureRecord record = waitForRecord(ready);
+  EXPECT_EQ(traceOf(record.strokes()), Trace{first});
+  EXPECT_FALSE(record.image().isNull());
+  EXPECT_TRUE(record.pdf().startsWith("%PDF") && record.svg().startsWith("<svg") && record.xml().contains("SamplePoint"));
+  EXPECT_EQ(record.hash().size(), 10);
+  EXPECT_LT(std::abs(record.timestamp().secsTo(QDateTime::currentDateTimeUtc())), 60);
+  QTest::keySequence(surface(), QKeySequence::Redo);
+  pad.clear();
+  EXPECT_TRUE(pad.isEmpty() && empty.size() == 2 && empty.last().at(0).toBool());
+  QSignalSpy nothing(&pad, &SignaturePad::signedNothing);
+  pad.done();
+  EXPECT_EQ(nothing.size(), 1);
+}
+
+TEST_F(Pad, StrokesLoadedIntoAPadAreShownAndTheNextRecordHoldsThemAndTheNewOnes) {
+  mouseStroke(surface(), {{40, 60}, {80, 70}, {120, 65}}, 1000);
+  const std::string saved = strokesToJson(pad.strokes());
+  SignaturePad other;
+  other.resize(400, 200), other.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
+  QSignalSpy empty(&other, &SignaturePad::emptyChanged), ready(&other, &SignaturePad::signatureReady);
+  other.setStrokes(strokesFromJson(saved));
+  EXPECT_EQ(std::pair(empty.size(), other.isEmpty()), std::pair(qsizetype(1), false));
+  EXPECT_TRUE(inked(other.grab().toImage(), 80, 68));
+  mouseStroke(other.focusProxy(), {{200, 100}, {260, 120}}, 5000);
+  other.done();
+  SignatureRecord record = waitForRecord(ready);
+  EXPECT_EQ(traceOf(record.strokes()), (Trace{{{40, 60}, {80, 70}, {120, 65}}, {{200, 100}, {260, 120}}}));
+}
+
+}  // namespace
+}  // namespace scrivlet
