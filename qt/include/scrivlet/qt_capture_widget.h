@@ -9,14 +9,11 @@
 
 #include <QWidget>
 
-class QTouchEvent;
-
-#include <map>
 #include <memory>
 
 namespace scrivlet {
 
-class QtTouch;
+class QtInputTranslator;
 
 class SCRIVLET_QT_EXPORT QnQtCaptureWidget : public QWidget {
  public:
@@ -41,16 +38,10 @@ class SCRIVLET_QT_EXPORT QnQtCaptureWidget : public QWidget {
   void hideEvent(QHideEvent* event) override;
 
  private:
-  void handleTouchEvent(QTouchEvent* event);
-  // Delivers one phase; the event holds every touch down on the widget.
-  void deliver(QnTouchPhase phase, const QnTouchSet& touches);
   void updateFrame();
-  std::shared_ptr<QtTouch> touchFor(qint64 key, int type);
-  void forget(qint64 key);
 
   std::shared_ptr<QnView> view_;
-  // Touches down, by key: touch point ids, the mouse, and each pen by its device.
-  std::map<qint64, std::shared_ptr<QtTouch>> down_;
+  std::unique_ptr<QtInputTranslator> input_;
 };
 
 }  // namespace scrivlet
