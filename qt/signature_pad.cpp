@@ -6,46 +6,14 @@
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
+#include "signature_settings.h"
 
 #include <QKeyEvent>
-#include <QRegularExpression>
 #include <QVBoxLayout>
 
-#include <cmath>
 
 namespace scrivlet {
 
-namespace {
-
-constexpr double kThinnestPen = 0.5, kWidestPen = 50;
-constexpr double kSmallestExportScale = 0.1, kLargestExportScale = 8;
-
-QnColor colorOf(const QColor& c) { return QnColor(c.redF(), c.greenF(), c.blueF(), c.alphaF()); }
-
-// A finite value within [low, high]: clamped with a warning, or refused (nothing) when not a number.
-std::optional<double> bounded(const char* what, double value, double low, double high) {
-  if (!std::isfinite(value)) {
-    qWarning("SignaturePad: %s %g refused: not a finite number", what, value);
-    return std::nullopt;
-  }
-  if (value < low || value > high) {
-    double clamped = std::clamp(value, low, high);
-    qWarning("SignaturePad: %s %g clamped to %g", what, value, clamped);
-    return clamped;
-  }
-  return value;
-}
-
-// Sets the member and says so, when the value is new.
-template <class T, class Signal>
-bool assign(SignaturePad* pad, T& member, const T& value, Signal signal) {
-  if (member == value) return false;
-  member = value;
-  emit(pad->*signal)(value);
-  return true;
-}
-
-}  // namespace
 
 // The capture widget, telling the pad once each input event has been handled.
 class SignaturePad::Surface : public QnQtCaptureWidget {
@@ -73,10 +41,9 @@ SignaturePad::SignaturePad(QWidget* parent) : QWidget(parent) {
   layout->addWidget(capture_);
   capture_->setAutoFillBackground(true);
   setFocusProxy(capture_);
-  QPalette palette = capture_->palette();
-  palette.setColor(QPalette::Window, backgroundColor_);  // a signing surface even in a dark theme
-  capture_->setPalette(palette);
   session_ = std::make_unique<SignatureSession>(capture_->view());
+  settings_ = std::make_unique<SignatureSettings>(*session_);
+  applyBackground();
   session_->strokeEnded = [this](unsigned long points) {
     noticeChanges();
     emit strokeEnded(int(std::min<unsigned long>(points, INT_MAX)));
@@ -87,80 +54,116 @@ SignaturePad::SignaturePad(QWidget* parent) : QWidget(parent) {
 
 SignaturePad::~SignaturePad() = default;
 
-void SignaturePad::setPenColor(const QColor& color) {
-  if (assign(this, penColor_, color, &SignaturePad::penColorChanged)) session_->scrivlet().setStrokeColor(colorOf(color));
-}
-
-void SignaturePad::setPenWidth(double width) {
-  auto value = bounded("pen width", width, kThinnestPen, kWidestPen);
-  if (value && assign(this, penWidth_, *value, &SignaturePad::penWidthChanged))
-    session_->scrivlet().setStrokeWidth(float(*value));
-}
-
-void SignaturePad::setVelocityReduction(double reduction) {
-  auto value = bounded("velocity reduction", reduction, 0, 1);
-  if (value && assign(this, velocityReduction_, *value, &SignaturePad::velocityReductionChanged))
-    session_->scrivlet().setVelocityReduction(float(*value));
-}
-
-void SignaturePad::setCalligraphic(bool on) {
-  if (assign(this, calligraphic_, on, &SignaturePad::calligraphicChanged)) session_->scrivlet().setUseCalligraphicBrush(on);
-}
-
-void SignaturePad::setGuidelineVisible(bool on) {
-  if (assign(this, guidelineVisible_, on, &SignaturePad::guidelineVisibleChanged)) session_->scrivlet().setShowGuideline(on);
-}
-
-void SignaturePad::setStylusOnly(bool on) {
-  if (assign(this, stylusOnly_, on, &SignaturePad::stylusOnlyChanged)) session_->scrivlet().setDrawOnlyWithApplePencil(on);
-}
-
-void SignaturePad::setSwipeToUndo(bool on) {
-  if (assign(this, swipeToUndo_, on, &SignaturePad::swipeToUndoChanged)) session_->scrivlet().setSwipeToUndoEnabled(on);
-}
-
-void SignaturePad::setExportScale(double scale) {
-  auto value = bounded("export scale", scale, kSmallestExportScale, kLargestExportScale);
-  if (value && assign(this, exportScale_, *value, &SignaturePad::exportScaleChanged))
-    session_->scrivlet().setExportScale(float(*value));
-}
-
-void SignaturePad::setDateStamp(bool on) {
-  if (assign(this, dateStamp_, on, &SignaturePad::dateStampChanged)) session_->scrivlet().setShowDate(on);
-}
-
-void SignaturePad::setTimeStamp(bool on) {
-  if (assign(this, timeStamp_, on, &SignaturePad::timeStampChanged)) session_->scrivlet().setDateIncludesTime(on);
-}
-
-void SignaturePad::setHashStamp(bool on) {
-  if (assign(this, hashStamp_, on, &SignaturePad::hashStampChanged)) session_->scrivlet().setShowHash(on);
-}
-
-void SignaturePad::setCustomHash(const QString& hash) {
-  static const QRegularExpression kSafe("^[A-Za-z0-9._-]{0,64}$");
-  if (!kSafe.match(hash).hasMatch()) {
-    qWarning("SignaturePad: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'");
-    return;
-  }
-  if (assign(this, customHash_, hash, &SignaturePad::customHashChanged))
-    session_->scrivlet().setCustomHash(hash.isEmpty() ? std::nullopt : std::optional(hash.toStdString()));
-}
-
-void SignaturePad::setClipToBounds(bool on) {
-  if (assign(this, clipToBounds_, on, &SignaturePad::clipToBoundsChanged)) session_->scrivlet().setClipSignatureToBounds(on);
-}
-
-void SignaturePad::setSkipPdf(bool on) {
-  if (assign(this, skipPdf_, on, &SignaturePad::skipPdfChanged)) session_->scrivlet().scrivletController()->setSkipPDFData(on);
-}
-
-void SignaturePad::setBackgroundColor(const QColor& color) {
-  if (!color.isValid()) return qWarning("SignaturePad: background colour refused: not a valid colour");
-  if (!assign(this, backgroundColor_, color, &SignaturePad::backgroundColorChanged)) return;
+void SignaturePad::applyBackground() {
   QPalette palette = capture_->palette();
-  palette.setColor(QPalette::Window, color);
+  palette.setColor(QPalette::Window, settings_->backgroundColor);
   capture_->setPalette(palette);
+}
+
+QColor SignaturePad::penColor() const { return settings_->penColor; }
+void SignaturePad::setPenColor(const QColor& value) {
+  if (settings_->setPenColor(value)) {
+    emit penColorChanged(settings_->penColor);
+  }
+}
+
+double SignaturePad::penWidth() const { return settings_->penWidth; }
+void SignaturePad::setPenWidth(double value) {
+  if (settings_->setPenWidth(value)) {
+    emit penWidthChanged(settings_->penWidth);
+  }
+}
+
+double SignaturePad::velocityReduction() const { return settings_->velocityReduction; }
+void SignaturePad::setVelocityReduction(double value) {
+  if (settings_->setVelocityReduction(value)) {
+    emit velocityReductionChanged(settings_->velocityReduction);
+  }
+}
+
+bool SignaturePad::calligraphic() const { return settings_->calligraphic; }
+void SignaturePad::setCalligraphic(bool value) {
+  if (settings_->setCalligraphic(value)) {
+    emit calligraphicChanged(settings_->calligraphic);
+  }
+}
+
+bool SignaturePad::guidelineVisible() const { return settings_->guidelineVisible; }
+void SignaturePad::setGuidelineVisible(bool value) {
+  if (settings_->setGuidelineVisible(value)) {
+    emit guidelineVisibleChanged(settings_->guidelineVisible);
+  }
+}
+
+bool SignaturePad::stylusOnly() const { return settings_->stylusOnly; }
+void SignaturePad::setStylusOnly(bool value) {
+  if (settings_->setStylusOnly(value)) {
+    emit stylusOnlyChanged(settings_->stylusOnly);
+  }
+}
+
+bool SignaturePad::swipeToUndo() const { return settings_->swipeToUndo; }
+void SignaturePad::setSwipeToUndo(bool value) {
+  if (settings_->setSwipeToUndo(value)) {
+    emit swipeToUndoChanged(settings_->swipeToUndo);
+  }
+}
+
+double SignaturePad::exportScale() const { return settings_->exportScale; }
+void SignaturePad::setExportScale(double value) {
+  if (settings_->setExportScale(value)) {
+    emit exportScaleChanged(settings_->exportScale);
+  }
+}
+
+bool SignaturePad::dateStamp() const { return settings_->dateStamp; }
+void SignaturePad::setDateStamp(bool value) {
+  if (settings_->setDateStamp(value)) {
+    emit dateStampChanged(settings_->dateStamp);
+  }
+}
+
+bool SignaturePad::timeStamp() const { return settings_->timeStamp; }
+void SignaturePad::setTimeStamp(bool value) {
+  if (settings_->setTimeStamp(value)) {
+    emit timeStampChanged(settings_->timeStamp);
+  }
+}
+
+bool SignaturePad::hashStamp() const { return settings_->hashStamp; }
+void SignaturePad::setHashStamp(bool value) {
+  if (settings_->setHashStamp(value)) {
+    emit hashStampChanged(settings_->hashStamp);
+  }
+}
+
+QString SignaturePad::customHash() const { return settings_->customHash; }
+void SignaturePad::setCustomHash(const QString& value) {
+  if (settings_->setCustomHash(value)) {
+    emit customHashChanged(settings_->customHash);
+  }
+}
+
+bool SignaturePad::clipToBounds() const { return settings_->clipToBounds; }
+void SignaturePad::setClipToBounds(bool value) {
+  if (settings_->setClipToBounds(value)) {
+    emit clipToBoundsChanged(settings_->clipToBounds);
+  }
+}
+
+bool SignaturePad::skipPdf() const { return settings_->skipPdf; }
+void SignaturePad::setSkipPdf(bool value) {
+  if (settings_->setSkipPdf(value)) {
+    emit skipPdfChanged(settings_->skipPdf);
+  }
+}
+
+QColor SignaturePad::backgroundColor() const { return settings_->backgroundColor; }
+void SignaturePad::setBackgroundColor(const QColor& value) {
+  if (settings_->setBackgroundColor(value)) {
+    applyBackground();
+    emit backgroundColorChanged(settings_->backgroundColor);
+  }
 }
 
 bool SignaturePad::isEmpty() const { return session_->isEmpty(); }

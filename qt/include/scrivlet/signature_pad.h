@@ -13,6 +13,7 @@
 namespace scrivlet {
 
 class QnQtCaptureWidget;
+class SignatureSettings;
 
 class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
   Q_OBJECT
@@ -38,39 +39,38 @@ class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
   explicit SignaturePad(QWidget* parent = nullptr);
   ~SignaturePad() override;
 
-  QColor penColor() const { return penColor_; }
+  QColor penColor() const;
   void setPenColor(const QColor& color);
-  // The largest pen width in points, 0.5 to 50; pressure widens it by up to 3 more.
-  double penWidth() const { return penWidth_; }
+  // Ranges: pen width (the largest, in points; pressure widens it by up to 3 more) 0.5 to 50,
+  // velocity reduction 0 to 1, export scale 0.1 to 8; the custom hash takes up to 64 letters, digits,
+  // '.', '_' and '-' (the SVG carries it unescaped), empty for the generated hash.
+  double penWidth() const;
   void setPenWidth(double width);
-  // How much speed thins the pen, 0 to 1.
-  double velocityReduction() const { return velocityReduction_; }
+  double velocityReduction() const;
   void setVelocityReduction(double reduction);
-  bool calligraphic() const { return calligraphic_; }
+  bool calligraphic() const;
   void setCalligraphic(bool calligraphic);
-  bool guidelineVisible() const { return guidelineVisible_; }
+  bool guidelineVisible() const;
   void setGuidelineVisible(bool visible);
-  bool stylusOnly() const { return stylusOnly_; }
+  bool stylusOnly() const;
   void setStylusOnly(bool stylusOnly);
-  bool swipeToUndo() const { return swipeToUndo_; }
+  bool swipeToUndo() const;
   void setSwipeToUndo(bool enabled);
-  // The exported canvas's scale, 0.1 to 8.
-  double exportScale() const { return exportScale_; }
+  double exportScale() const;
   void setExportScale(double scale);
-  bool dateStamp() const { return dateStamp_; }
+  bool dateStamp() const;
   void setDateStamp(bool stamp);
-  bool timeStamp() const { return timeStamp_; }
+  bool timeStamp() const;
   void setTimeStamp(bool stamp);
-  bool hashStamp() const { return hashStamp_; }
+  bool hashStamp() const;
   void setHashStamp(bool stamp);
-  // Letters, digits and "-_." only (the SVG carries it unescaped); empty for the generated hash.
-  QString customHash() const { return customHash_; }
+  QString customHash() const;
   void setCustomHash(const QString& hash);
-  bool clipToBounds() const { return clipToBounds_; }
+  bool clipToBounds() const;
   void setClipToBounds(bool clip);
-  bool skipPdf() const { return skipPdf_; }
+  bool skipPdf() const;
   void setSkipPdf(bool skip);
-  QColor backgroundColor() const { return backgroundColor_; }
+  QColor backgroundColor() const;
   void setBackgroundColor(const QColor& color);
 
   bool isEmpty() const;
@@ -119,24 +119,11 @@ class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
 
   // Compares the canvas with what it was and says what changed: after input and after each slot.
   void noticeChanges();
+  void applyBackground();
 
   QnQtCaptureWidget* capture_;
   std::unique_ptr<SignatureSession> session_;
-  QColor penColor_ = Qt::black;
-  double penWidth_ = 4;
-  double velocityReduction_ = 0.85;
-  bool calligraphic_ = false;
-  bool guidelineVisible_ = true;
-  bool stylusOnly_ = false;
-  bool swipeToUndo_ = true;
-  double exportScale_ = 1;
-  bool dateStamp_ = false;
-  bool timeStamp_ = false;
-  bool hashStamp_ = false;
-  QString customHash_;
-  bool clipToBounds_ = false;
-  bool skipPdf_ = false;
-  QColor backgroundColor_ = Qt::white;
+  std::unique_ptr<SignatureSettings> settings_;
   struct CanvasState {
     size_t strokes = 0, points = 0, redo = 0;
     bool drawing = false;

@@ -1,0 +1,55 @@
+// The settings of a signature pad, with their defaults and checks, applied to a signing session;
+// shared by the widget and the Qt Quick item.
+#pragma once
+
+#include <scrivlet/signature_session.h>
+
+#include <QColor>
+#include <QString>
+
+namespace scrivlet {
+
+class SignatureSettings {
+ public:
+  explicit SignatureSettings(SignatureSession& session) : session_(session) {}
+
+  // Each setter returns whether the setting changed. Values out of range are clamped, and values that
+  // are not numbers or not allowed are refused, with a warning.
+  bool setPenColor(const QColor& color);
+  bool setPenWidth(double width);
+  bool setVelocityReduction(double reduction);
+  bool setCalligraphic(bool on);
+  bool setGuidelineVisible(bool on);
+  bool setStylusOnly(bool on);
+  bool setSwipeToUndo(bool on);
+  bool setExportScale(double scale);
+  bool setDateStamp(bool on);
+  bool setTimeStamp(bool on);
+  bool setHashStamp(bool on);
+  bool setCustomHash(const QString& hash);
+  bool setClipToBounds(bool on);
+  bool setSkipPdf(bool on);
+  bool setBackgroundColor(const QColor& color);
+
+  // The values, the controller's defaults until set.
+  QColor penColor = Qt::black;
+  double penWidth = 4;
+  double velocityReduction = 0.85;
+  bool calligraphic = false;
+  bool guidelineVisible = true;
+  bool stylusOnly = false;
+  bool swipeToUndo = true;
+  double exportScale = 1;
+  bool dateStamp = false;
+  bool timeStamp = false;
+  bool hashStamp = false;
+  QString customHash;
+  bool clipToBounds = false;
+  bool skipPdf = false;
+  QColor backgroundColor = Qt::white;  // a signing surface even in a dark theme
+
+ private:
+  SignatureSession& session_;
+};
+
+}  // namespace scrivlet
