@@ -2,6 +2,8 @@
 // Qt Quick item.
 #pragma once
 
+#include <scrivlet/qt_export.h>
+
 #include <scrivlet/view.h>
 
 #include <QtGlobal>
@@ -17,7 +19,8 @@ namespace scrivlet {
 
 class QtTouch;
 
-class QtInputTranslator {
+// Exported for the Qt Quick item; not a public API.
+class SCRIVLET_QT_EXPORT QtInputTranslator {
  public:
   explicit QtInputTranslator(std::shared_ptr<QnView> view) : view_(std::move(view)) {}
 

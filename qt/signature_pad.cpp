@@ -5,7 +5,6 @@
 #include <scrivlet/qt_platform.h>
 #include <scrivlet/scrivlet_controller.h>
 
-#include "capture/drawing_controller.h"
 #include "signature_settings.h"
 
 #include <QKeyEvent>
@@ -188,9 +187,7 @@ void SignaturePad::keyPressEvent(QKeyEvent* event) {
 }
 
 void SignaturePad::noticeChanges() {
-  const QnDemoDrawingController& model = *session_->scrivlet().scrivletController()->drawingController();
-  CanvasState now{model.drawingArray()->size(), 0, model.drawingArrayForRedo()->size(), model.drawing()};
-  for (const QnStrokeRef& stroke : *model.drawingArray()) now.points += stroke ? stroke->size() : 0;
+  SignatureSession::CanvasState now = session_->canvasState();
   if (now == seen_) return;
   bool wasEmpty = seen_.points == 0, began = now.drawing && (!seen_.drawing || now.strokes != seen_.strokes);
   seen_ = now;

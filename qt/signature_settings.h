@@ -2,6 +2,8 @@
 // shared by the widget and the Qt Quick item.
 #pragma once
 
+#include <scrivlet/qt_export.h>
+
 #include <scrivlet/signature_session.h>
 
 #include <QColor>
@@ -9,7 +11,8 @@
 
 namespace scrivlet {
 
-class SignatureSettings {
+// Exported for the Qt Quick item; not a public API.
+class SCRIVLET_QT_EXPORT SignatureSettings {
  public:
   explicit SignatureSettings(SignatureSession& session) : session_(session) {}
 

@@ -28,6 +28,15 @@ class SCRIVLET_EXPORT SignatureSession {
   // The facade, for its settings.
   QnScrivlet& scrivlet() { return *scrivlet_; }
 
+  // The canvas at a glance, to compare with an earlier look: strokes, points, strokes to redo, and
+  // whether a stroke is being drawn.
+  struct CanvasState {
+    size_t strokes = 0, points = 0, redoable = 0;
+    bool drawing = false;
+    bool operator==(const CanvasState&) const = default;
+  };
+  CanvasState canvasState() const;
+
   bool isEmpty() const;
   bool canUndo() const;
   bool canRedo() const;

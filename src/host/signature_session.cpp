@@ -67,6 +67,13 @@ SignatureSession::SignatureSession(std::shared_ptr<QnView> view)
 
 SignatureSession::~SignatureSession() = default;
 
+SignatureSession::CanvasState SignatureSession::canvasState() const {
+  const QnDemoDrawingController& model = *scrivlet_->scrivletController()->drawingController();
+  CanvasState state{model.drawingArray()->size(), 0, model.drawingArrayForRedo()->size(), model.drawing()};
+  for (const QnStrokeRef& stroke : *model.drawingArray()) state.points += stroke ? stroke->size() : 0;
+  return state;
+}
+
 bool SignatureSession::isEmpty() const {
   for (const QnStrokeRef& stroke : *scrivlet_->scrivletController()->drawingController()->drawingArray())
     if (stroke && !stroke->empty()) return false;

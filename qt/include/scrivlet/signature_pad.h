@@ -124,11 +124,7 @@ class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
   QnQtCaptureWidget* capture_;
   std::unique_ptr<SignatureSession> session_;
   std::unique_ptr<SignatureSettings> settings_;
-  struct CanvasState {
-    size_t strokes = 0, points = 0, redo = 0;
-    bool drawing = false;
-    bool operator==(const CanvasState&) const = default;
-  } seen_;
+  SignatureSession::CanvasState seen_;
 };
 
 }  // namespace scrivlet
