@@ -21,8 +21,9 @@ check_record() {  # the headless example's four files
   xmllint --noout "$dir/signature.svg" "$dir/signature.xml"
 }
 
-for example in headless qt; do
-  [ "$example" = qt ] && [ ! -f "$prefix/include/scrivlet/qt_capture_widget.h" ] && continue
+for example in headless qt qml; do
+  [ "$example" = qt ] && [ ! -f "$prefix/include/scrivlet/signature_pad.h" ] && continue
+  [ "$example" = qml ] && [ ! -f "$prefix/include/scrivlet/signature_area.h" ] && continue
   cmake -S "$top/examples/$example" -B "$work/$example" -DCMAKE_PREFIX_PATH="$prefix" >/dev/null
   cmake --build "$work/$example" >/dev/null
 done
@@ -31,6 +32,9 @@ mkdir -p "$work/out-cmake" "$work/out-pkg-config"
 check_record "$work/out-cmake"
 if [ -x "$work/qt/sign_qt" ]; then
   (cd "$work/out-cmake" && QT_QPA_PLATFORM=offscreen timeout 60 "$work/qt/sign_qt" 2>/dev/null)
+fi
+if [ -x "$work/qml/sign_qml" ]; then
+  (cd "$work/out-cmake" && QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software timeout 60 "$work/qml/sign_qml" 2>/dev/null)
 fi
 
 static=(); [ "$shared" = no ] && static=(--static)

@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <QImage>
 #include <QMetaType>
+#include <QObject>
 #include <QRectF>
 #include <QString>
 
@@ -16,6 +17,16 @@
 namespace scrivlet {
 
 class SCRIVLET_QT_EXPORT SignatureRecord {
+  Q_GADGET
+  Q_PROPERTY(QImage image READ image)
+  Q_PROPERTY(QByteArray png READ png)
+  Q_PROPERTY(QByteArray pdf READ pdf)
+  Q_PROPERTY(QString svg READ svg)
+  Q_PROPERTY(QString xml READ xml)
+  Q_PROPERTY(QString hash READ hash)
+  Q_PROPERTY(QRectF frame READ frame)
+  Q_PROPERTY(QDateTime timestamp READ timestamp)
+
  public:
   SignatureRecord() = default;
   explicit SignatureRecord(std::shared_ptr<QnSignature> signature) : signature_(std::move(signature)) {}
