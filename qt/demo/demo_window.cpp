@@ -5,7 +5,7 @@
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 
-#include <scrivlet/qt_capture_widget.h>
+#include <scrivlet/signature_pad.h>
 #include <scrivlet/qt_modal_dialog.h>
 
 #include <QCheckBox>
@@ -62,15 +62,14 @@ DemoWindow::DemoWindow() {
   auto* central = new QWidget(this);
   auto* layout = new QVBoxLayout(central);
   auto* top = new QHBoxLayout();
-  capture_ = new QnQtCaptureWidget(central);
-  capture_->setMinimumSize(540, 300);
-  capture_->setAutoFillBackground(true);
-  QPalette palette = capture_->palette();
-  palette.setColor(QPalette::Window, Qt::white);
-  capture_->setPalette(palette);
-  delegate_ = makeDelegate();
-  scrivlet_ = QnScrivlet::scrivletWithViewDelegate(capture_->view(), delegate_);
-  top->addWidget(capture_, 1);
+  pad_ = new SignaturePad(central);
+  pad_->setMinimumSize(540, 300);
+  connect(pad_, &SignaturePad::strokeEnded, this, [this](int count) {
+    statusBar()->showMessage(QString("Stroke ended: %1 points on the canvas").arg(count));
+  });
+  connect(pad_, &SignaturePad::signatureReady, this, [this](const SignatureRecord& r) { showRecord(r.signature()); });
+  connect(pad_, &SignaturePad::signedNothing, this, [this] { statusBar()->showMessage("Done with nothing signed."); });
+  top->addWidget(pad_, 1);
   top->addWidget(makeControls());
   layout->addLayout(top, 3);
   layout->addWidget(makeRecordView(), 2);
@@ -83,9 +82,6 @@ DemoWindow::~DemoWindow() = default;
 
 std::shared_ptr<QnScrivletControllerDelegate> DemoWindow::makeDelegate() {
   auto delegate = std::make_shared<QnScrivletControllerDelegate>();
-  delegate->scrivletDidEndLineWithSignaturePointCount = [this](auto, unsigned long count) {
-    statusBar()->showMessage(QString("Stroke ended: %1 points on the canvas").arg(count));
-  };
   delegate->scrivletDidCompleteWithSignature = [this](auto, std::shared_ptr<QnSignature> record) {
     showRecord(record);
   };
@@ -105,64 +101,62 @@ std::shared_ptr<QnScrivletControllerDelegate> DemoWindow::makeDelegate() {
 QWidget* DemoWindow::makeControls() {
   auto* panel = new QWidget(this);
   auto* form = new QFormLayout(panel);
-  auto controller = scrivlet_->scrivletController();
-  QnScrivlet* s = scrivlet_.get();
+  SignaturePad* pad = pad_;
 
   auto* colour = new QComboBox(panel);
-  const std::pair<const char*, QnColor> colours[] = {{"Black", QnColor(0, 0, 0, 1)},
-                                                     {"Blue", QnColor(0.05, 0.2, 0.65, 1)},
-                                                     {"Dark red", QnColor(0.55, 0.05, 0.1, 1)},
-                                                     {"Green", QnColor(0.05, 0.45, 0.2, 1)}};
+  const std::pair<const char*, QColor> colours[] = {{"Black", QColor(0, 0, 0)},
+                                                    {"Blue", QColor::fromRgbF(0.05, 0.2, 0.65)},
+                                                    {"Dark red", QColor::fromRgbF(0.55, 0.05, 0.1)},
+                                                    {"Green", QColor::fromRgbF(0.05, 0.45, 0.2)}};
   for (const auto& [name, value] : colours) colour->addItem(name);
-  connect(colour, &QComboBox::currentIndexChanged, this, [s, colours](int i) {
-    if (i >= 0) s->setStrokeColor(colours[i].second);
+  connect(colour, &QComboBox::currentIndexChanged, this, [pad, colours](int i) {
+    if (i >= 0) pad->setPenColor(colours[i].second);
   });
   form->addRow("Ink colour", colour);
 
-  auto spin = [&](double low, double high, double step, double value, auto setter) {
+  auto spin = [&](double low, double high, double step, double value, void (SignaturePad::*setter)(double)) {
     auto* box = new QDoubleSpinBox(panel);
     box->setRange(low, high);
     box->setSingleStep(step);
     box->setValue(value);
-    connect(box, &QDoubleSpinBox::valueChanged, this, [s, setter](double v) { (s->*setter)(float(v)); });
+    connect(box, &QDoubleSpinBox::valueChanged, pad, setter);
     return box;
   };
-  form->addRow("Pen width", spin(0.5, 20, 0.5, controller->strokeWidthMax(), &QnScrivlet::setStrokeWidth));
-  form->addRow("Velocity reduction",
-               spin(0, 1, 0.05, controller->velocityReduction(), &QnScrivlet::setVelocityReduction));
-  form->addRow("Export scale", spin(0.5, 4, 0.5, controller->exportScale(), &QnScrivlet::setExportScale));
+  form->addRow("Pen width", spin(0.5, 20, 0.5, pad->penWidth(), &SignaturePad::setPenWidth));
+  form->addRow("Velocity reduction", spin(0, 1, 0.05, pad->velocityReduction(), &SignaturePad::setVelocityReduction));
+  form->addRow("Export scale", spin(0.5, 4, 0.5, pad->exportScale(), &SignaturePad::setExportScale));
 
-  auto check = [&](const char* label, bool value, void (QnScrivlet::*setter)(bool)) {
+  auto check = [&](const char* label, bool value, void (SignaturePad::*setter)(bool)) {
     auto* box = new QCheckBox(label, panel);
     box->setChecked(value);
-    connect(box, &QCheckBox::toggled, this, [s, setter](bool on) { (s->*setter)(on); });
+    connect(box, &QCheckBox::toggled, pad, setter);
     form->addRow(box);
   };
-  check("Calligraphic pen", controller->useCalligraphicBrush(), &QnScrivlet::setUseCalligraphicBrush);
-  check("Guideline", controller->showGuideline(), &QnScrivlet::setShowGuideline);
-  check("Date on the exports", controller->showDate(), &QnScrivlet::setShowDate);
-  check("Time with the date", controller->dateIncludesTime(), &QnScrivlet::setDateIncludesTime);
-  check("Hash on the exports", controller->showHash(), &QnScrivlet::setShowHash);
-  check("Clip to the signing area", controller->clipSignatureToBounds(), &QnScrivlet::setClipSignatureToBounds);
-  check("Draw only with a pen", controller->drawOnlyWithApplePencil(), &QnScrivlet::setDrawOnlyWithApplePencil);
-  check("Three-finger swipes undo and redo", controller->swipeToUndoEnabled(),
-        &QnScrivlet::setSwipeToUndoEnabled);
+  check("Calligraphic pen", pad->calligraphic(), &SignaturePad::setCalligraphic);
+  check("Guideline", pad->guidelineVisible(), &SignaturePad::setGuidelineVisible);
+  check("Date on the exports", pad->dateStamp(), &SignaturePad::setDateStamp);
+  check("Time with the date", pad->timeStamp(), &SignaturePad::setTimeStamp);
+  check("Hash on the exports", pad->hashStamp(), &SignaturePad::setHashStamp);
+  check("Clip to the signing area", pad->clipToBounds(), &SignaturePad::setClipToBounds);
+  check("Draw only with a pen", pad->stylusOnly(), &SignaturePad::setStylusOnly);
+  check("Three-finger swipes undo and redo", pad->swipeToUndo(), &SignaturePad::setSwipeToUndo);
 
   auto* customHash = new QLineEdit(panel);
   customHash->setPlaceholderText("generated");
-  connect(customHash, &QLineEdit::textChanged, this, [s](const QString& text) {
-    s->setCustomHash(text.isEmpty() ? std::nullopt : std::optional<std::string>(text.toStdString()));
-  });
+  connect(customHash, &QLineEdit::textChanged, pad, &SignaturePad::setCustomHash);
   form->addRow("Custom hash", customHash);
 
   auto* buttons = new QHBoxLayout();
   auto* clear = new QPushButton("Clear", panel);
+  auto* undo = new QPushButton("Undo", panel);
   auto* done = new QPushButton("Done", panel);
   auto* modal = new QPushButton("Modal screen…", panel);
-  connect(clear, &QPushButton::clicked, this, [this] { scrivlet_->reset(this); });
+  connect(clear, &QPushButton::clicked, pad, &SignaturePad::clear);
+  connect(undo, &QPushButton::clicked, pad, &SignaturePad::undo);
   connect(done, &QPushButton::clicked, this, [this] { this->done(); });
   connect(modal, &QPushButton::clicked, this, [this] { openModalScreen(); });
   buttons->addWidget(clear);
+  buttons->addWidget(undo);
   buttons->addWidget(done);
   buttons->addWidget(modal);
   form->addRow(buttons);
@@ -204,7 +198,9 @@ QWidget* DemoWindow::makeRecordView() {
   return box;
 }
 
-void DemoWindow::done() { scrivlet_->done(this); }
+void DemoWindow::done() { pad_->done(); }
+
+QWidget* DemoWindow::signingSurface() const { return pad_->focusProxy(); }
 
 void DemoWindow::openModalScreen() {
   modalDelegate_ = makeDelegate();

@@ -14,7 +14,7 @@ class QTabWidget;
 
 namespace scrivlet {
 
-class QnQtCaptureWidget;
+class SignaturePad;
 class QnScrivlet;
 class QnSignature;
 
@@ -23,8 +23,8 @@ class DemoWindow : public QMainWindow {
   DemoWindow();
   ~DemoWindow() override;
 
-  QnQtCaptureWidget* captureWidget() const { return capture_; }
-  const std::shared_ptr<QnScrivlet>& scrivlet() const { return scrivlet_; }
+  // The surface the pad is signed on.
+  QWidget* signingSurface() const;
   const std::shared_ptr<QnSignature>& record() const { return record_; }
   // Completes the signing in the window, as the "Done" button does.
   void done();
@@ -44,11 +44,10 @@ class DemoWindow : public QMainWindow {
   void save(const QString& suffix);
   // The record's file of that suffix: png, pdf, svg or xml.
   QByteArray recordBytes(const QString& suffix) const;
+  // The delegate of the modal screen.
   std::shared_ptr<QnScrivletControllerDelegate> makeDelegate();
 
-  QnQtCaptureWidget* capture_;
-  std::shared_ptr<QnScrivletControllerDelegate> delegate_;
-  std::shared_ptr<QnScrivlet> scrivlet_;
+  SignaturePad* pad_;
   std::shared_ptr<QnScrivletControllerDelegate> modalDelegate_;
   std::shared_ptr<QnScrivlet> modalScrivlet_;
   std::shared_ptr<QnSignature> record_;

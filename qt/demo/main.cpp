@@ -56,7 +56,7 @@ int replay(DemoWindow& window, const QString& folder) {
 
   std::shared_ptr<QnSignature> record;
   window.setRecordHandler([&record](std::shared_ptr<QnSignature> r) { record = r; });
-  int points = replayBuiltInSignature(window.captureWidget());
+  int points = replayBuiltInSignature(window.signingSurface());
   window.done();
   if (!waitFor([&record] { return record != nullptr; })) {
     std::fprintf(stderr, "demo: no signature record arrived\n");

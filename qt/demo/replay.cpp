@@ -1,12 +1,11 @@
 // Replaying the built-in signature.
 #include "replay.h"
 
-#include <scrivlet/qt_capture_widget.h>
-
 #include "built_in_signature.h"
 
 #include <QCoreApplication>
 #include <QMouseEvent>
+#include <QWidget>
 
 #include <algorithm>
 
@@ -23,7 +22,7 @@ void send(QWidget* widget, QEvent::Type type, QPointF position, double seconds, 
 
 }  // namespace
 
-int replayBuiltInSignature(QnQtCaptureWidget* widget) {
+int replayBuiltInSignature(QWidget* widget) {
   // The signature was recorded on a 540 x 300 view; fit it to the widget, centred.
   double scale = std::min(widget->width() / 540.0, widget->height() / 300.0);
   QPointF offset((widget->width() - 540.0 * scale) / 2, (widget->height() - 300.0 * scale) / 2);
