@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace scrivlet {
 namespace {
 
@@ -58,6 +60,12 @@ TEST_F(Session, SavedStrokesLoadBackAndTheNextRecordHoldsThemAndTheNewOnes) {
   other.signatureReady = [&got](auto record) { got.push_back(record); };
   other.setStrokes(strokesFromJson(saved));
   EXPECT_EQ(strokesToJson(other.strokes()), saved);
+  QnStrokeListRef withBadPoints = strokesFromJson(saved);
+  withBadPoints->front()->push_back(withBadPoints->front()->back());
+  withBadPoints->front()->back().location.y = NAN;
+  withBadPoints->push_back(nullptr);
+  session.setStrokes(withBadPoints);  // the point that is not finite, and the missing stroke, are left out
+  EXPECT_EQ(traceOf(session.strokes()), (Trace{{{20, 20}, {60, 40}, {80, 30}, {80, 30}}, {}}));
   touchPaths(*other.scrivlet().scrivletController()->scrivletView(), {{{200, 100}, {240, 120}}}, 5);
   other.done();
   settle();

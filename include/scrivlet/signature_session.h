@@ -46,8 +46,8 @@ class SCRIVLET_EXPORT SignatureSession {
 
   // A copy of the strokes on the canvas.
   QnStrokeListRef strokes() const;
-  // Shows a copy of the strokes in place of the canvas's; the signer may go on, and the next record
-  // holds them.
+  // Shows a copy of the strokes in place of the canvas's, leaving out points whose position is not
+  // finite; the signer may go on, and the next record holds them.
   void setStrokes(const QnStrokeListRef& strokes);
 
   // Answers once: signatureReady with a record of exactly the strokes on the canvas now (at once when

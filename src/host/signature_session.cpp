@@ -5,6 +5,8 @@
 
 #include "capture/drawing_controller.h"
 
+#include <cmath>
+
 namespace scrivlet {
 
 namespace {
@@ -99,7 +101,14 @@ QnStrokeListRef SignatureSession::strokes() const {
 void SignatureSession::setStrokes(const QnStrokeListRef& strokes) {
   auto controller = scrivlet_->scrivletController();
   controller->drawingController()->cancelDrawingStroke();
-  controller->drawingController()->setDrawingArray(copyOfStrokesMovedBy(strokes, {0, 0}));
+  // A copy, without the points whose position is not finite: those are never stored.
+  auto copy = std::make_shared<QnStrokeList>();
+  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{}) {
+    copy->push_back(std::make_shared<QnStroke>());
+    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
+      if (std::isfinite(p.location.x) && std::isfinite(p.location.y)) copy->back()->push_back(p);
+  }
+  controller->drawingController()->setDrawingArray(copy);
   controller->drawingController()->redraw();
   controller->cacheSignatureAfterDelay(controller->delayBeforeCaching());
 }
