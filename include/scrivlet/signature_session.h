@@ -36,6 +36,11 @@ class SCRIVLET_EXPORT SignatureSession {
     bool operator==(const CanvasState&) const = default;
   };
   CanvasState canvasState() const;
+  // What changed since the state last seen, which it updates: anything, a stroke begun, emptiness.
+  struct CanvasChange {
+    bool changed = false, strokeBegan = false, emptinessChanged = false, empty = false;
+  };
+  CanvasChange changeSince(CanvasState& seen) const;
 
   bool isEmpty() const;
   bool canUndo() const;

@@ -190,13 +190,10 @@ void SignatureArea::geometryChange(const QRectF& newGeometry, const QRectF& oldG
 }
 
 void SignatureArea::noticeChanges() {
-  SignatureSession::CanvasState now = session_->canvasState();
-  if (now == seen_) return;
-  bool wasEmpty = seen_.points == 0, began = now.drawing && (!seen_.drawing || now.strokes != seen_.strokes);
-  seen_ = now;
-  if (began) emit strokeBegan();
-  emit changed();
-  if (wasEmpty != (now.points == 0)) emit emptyChanged(now.points == 0);
+  SignatureSession::CanvasChange change = session_->changeSince(seen_);
+  if (change.strokeBegan) emit strokeBegan();
+  if (change.changed) emit changed();
+  if (change.emptinessChanged) emit emptyChanged(change.empty);
 }
 
 }  // namespace scrivlet

@@ -76,6 +76,15 @@ SignatureSession::CanvasState SignatureSession::canvasState() const {
   return state;
 }
 
+SignatureSession::CanvasChange SignatureSession::changeSince(CanvasState& seen) const {
+  CanvasState now = canvasState();
+  if (now == seen) return {};
+  CanvasChange change{true, now.drawing && (!seen.drawing || now.strokes != seen.strokes),
+                      (seen.points == 0) != (now.points == 0), now.points == 0};
+  seen = now;
+  return change;
+}
+
 bool SignatureSession::isEmpty() const {
   for (const QnStrokeRef& stroke : *scrivlet_->scrivletController()->drawingController()->drawingArray())
     if (stroke && !stroke->empty()) return false;
