@@ -16,6 +16,9 @@ if(TARGET scrivlet_quick)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/qt/quick/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
 
+# Installed shared libraries find the ones they depend on beside them, wherever the prefix is.
+set_target_properties(${SCRIVLET_INSTALLED_TARGETS} PROPERTIES INSTALL_RPATH "$ORIGIN")
+
 install(TARGETS ${SCRIVLET_INSTALLED_TARGETS} EXPORT ScrivletTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}

@@ -187,6 +187,7 @@ void SignaturePad::keyPressEvent(QKeyEvent* event) {
 }
 
 void SignaturePad::noticeChanges() {
+  if (!session_) return;  // input arriving while the pad is being torn down
   SignatureSession::CanvasChange change = session_->changeSince(seen_);
   if (change.strokeBegan) emit strokeBegan();
   if (change.changed) emit changed();

@@ -190,6 +190,7 @@ void SignatureArea::geometryChange(const QRectF& newGeometry, const QRectF& oldG
 }
 
 void SignatureArea::noticeChanges() {
+  if (!session_) return;  // input arriving while the pad is being torn down
   SignatureSession::CanvasChange change = session_->changeSince(seen_);
   if (change.strokeBegan) emit strokeBegan();
   if (change.changed) emit changed();

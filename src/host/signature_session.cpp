@@ -45,7 +45,7 @@ struct SignatureSession::State {
 };
 
 SignatureSession::SignatureSession(std::shared_ptr<QnView> view)
-    : state_(std::make_shared<State>(State{this})),
+    : state_(std::make_shared<State>(State{this, false, {}})),
       delegate_(std::make_shared<QnScrivletControllerDelegate>()),
       scrivlet_(QnScrivlet::scrivletWithViewDelegate(std::move(view), delegate_)) {
   std::weak_ptr<State> weak = state_;
