@@ -5,6 +5,7 @@
 
 #include "capture/drawing_controller.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace scrivlet {
