@@ -1,4 +1,4 @@
-# Installing Scrivlet: headers, libraries, the CMake package (Scrivlet::scrivlet, Scrivlet::qt) and
+# Installing Scrivlet: headers, libraries, the CMake package (Scrivlet::scrivlet, ::evidence, ::qt) and
 # pkg-config files, so that a host builds against it with find_package or pkg-config alone.
 include(CMakePackageConfigHelpers)
 
@@ -14,6 +14,12 @@ endif()
 if(TARGET scrivlet_quick)
   list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_quick)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/qt/quick/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+endif()
+
+if(TARGET scrivlet_evidence)
+  list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_evidence)
+  install(FILES ${PROJECT_BINARY_DIR}/include/scrivlet/evidence_export.h
+          DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/scrivlet)
 endif()
 
 # Installed shared libraries find the ones they depend on beside them, wherever the prefix is.

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the fuzzers (clang, libFuzzer, AddressSanitizer and UndefinedBehaviorSanitizer) and runs each
 # from its seed corpus: the signing session for the given number of seconds (default 120), the JSON and
-# time-series parsers for a quarter of that. A crash, a sanitizer report or a broken invariant fails
+# time-series parsers and the evidence readers (sealed files, record files, PDFs) for a quarter of that. A crash, a sanitizer report or a broken invariant fails
 # the run and leaves the input in build-fuzz/artifacts/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -9,7 +9,7 @@ seconds=${1:-120}
 CXX=clang++ cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSCRIVLET_BUILD_FUZZERS=ON \
   -DSCRIVLET_BUILD_QT=OFF -DSCRIVLET_BUILD_DEMO=OFF -DSCRIVLET_BUILD_TESTS=OFF \
   -DSCRIVLET_BUILD_BENCHMARKS=OFF >/dev/null
-cmake --build build-fuzz -j"$(nproc)" --target session_fuzzer stroke_json_fuzzer time_series_import_fuzzer
+cmake --build build-fuzz -j"$(nproc)" --target session_fuzzer stroke_json_fuzzer time_series_import_fuzzer evidence_fuzzer
 mkdir -p build-fuzz/artifacts
 
 run() {  # fuzzer, seed folder, seconds, longest input
@@ -30,3 +30,4 @@ run() {  # fuzzer, seed folder, seconds, longest input
 run session_fuzzer corpus "$seconds" 512
 run stroke_json_fuzzer corpus_json $((seconds / 4)) 20000
 run time_series_import_fuzzer corpus_xml $((seconds / 4)) 20000
+run evidence_fuzzer corpus_evidence $((seconds / 4)) 65536

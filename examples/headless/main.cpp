@@ -1,5 +1,5 @@
-// Signs with synthetic touches on the headless backend and writes the record's PNG, PDF, SVG and XML
-// into the folder given (or the current one).
+// Signs with synthetic touches on the headless backend and writes the record's PNG, PDF, SVG and XML,
+// and the record file a server seals, into the folder given (or the current one).
 #include <scrivlet/scrivlet.h>
 
 #include <cmath>
@@ -37,7 +37,8 @@ int main(int argc, char** argv) {
   for (int i = 0; i < 100 && !record; ++i) loop->advance(0.05);
   if (!record || !write(folder + "/signature.png", record->imageData()) ||
       !write(folder + "/signature.pdf", record->pdfData()) || !write(folder + "/signature.svg", record->svgString()) ||
-      !write(folder + "/signature.xml", record->xmlString()))
+      !write(folder + "/signature.xml", record->xmlString()) ||
+      !write(folder + "/signature.json", std::optional(recordToJson(*record))))
     return std::fprintf(stderr, "sign_headless: no record written to %s\n", folder.c_str()), 1;
   std::printf("Signed: hash %s, files in %s\n", record->hashString().value_or("").c_str(), folder.c_str());
 }

@@ -13,6 +13,8 @@
 #include <scrivlet/notification_center.h>
 #include <scrivlet/pdf_document.h>
 #include <scrivlet/popup.h>
+#include <scrivlet/record_file.h>
+#include <scrivlet/record_renderer.h>
 #include <scrivlet/scheduler.h>
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>

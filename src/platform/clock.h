@@ -1,6 +1,8 @@
 // Wall-clock time, which tests can fix, and the dates the exports print.
 #pragma once
 
+#include <scrivlet/export.h>
+
 #include <optional>
 #include <string>
 
@@ -9,7 +11,7 @@ namespace scrivlet {
 // Seconds between the Unix epoch and the platform's reference date, 1 January 2001 00:00:00 UTC.
 inline constexpr double kReferenceDateOffset = 978307200.0;
 
-class QnClock {
+class SCRIVLET_EXPORT QnClock {
  public:
   // Seconds since the Unix epoch: the real time, or the fixed time while one is set.
   static double now();
@@ -24,6 +26,6 @@ std::string mediumDateString(double unixSeconds);
 // The time in the medium style of the current locale and time zone, without the date.
 std::string mediumTimeString(double unixSeconds);
 // The time in UTC with a fixed ICU pattern in the "en_US_POSIX" locale.
-std::string utcDateString(double unixSeconds, const std::string& pattern);
+SCRIVLET_EXPORT std::string utcDateString(double unixSeconds, const std::string& pattern);
 
 }  // namespace scrivlet

@@ -1,0 +1,48 @@
+// A signature record as one JSON file, to send from the device it was signed on to where it is kept.
+#pragma once
+
+#include <scrivlet/export.h>
+#include <scrivlet/geometry.h>
+#include <scrivlet/signature.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace scrivlet {
+
+// The device a signature was captured on.
+struct CaptureDevice {
+  std::string model;          // the model identifier
+  double screenScale = 1;     // pixels per point
+  int pixelsPerInch = 0;      // the screen's density, as the capture's kinematics used it
+};
+
+// What a record file holds: the strokes, the PNG, the hash, the time and the device.
+struct RecordFile {
+  QnStrokeListRef strokes;
+  std::vector<uint8_t> png;
+  std::string hash;
+  double timestamp = 0;  // seconds since 1 January 2001 00:00:00 UTC
+  QnRect frame;
+  CaptureDevice device;
+};
+
+// The document (version 1):
+//   {"format": "scrivlet-record", "version": 1, "hash": "...", "timestamp": 786000000.5,
+//    "frame": [x, y, width, height], "png": "<Base64>",
+//    "device": {"model": "...", "screenScale": 2, "pixelsPerInch": 264},
+//    "strokes": <the strokes document of strokesToJson>}
+// The record's strokes, PNG, hash, time and frame, and this machine's device.
+SCRIVLET_EXPORT std::string recordToJson(const QnSignature& record);
+SCRIVLET_EXPORT std::string recordFileToJson(const RecordFile& file);
+// Such a document read back; anything else gives nothing, with the reason in *error when given, else
+// in one line on standard error.
+SCRIVLET_EXPORT std::optional<RecordFile> recordFromJson(std::string_view json, std::string* error = nullptr);
+
+// This machine's device.
+SCRIVLET_EXPORT CaptureDevice currentCaptureDevice();
+
+}  // namespace scrivlet

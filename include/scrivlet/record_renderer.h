@@ -1,0 +1,31 @@
+// Drawing saved strokes again into a whole record (PNG, PDF, SVG, 19794-7 XML) through the same
+// renderer that draws them while signing, away from any screen: for servers, tools and examiners.
+#pragma once
+
+#include <scrivlet/color.h>
+#include <scrivlet/export.h>
+#include <scrivlet/signature.h>
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace scrivlet {
+
+struct RecordRenderSettings {
+  float exportScale = 1;                  // output units per point
+  std::optional<QnColor> strokeColor;     // the ink; the library's default when not given
+  bool showDate = false;                  // the date line, of `timestamp`
+  bool dateIncludesTime = false;
+  bool showHash = false;                  // the hash badge, with `hash`
+  std::optional<std::string> hash;        // the record's hash text; a new one when not given
+  std::optional<double> timestamp;        // seconds since 1 January 2001 UTC; now when not given
+};
+
+// The record of the strokes. It runs a signing session of its own on a headless run loop, which it
+// makes the current scheduler: call it where no other session runs on this thread's process (a
+// server's worker, a tool). Nothing, with one line on standard error, when there are no points.
+SCRIVLET_EXPORT std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& strokes,
+                                                                    const RecordRenderSettings& settings);
+
+}  // namespace scrivlet

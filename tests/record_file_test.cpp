@@ -1,0 +1,98 @@
+// Record files read back to the bit, refused when malformed; strokes drawn again into a whole record.
+#include <scrivlet/record_file.h>
+#include <scrivlet/record_renderer.h>
+#include <scrivlet/stroke_json.h>
+
+#include <gtest/gtest.h>
+
+#include "image_support.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace scrivlet {
+namespace {
+
+// A straight bar of 4-point ink from (20, 30) to (120, 30), a point every 10 points.
+QnStrokeListRef bar() {
+  auto stroke = std::make_shared<QnStroke>();
+  for (int i = 0; i <= 10; ++i) {
+    QnSignaturePoint p;
+    p.location = {20.0 + 10 * i, 30}, p.timestamp = 0.01 * i, p.diameter = 4, p.id = 100 + i;
+    stroke->push_back(p);
+  }
+  return std::make_shared<QnStrokeList>(QnStrokeList{stroke});
+}
+
+TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
+  RecordFile file;
+  file.strokes = bar();
+  file.png = {0x89, 'P', 'N', 'G', 0, 255, 7};
+  file.hash = "0F1E2D3C";
+  file.timestamp = 786000000.125;
+  file.frame = makeRect(-4.5, 2, 300, 120);
+  file.device = {"iPad13,4", 2, 264};
+  std::optional<RecordFile> read = recordFromJson(recordFileToJson(file));
+  ASSERT_TRUE(read);
+  EXPECT_EQ(strokesToJson(read->strokes), strokesToJson(file.strokes));
+  EXPECT_EQ(read->png, file.png);
+  EXPECT_EQ(read->hash, file.hash);
+  EXPECT_EQ(read->timestamp, file.timestamp);
+  EXPECT_EQ(read->frame.origin.x, -4.5);
+  EXPECT_EQ(read->frame.size.height, 120);
+  EXPECT_EQ(read->device.model, "iPad13,4");
+  EXPECT_EQ(read->device.pixelsPerInch, 264);
+
+  std::string good = recordFileToJson(file);
+  for (std::string bad : {std::string("[]"), std::string("{\"format\":\"scrivlet-record\",\"version\":2}"),
+                          good.substr(0, good.size() - 2), std::string("{\"format\":\"scrivlet-record\",\"version\":1}")}) {
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(recordFromJson(bad)) << bad;
+    std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(said.rfind("Scrivlet: no record read from JSON: ", 0), 0u) << said;
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+  }
+  std::string notBase64 = good;
+  notBase64.replace(notBase64.find("\"png\":\"") + 7, 1, "!");
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(recordFromJson(notBase64));
+  testing::internal::GetCapturedStderr();
+}
+
+TEST(RecordRenderer, DrawsTheStrokesIntoEveryOutputWithTheHashAndTimeGiven) {
+  RecordRenderSettings settings;
+  settings.exportScale = 2;
+  settings.strokeColor = QnColor(1, 0, 0, 1);
+  settings.hash = "CAFE0123";
+  settings.timestamp = 786000000;
+  std::shared_ptr<QnSignature> record = renderRecordOfStrokes(bar(), settings);
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->hashString(), "CAFE0123");
+  EXPECT_EQ(record->timestamp(), 786000000);
+  ASSERT_TRUE(record->imageData() && record->pdfData() && record->svgString() && record->xmlString());
+  size_t samples = 0;
+  for (size_t at = record->xmlString()->find("<sig:SamplePoint>"); at != std::string::npos;
+       at = record->xmlString()->find("<sig:SamplePoint>", at + 1))
+    ++samples;
+  EXPECT_EQ(samples, 11u);
+
+  // The bar is red ink across the middle of the image, at twice the frame's size in pixels.
+  QnImage image = QnImage::decodePNG(*record->imageData());
+  ASSERT_FALSE(image.isNull());
+  test_support::savePNG(image, "record_renderer_bar.png");
+  int redAcross = 0;
+  int y = int(std::lround((30 - record->frame().origin.y) * 2));
+  for (int x = 0; x < image.pixelWidth(); ++x) {
+    QnImage::Pixel p = image.pixelAt(x, y);
+    redAcross += p.a == 255 && p.r == 255 && p.g == 0 && p.b == 0;
+  }
+  EXPECT_GE(redAcross, 195);  // 100 points of bar, and its round caps, at 2 pixels a point
+
+  testing::internal::CaptureStderr();
+  EXPECT_FALSE(renderRecordOfStrokes(std::make_shared<QnStrokeList>(), settings));
+  EXPECT_FALSE(renderRecordOfStrokes(nullptr, settings));
+  testing::internal::GetCapturedStderr();
+}
+
+}  // namespace
+}  // namespace scrivlet

@@ -1,0 +1,119 @@
+// scrivlet render: saved strokes, record files or 19794-7 time series drawn again as PNG, PDF, SVG
+// and XML.
+#include "arguments.h"
+#include "batch.h"
+#include "commands.h"
+#include "render_output.h"
+
+#include <scrivlet/record_file.h>
+#include <scrivlet/stroke_json.h>
+#include <scrivlet/time_series_import.h>
+
+#include <cstdio>
+#include <filesystem>
+
+namespace scrivlet::tool {
+
+namespace {
+
+const char* kUsage = R"(usage: scrivlet render [options] INPUT...
+
+Draws signatures again through the library's renderer. An INPUT is a strokes document (JSON), a
+record file (JSON) or an ISO/IEC 19794-7 time series (XML).
+
+  -o, --output FILE     with one INPUT: the file to write; its extension (.png .pdf .svg .xml .json)
+                        is the format, .json a record file (what `scrivlet seal` takes)
+  --out-dir DIR         write NAME.FORMAT into DIR (made if missing) for every INPUT (default: here)
+  --formats LIST        formats to write into --out-dir, from png,pdf,svg,xml,json (default png)
+  --scale S             output units per point (default 2)
+  --color #RRGGBB       the ink's colour (default black)
+  --date                stamp the date of signing (a record file's time, else now)
+  --date-time           stamp the date and time
+  --hash                stamp the hash badge (a record file's hash, else a new one)
+  --hash-text TEXT      stamp this text as the hash
+  -j, --jobs N          inputs drawn at once (default: the number of cores)
+  -h, --help            this help
+)";
+
+std::optional<QnColor> colorOf(const std::string& text) {
+  unsigned red, green, blue;
+  char end;
+  if (text.size() != 7 || std::sscanf(text.c_str(), "#%2x%2x%2x%c", &red, &green, &blue, &end) != 3)
+    return std::nullopt;
+  return QnColor(red / 255.0, green / 255.0, blue / 255.0, 1.0);
+}
+
+}  // namespace
+
+std::optional<RecordFile> loadSignature(const std::string& path, std::string* error) {
+  std::optional<std::string> text = readFile(path);
+  if (!text) return *error = "cannot read " + path, std::nullopt;
+  size_t start = text->find_first_not_of(" \t\r\n");
+  if (text->find("\"scrivlet-record\"") != std::string::npos) {
+    std::optional<RecordFile> record = recordFromJson(*text, error);
+    if (!record) *error = path + " is not a record file: " + *error;
+    return record;
+  }
+  // The strokes readers say why they refuse a document in a line of their own.
+  RecordFile record;
+  bool xml = start != std::string::npos && (*text)[start] == '<';
+  record.strokes = xml ? strokesFromTimeSeriesXml(*text) : strokesFromJson(*text);
+  if (!record.strokes) return error->clear(), std::nullopt;
+  return record;
+}
+
+int renderCommand(int argc, char** argv) {
+  Arguments args = parseArguments(argc, argv, 2,
+                                  {"output", "out-dir", "formats", "scale", "color", "hash-text", "jobs"},
+                                  {"date", "date-time", "hash"});
+  if (args.has("help")) return std::fputs(kUsage, stdout), 0;
+  if (!args.error.empty()) return failure("render", args.error);
+  if (args.inputs.empty()) return failure("render", "no input given (see --help)");
+  if (args.has("output") && args.inputs.size() != 1) return failure("render", "--output takes one input; use --out-dir");
+
+  bool ok = true;
+  RecordRenderSettings settings;
+  settings.exportScale = float(args.number("scale", &ok).value_or(2));
+  std::optional<double> jobs = args.number("jobs", &ok);
+  if (!ok || settings.exportScale <= 0 || (jobs && *jobs < 1)) return failure("render", "--scale and --jobs take positive numbers");
+  if (args.has("color") && !(settings.strokeColor = colorOf(args.value("color"))))
+    return failure("render", "--color takes #RRGGBB");
+  settings.showDate = args.has("date") || args.has("date-time");
+  settings.dateIncludesTime = args.has("date-time");
+  settings.showHash = args.has("hash") || args.has("hash-text");
+
+  std::vector<std::string> formats;
+  if (args.has("output")) {
+    formats = {std::filesystem::path(args.value("output")).extension().string()};
+    if (!formats[0].empty()) formats[0].erase(0, 1);
+  } else {
+    formats = splitFormats(args.value("formats", "png"));
+  }
+  for (const std::string& format : formats)
+    if (!isOutputFormat(format)) return failure("render", "unknown format \"" + format + "\" (png, pdf, svg, xml or json)");
+
+  if (args.has("out-dir")) {
+    std::error_code ignored;  // a folder that cannot be made shows as a file that cannot be written
+    std::filesystem::create_directories(args.value("out-dir"), ignored);
+  }
+  return runBatch(args.inputs, jobs ? int(*jobs) : defaultJobs(), [&](const std::string& input) {
+    std::string error;
+    std::optional<RecordFile> signature = loadSignature(input, &error);
+    if (!signature) return error.empty() ? 1 : failure("render", error);
+    RecordRenderSettings these = settings;
+    if (!signature->hash.empty()) these.hash = signature->hash;
+    if (args.has("hash-text")) these.hash = args.value("hash-text");
+    if (signature->timestamp != 0) these.timestamp = signature->timestamp;
+    auto record = renderRecordOfStrokes(signature->strokes, these);
+    if (!record) return failure("render", input + " has no points to draw");
+    std::string stem = std::filesystem::path(input).stem().string();
+    for (const std::string& format : formats) {
+      std::string path = args.has("output") ? args.value("output")
+                                            : (std::filesystem::path(args.value("out-dir", ".")) / (stem + "." + format)).string();
+      if (!writeOutput(*record, format, path, &error)) return failure("render", error);
+    }
+    return 0;
+  });
+}
+
+}  // namespace scrivlet::tool
