@@ -30,6 +30,10 @@ done
 mkdir -p "$work/out-cmake" "$work/out-pkg-config"
 "$work/headless/sign_headless" "$work/out-cmake"
 check_record "$work/out-cmake"
+if [ -x "$prefix/bin/scrivlet" ]; then  # the installed tool runs, and draws the example's record again
+  "$prefix/bin/scrivlet" render "$work/out-cmake/signature.json" -o "$work/out-cmake/redrawn.pdf" >/dev/null
+  qpdf --check "$work/out-cmake/redrawn.pdf" >/dev/null
+fi
 if [ -x "$work/qt/sign_qt" ]; then
   (cd "$work/out-cmake" && QT_QPA_PLATFORM=offscreen timeout 60 "$work/qt/sign_qt" 2>/dev/null)
 fi

@@ -19,7 +19,7 @@ run() {  # fuzzer, seed folder, seconds, longest input
   # The library's own lines about outputs it could not make or documents it refused are expected:
   # only the summary is shown.
   LSAN_OPTIONS=suppressions="$PWD/tests/lsan.supp" UBSAN_OPTIONS=halt_on_error=1:print_stacktrace=1 \
-    "build-fuzz/tests/fuzz/$1" -max_len="$4" -max_total_time="$3" -print_final_stats=1 \
+    "build-fuzz/tests/fuzz/$1" -max_len="$4" -max_total_time="$3" -rss_limit_mb=4096 -print_final_stats=1 \
     -artifact_prefix=build-fuzz/artifacts/ "$work" 2>"$log" || {
       grep -vE '^Scrivlet: ' "$log" | tail -60
       exit 1
