@@ -72,7 +72,7 @@ class Evidence : public ::testing::Test {
   static EvidenceSealRequest request(const std::string& examiner, bool signedByApp = true) {
     EvidenceSealRequest request;
     request.record = record();
-    request.documentSha256 = sha256Digest(kDocument);
+    request.documentSha256 = documentSha256Of(kDocument);
     request.documentSize = kDocument.size();
     request.documentName = "contract.pdf";
     request.examinerCertificate = file(examiner);

@@ -39,6 +39,9 @@ struct EvidenceSealRequest {
   std::string signerKey;
 };
 
+// The SHA-256 of a document's bytes, for a request.
+SCRIVLET_EVIDENCE_EXPORT std::array<uint8_t, 32> documentSha256Of(std::string_view document);
+
 // The sealed file, or nothing with the reason in *error. No plaintext biometric data is written
 // anywhere on the way.
 SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, std::string* error);
@@ -49,7 +52,7 @@ struct EvidenceCheck {
   std::string detail;  // one line: what was found
 };
 
-struct EvidenceVerification {
+struct SCRIVLET_EVIDENCE_EXPORT EvidenceVerification {
   std::vector<EvidenceCheck> checks;  // in the order above, as far as the file could be read
   bool signedManifest = false;        // the manifest carries a signature
   std::string signer;                 // its signer's subject

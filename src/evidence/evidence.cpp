@@ -84,6 +84,8 @@ bool EvidenceVerification::valid() const {
   return true;
 }
 
+std::array<uint8_t, 32> documentSha256Of(std::string_view document) { return sha256Digest(document); }
+
 std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, std::string* error) {
   if (!request.record.strokes || request.record.strokes->empty())
     return failWith<std::string>(error, "the record has no strokes");

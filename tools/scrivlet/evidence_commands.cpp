@@ -7,8 +7,6 @@
 #include <scrivlet/evidence.h>
 #include <scrivlet/stroke_json.h>
 
-#include <openssl/sha.h>
-
 #include <cstdio>
 #include <filesystem>
 
@@ -104,7 +102,7 @@ int sealCommand(int argc, char** argv) {
 
   EvidenceSealRequest request;
   request.record = std::move(*record);
-  SHA256(reinterpret_cast<const unsigned char*>(document->data()), document->size(), request.documentSha256.data());
+  request.documentSha256 = documentSha256Of(*document);
   request.documentSize = document->size();
   request.documentName = std::filesystem::path(args.value("document")).filename().string();
   request.examinerCertificate = std::move(*examiner);
