@@ -52,6 +52,8 @@ strokes.json, record.json, sealed-image.png (the image as sealed) and signature.
   --key FILE            the examiner's private key (PEM or DER, not protected by a pass phrase)
   --out-dir DIR         where to write (created if missing)
   --scale S             output units per point of the drawings (default 2)
+  --date, --date-time   stamp the drawings with the date (and time) of signing
+  --hash                stamp the drawings with the signing's hash
   -h, --help            this help
 )";
 
@@ -145,7 +147,7 @@ int verifyCommand(int argc, char** argv) {
     if (!sealed) return failure("verify", error);
     EvidenceVerification report = verifyEvidence(*sealed, *document, trusted);
     bool valid = report.valid() && (report.signedManifest || !args.has("require-signature"));
-    std::string text = path + ": " + (valid ? "valid" : "NOT VALID") + "\n";
+    std::string text = path + ": " + (!valid ? "NOT VALID" : report.signedManifest ? "valid" : "valid, unsigned") + "\n";
     for (const EvidenceCheck& check : report.checks)
       text += "  " + check.name + ": " + (check.passed ? "passed" : "FAILED") + ": " + check.detail + "\n";
     if (!report.signedManifest && report.checks.size() > 2)
@@ -157,7 +159,7 @@ int verifyCommand(int argc, char** argv) {
 }
 
 int openCommand(int argc, char** argv) {
-  Arguments args = parseArguments(argc, argv, 2, {"evidence", "key", "out-dir", "scale"}, {});
+  Arguments args = parseArguments(argc, argv, 2, {"evidence", "key", "out-dir", "scale"}, {"date", "date-time", "hash"});
   if (args.has("help")) return std::fputs(kOpenUsage, stdout), 0;
   if (!args.error.empty()) return failure("open", args.error);
   if (!args.has("out-dir")) return failure("open", "--out-dir is required (see --help)");
@@ -165,6 +167,9 @@ int openCommand(int argc, char** argv) {
   RecordRenderSettings settings;
   settings.exportScale = float(args.number("scale", &ok).value_or(2));
   if (!ok || settings.exportScale <= 0) return failure("open", "--scale takes a positive number");
+  settings.showDate = args.has("date") || args.has("date-time");
+  settings.dateIncludesTime = args.has("date-time");
+  settings.showHash = args.has("hash");
   std::string error;
   std::optional<std::string> file = required(args, "evidence", &error), key, sealed;
   if (file) key = required(args, "key", &error);
