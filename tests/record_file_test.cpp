@@ -44,8 +44,9 @@ TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
   EXPECT_EQ(read->device.pixelsPerInch, 264);
 
   std::string good = recordFileToJson(file);
-  for (std::string bad : {std::string("[]"), std::string("{\"format\":\"scrivlet-record\",\"version\":2}"),
-                          good.substr(0, good.size() - 2), std::string("{\"format\":\"scrivlet-record\",\"version\":1}")}) {
+  for (std::string bad :
+       {std::string("[]"), std::string("{\"format\":\"scrivlet-record\",\"version\":2}"),
+        good.substr(0, good.size() - 2), std::string("{\"format\":\"scrivlet-record\",\"version\":1}")}) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(recordFromJson(bad)) << bad;
     std::string said = testing::internal::GetCapturedStderr();

@@ -30,12 +30,12 @@ namespace scrivlet {
 inline constexpr const char* kEvidenceAttachmentName = "scrivlet-evidence.json";
 
 struct EvidenceSealRequest {
-  RecordFile record;                        // the strokes, image, hash, time and device
+  RecordFile record;                         // the strokes, image, hash, time and device
   std::array<uint8_t, 32> documentSha256{};  // of the document signed, as its bytes stand
   uint64_t documentSize = 0;
-  std::string documentName;                 // for the reader; not checked
-  std::string examinerCertificate;          // X.509 (PEM or DER), or a PEM public key: RSA or EC
-  std::string signerCertificate;            // with signerKey (PEM both): the manifest is signed
+  std::string documentName;         // for the reader; not checked
+  std::string examinerCertificate;  // X.509 (PEM or DER), or a PEM public key: RSA or EC
+  std::string signerCertificate;    // with signerKey (PEM both): the manifest is signed
   std::string signerKey;
 };
 
@@ -44,10 +44,11 @@ SCRIVLET_EVIDENCE_EXPORT std::array<uint8_t, 32> documentSha256Of(std::string_vi
 
 // The sealed file, or nothing with the reason in *error. No plaintext biometric data is written
 // anywhere on the way.
-SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, std::string* error);
+SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealEvidence(const EvidenceSealRequest& request,
+                                                                 std::string* error);
 
 struct EvidenceCheck {
-  std::string name;    // "container", "manifest", "manifest signature", "document", "image", "biometric data"
+  std::string name;  // "container", "manifest", "manifest signature", "document", "image", "biometric data"
   bool passed = false;
   std::string detail;  // one line: what was found
 };
@@ -67,13 +68,13 @@ struct SCRIVLET_EVIDENCE_EXPORT EvidenceVerification {
 // the manifest's signer must chain to one of them. A stamped PDF is checked by its revision before
 // stamping. Garbage gives a failed "container" check, never a crash.
 SCRIVLET_EVIDENCE_EXPORT EvidenceVerification verifyEvidence(std::string_view sealed, std::string_view document,
-                                                    std::string_view trustedCertificates = {});
+                                                             std::string_view trustedCertificates = {});
 
 // The record sealed in the file: the biometric data opened with the examiner's private key (PEM or
 // DER), with the manifest's hash, time and device and the sealed image; nothing, with the reason in
 // *error, when the key does not open it or any part was changed.
 SCRIVLET_EVIDENCE_EXPORT std::optional<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey,
-                                                       std::string* error);
+                                                                std::string* error);
 
 // Where a stamped signature goes: a page (1 = first) and a rectangle in PDF points in the page's
 // default user space (origin at the bottom left, y up).
@@ -88,9 +89,9 @@ struct PdfStampPlacement {
 // first bytes of the result, so the stamped PDF still verifies. Nothing, with the reason in *error,
 // when the PDF or the sealed file cannot be used or the PDF is not the one sealed.
 SCRIVLET_EVIDENCE_EXPORT std::optional<std::vector<uint8_t>> stampEvidenceIntoPdf(std::string_view pdf,
-                                                                          std::string_view sealed,
-                                                                          const PdfStampPlacement& placement,
-                                                                          std::string* error);
+                                                                                  std::string_view sealed,
+                                                                                  const PdfStampPlacement& placement,
+                                                                                  std::string* error);
 
 // The sealed file attached to a stamped PDF, if any.
 SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> evidenceAttachedToPdf(std::string_view pdf);

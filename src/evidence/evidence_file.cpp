@@ -41,20 +41,19 @@ bool isDigest(const json& value) {
 }  // namespace
 
 std::string manifestToJson(const EvidenceManifest& m) {
-  json document{
-      {"format", kManifestFormat},
-      {"version", kVersion},
-      {"document", {{"sha256", m.documentSha256}, {"size", m.documentSize}, {"name", m.documentName}}},
-      {"image", {{"sha256", m.imageSha256}, {"mediaType", "image/png"}}},
-      {"biometricData",
-       {{"sha256", m.biometricSha256}, {"mediaType", "application/cms"}, {"content", kBiometricContent}}},
-      {"signature", {{"hash", m.hash}, {"timestamp", std::isfinite(m.timestamp) ? m.timestamp : 0.0}}},
-      {"device",
-       {{"model", m.device.model},
-        {"screenScale", std::isfinite(m.device.screenScale) ? m.device.screenScale : 0.0},
-        {"pixelsPerInch", m.device.pixelsPerInch}}},
-      {"library", {{"name", "Scrivlet"}, {"version", m.libraryVersion}}},
-      {"sealedAt", m.sealedAt}};
+  json document{{"format", kManifestFormat},
+                {"version", kVersion},
+                {"document", {{"sha256", m.documentSha256}, {"size", m.documentSize}, {"name", m.documentName}}},
+                {"image", {{"sha256", m.imageSha256}, {"mediaType", "image/png"}}},
+                {"biometricData",
+                 {{"sha256", m.biometricSha256}, {"mediaType", "application/cms"}, {"content", kBiometricContent}}},
+                {"signature", {{"hash", m.hash}, {"timestamp", std::isfinite(m.timestamp) ? m.timestamp : 0.0}}},
+                {"device",
+                 {{"model", m.device.model},
+                  {"screenScale", std::isfinite(m.device.screenScale) ? m.device.screenScale : 0.0},
+                  {"pixelsPerInch", m.device.pixelsPerInch}}},
+                {"library", {{"name", "Scrivlet"}, {"version", m.libraryVersion}}},
+                {"sealedAt", m.sealedAt}};
   return document.dump(2) + "\n";
 }
 
@@ -62,13 +61,16 @@ std::optional<EvidenceManifest> manifestFromJson(std::string_view text, std::str
   json document = json::parse(text, nullptr, false);
   if (document.is_discarded() || !isDocument(document, kManifestFormat))
     return refuse<EvidenceManifest>(error, "the manifest is not a manifest of this version");
-  const json &doc = jsonField(document, "document"), &image = jsonField(document, "image"), &bio = jsonField(document, "biometricData"),
-             &signing = jsonField(document, "signature"), &device = jsonField(document, "device"), &library = jsonField(document, "library");
-  if (!doc.is_object() || !isDigest(jsonField(doc, "sha256")) || !jsonField(doc, "size").is_number_unsigned() || !jsonField(doc, "name").is_string() ||
-      !image.is_object() || !isDigest(jsonField(image, "sha256")) || !bio.is_object() || !isDigest(jsonField(bio, "sha256")) ||
-      jsonField(bio, "content") != kBiometricContent || !signing.is_object() || !jsonField(signing, "hash").is_string() ||
-      !isFiniteNumber(jsonField(signing, "timestamp")) || !device.is_object() || !jsonField(device, "model").is_string() ||
-      !isFiniteNumber(jsonField(device, "screenScale")) || !jsonField(device, "pixelsPerInch").is_number_integer() || !library.is_object() ||
+  const json &doc = jsonField(document, "document"), &image = jsonField(document, "image"),
+             &bio = jsonField(document, "biometricData"), &signing = jsonField(document, "signature"),
+             &device = jsonField(document, "device"), &library = jsonField(document, "library");
+  if (!doc.is_object() || !isDigest(jsonField(doc, "sha256")) || !jsonField(doc, "size").is_number_unsigned() ||
+      !jsonField(doc, "name").is_string() || !image.is_object() || !isDigest(jsonField(image, "sha256")) ||
+      !bio.is_object() || !isDigest(jsonField(bio, "sha256")) || jsonField(bio, "content") != kBiometricContent ||
+      !signing.is_object() || !jsonField(signing, "hash").is_string() ||
+      !isFiniteNumber(jsonField(signing, "timestamp")) || !device.is_object() ||
+      !jsonField(device, "model").is_string() || !isFiniteNumber(jsonField(device, "screenScale")) ||
+      !jsonField(device, "pixelsPerInch").is_number_integer() || !library.is_object() ||
       !jsonField(library, "version").is_string() || !jsonField(document, "sealedAt").is_string())
     return refuse<EvidenceManifest>(error, "the manifest lacks a field or has one of the wrong type");
   EvidenceManifest m;

@@ -24,8 +24,10 @@ constexpr const char* kFormat = "scrivlet-record";
 constexpr int kVersion = 1;
 
 std::optional<RecordFile> refuse(std::string* error, const char* why) {
-  if (error) *error = why;
-  else std::fprintf(stderr, "Scrivlet: no record read from JSON: %s\n", why);
+  if (error)
+    *error = why;
+  else
+    std::fprintf(stderr, "Scrivlet: no record read from JSON: %s\n", why);
   return std::nullopt;
 }
 
@@ -49,18 +51,17 @@ std::string recordToJson(const QnSignature& record) {
 std::string recordFileToJson(const RecordFile& file) {
   auto finite = [](double v) { return std::isfinite(v) ? v : 0.0; };
   const QnRect& f = file.frame;
-  json document{
-      {"format", kFormat},
-      {"version", kVersion},
-      {"hash", file.hash},
-      {"timestamp", finite(file.timestamp)},
-      {"frame", {finite(f.origin.x), finite(f.origin.y), finite(f.size.width), finite(f.size.height)}},
-      {"png", base64Encode({reinterpret_cast<const char*>(file.png.data()), file.png.size()})},
-      {"device",
-       {{"model", file.device.model},
-        {"screenScale", finite(file.device.screenScale)},
-        {"pixelsPerInch", file.device.pixelsPerInch}}},
-      {"strokes", json::parse(strokesToJson(file.strokes))}};
+  json document{{"format", kFormat},
+                {"version", kVersion},
+                {"hash", file.hash},
+                {"timestamp", finite(file.timestamp)},
+                {"frame", {finite(f.origin.x), finite(f.origin.y), finite(f.size.width), finite(f.size.height)}},
+                {"png", base64Encode({reinterpret_cast<const char*>(file.png.data()), file.png.size()})},
+                {"device",
+                 {{"model", file.device.model},
+                  {"screenScale", finite(file.device.screenScale)},
+                  {"pixelsPerInch", file.device.pixelsPerInch}}},
+                {"strokes", json::parse(strokesToJson(file.strokes))}};
   return document.dump();
 }
 
@@ -70,14 +71,15 @@ std::optional<RecordFile> recordFromJson(std::string_view text, std::string* err
   if (document.value("format", "") != kFormat) return refuse(error, "not a record document");
   if (!jsonField(document, "version").is_number_integer() || jsonField(document, "version") != kVersion)
     return refuse(error, "a version this library does not read");
-  const json &hash = jsonField(document, "hash"), &timestamp = jsonField(document, "timestamp"), &frame = jsonField(document, "frame"),
-             &png = jsonField(document, "png"), &device = jsonField(document, "device"), &strokes = jsonField(document, "strokes");
+  const json &hash = jsonField(document, "hash"), &timestamp = jsonField(document, "timestamp"),
+             &frame = jsonField(document, "frame"), &png = jsonField(document, "png"),
+             &device = jsonField(document, "device"), &strokes = jsonField(document, "strokes");
   if (!hash.is_string() || !isFiniteNumber(timestamp) || !png.is_string() || !strokes.is_object())
     return refuse(error, "a hash, time, image or strokes missing or of the wrong type");
   if (!frame.is_array() || frame.size() != 4 || !std::all_of(frame.begin(), frame.end(), isFiniteNumber))
     return refuse(error, "a frame that is not four numbers");
-  if (!device.is_object() || !jsonField(device, "model").is_string() || !isFiniteNumber(jsonField(device, "screenScale")) ||
-      !jsonField(device, "pixelsPerInch").is_number_integer())
+  if (!device.is_object() || !jsonField(device, "model").is_string() ||
+      !isFiniteNumber(jsonField(device, "screenScale")) || !jsonField(device, "pixelsPerInch").is_number_integer())
     return refuse(error, "a device without its model, scale or density");
   RecordFile file;
   file.hash = hash.get<std::string>();

@@ -61,8 +61,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       if (std::optional<std::string> sealed = evidenceAttachedToPdf(input)) verifyEvidence(*sealed, input);
       // Whatever stamps must keep the input as its first bytes and give the attachment back.
       const std::vector<uint8_t> pdf(input.begin(), input.end()), attachment{1, 2, 3};
-      auto stamped = stampPdf(pdf, kImage, {1, 10, 10, 100, 40}, "a.bin", "application/octet-stream", attachment, &error);
-      if (stamped && (!std::equal(pdf.begin(), pdf.end(), stamped->begin()) || pdfAttachment(*stamped, "a.bin") != attachment)) {
+      auto stamped =
+          stampPdf(pdf, kImage, {1, 10, 10, 100, 40}, "a.bin", "application/octet-stream", attachment, &error);
+      if (stamped &&
+          (!std::equal(pdf.begin(), pdf.end(), stamped->begin()) || pdfAttachment(*stamped, "a.bin") != attachment)) {
         std::fprintf(stderr, "evidence fuzzer: a stamped PDF lost its original bytes or its attachment\n");
         std::abort();
       }

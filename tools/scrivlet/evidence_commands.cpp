@@ -86,8 +86,8 @@ std::optional<std::string> sealedFrom(const std::string& bytes) {
 }  // namespace
 
 int sealCommand(int argc, char** argv) {
-  Arguments args = parseArguments(argc, argv, 2,
-                                  {"record", "document", "examiner", "signer-cert", "signer-key", "output"}, {});
+  Arguments args =
+      parseArguments(argc, argv, 2, {"record", "document", "examiner", "signer-cert", "signer-key", "output"}, {});
   if (args.has("help")) return std::fputs(kSealUsage, stdout), 0;
   if (!args.error.empty()) return failure("seal", args.error);
   if (!args.inputs.empty()) return failure("seal", "unexpected argument " + args.inputs[0]);
@@ -142,12 +142,18 @@ int verifyCommand(int argc, char** argv) {
     std::string error;
     std::optional<std::string> document = readFile(path), sealed;
     if (!document) return failure("verify", "cannot read " + path);
-    if (args.has("evidence")) sealed = required(args, "evidence", &error);
-    else if (!(sealed = evidenceAttachedToPdf(*document))) error = path + " carries no evidence: give --evidence";
+    if (args.has("evidence"))
+      sealed = required(args, "evidence", &error);
+    else if (!(sealed = evidenceAttachedToPdf(*document)))
+      error = path + " carries no evidence: give --evidence";
     if (!sealed) return failure("verify", error);
     EvidenceVerification report = verifyEvidence(*sealed, *document, trusted);
     bool valid = report.valid() && (report.signedManifest || !args.has("require-signature"));
-    std::string text = path + ": " + (!valid ? "NOT VALID" : report.signedManifest ? "valid" : "valid, unsigned") + "\n";
+    std::string text = path + ": " +
+                       (!valid                  ? "NOT VALID"
+                        : report.signedManifest ? "valid"
+                                                : "valid, unsigned") +
+                       "\n";
     for (const EvidenceCheck& check : report.checks)
       text += "  " + check.name + ": " + (check.passed ? "passed" : "FAILED") + ": " + check.detail + "\n";
     if (!report.signedManifest && report.checks.size() > 2)
@@ -159,7 +165,8 @@ int verifyCommand(int argc, char** argv) {
 }
 
 int openCommand(int argc, char** argv) {
-  Arguments args = parseArguments(argc, argv, 2, {"evidence", "key", "out-dir", "scale"}, {"date", "date-time", "hash"});
+  Arguments args =
+      parseArguments(argc, argv, 2, {"evidence", "key", "out-dir", "scale"}, {"date", "date-time", "hash"});
   if (args.has("help")) return std::fputs(kOpenUsage, stdout), 0;
   if (!args.error.empty()) return failure("open", args.error);
   if (!args.has("out-dir")) return failure("open", "--out-dir is required (see --help)");
@@ -192,8 +199,8 @@ int openCommand(int argc, char** argv) {
   for (const char* format : {"png", "pdf", "svg", "xml"})
     if (!writeOutput(*redrawn, format, (folder / (std::string("signature.") + format)).string(), &error))
       return failure("open", error);
-  std::printf("opened %s: hash %s, %zu strokes, written to %s\n", args.value("evidence").c_str(),
-              record->hash.c_str(), record->strokes->size(), folder.c_str());
+  std::printf("opened %s: hash %s, %zu strokes, written to %s\n", args.value("evidence").c_str(), record->hash.c_str(),
+              record->strokes->size(), folder.c_str());
   return 0;
 }
 
@@ -206,8 +213,8 @@ int stampCommand(int argc, char** argv) {
   PdfStampPlacement placement;
   placement.page = int(args.number("page", &ok).value_or(1));
   char end;
-  if (!ok || std::sscanf(args.value("rect").c_str(), "%lf,%lf,%lf,%lf%c", &placement.x, &placement.y,
-                         &placement.width, &placement.height, &end) != 4)
+  if (!ok || std::sscanf(args.value("rect").c_str(), "%lf,%lf,%lf,%lf%c", &placement.x, &placement.y, &placement.width,
+                         &placement.height, &end) != 4)
     return failure("stamp", "--page takes a number and --rect four numbers X,Y,W,H");
   std::string error;
   std::optional<std::string> document = required(args, "document", &error), sealed;

@@ -63,19 +63,21 @@ std::optional<RecordFile> loadSignature(const std::string& path, std::string* er
 }
 
 int renderCommand(int argc, char** argv) {
-  Arguments args = parseArguments(argc, argv, 2,
-                                  {"output", "out-dir", "formats", "scale", "color", "hash-text", "jobs"},
-                                  {"date", "date-time", "hash"});
+  Arguments args =
+      parseArguments(argc, argv, 2, {"output", "out-dir", "formats", "scale", "color", "hash-text", "jobs"},
+                     {"date", "date-time", "hash"});
   if (args.has("help")) return std::fputs(kUsage, stdout), 0;
   if (!args.error.empty()) return failure("render", args.error);
   if (args.inputs.empty()) return failure("render", "no input given (see --help)");
-  if (args.has("output") && args.inputs.size() != 1) return failure("render", "--output takes one input; use --out-dir");
+  if (args.has("output") && args.inputs.size() != 1)
+    return failure("render", "--output takes one input; use --out-dir");
 
   bool ok = true;
   RecordRenderSettings settings;
   settings.exportScale = float(args.number("scale", &ok).value_or(2));
   std::optional<double> jobs = args.number("jobs", &ok);
-  if (!ok || settings.exportScale <= 0 || (jobs && *jobs < 1)) return failure("render", "--scale and --jobs take positive numbers");
+  if (!ok || settings.exportScale <= 0 || (jobs && *jobs < 1))
+    return failure("render", "--scale and --jobs take positive numbers");
   if (args.has("color") && !(settings.strokeColor = colorOf(args.value("color"))))
     return failure("render", "--color takes #RRGGBB");
   settings.showDate = args.has("date") || args.has("date-time");
@@ -90,7 +92,8 @@ int renderCommand(int argc, char** argv) {
     formats = splitFormats(args.value("formats", "png"));
   }
   for (const std::string& format : formats)
-    if (!isOutputFormat(format)) return failure("render", "unknown format \"" + format + "\" (png, pdf, svg, xml or json)");
+    if (!isOutputFormat(format))
+      return failure("render", "unknown format \"" + format + "\" (png, pdf, svg, xml or json)");
 
   if (args.has("out-dir")) {
     std::error_code ignored;  // a folder that cannot be made shows as a file that cannot be written
@@ -108,8 +111,9 @@ int renderCommand(int argc, char** argv) {
     if (!record) return failure("render", input + " has no points to draw");
     std::string stem = std::filesystem::path(input).stem().string();
     for (const std::string& format : formats) {
-      std::string path = args.has("output") ? args.value("output")
-                                            : (std::filesystem::path(args.value("out-dir", ".")) / (stem + "." + format)).string();
+      std::string path = args.has("output")
+                             ? args.value("output")
+                             : (std::filesystem::path(args.value("out-dir", ".")) / (stem + "." + format)).string();
       if (!writeOutput(*record, format, path, &error)) return failure("render", error);
     }
     return 0;

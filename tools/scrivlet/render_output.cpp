@@ -20,7 +20,9 @@ std::vector<std::string> splitFormats(const std::string& list) {
 }
 
 bool writeOutput(const QnSignature& record, const std::string& format, const std::string& path, std::string* error) {
-  auto bytes = [](const auto& data) { return std::string_view(reinterpret_cast<const char*>(data.data()), data.size()); };
+  auto bytes = [](const auto& data) {
+    return std::string_view(reinterpret_cast<const char*>(data.data()), data.size());
+  };
   std::optional<std::string_view> output;
   if (format == "png" && record.imageData()) output = bytes(*record.imageData());
   if (format == "pdf" && record.pdfData()) output = bytes(*record.pdfData());
@@ -28,9 +30,12 @@ bool writeOutput(const QnSignature& record, const std::string& format, const std
   if (format == "xml" && record.xmlString()) output = *record.xmlString();
   std::string recordFile = format == "json" ? recordToJson(record) : "";
   if (format == "json") output = recordFile;
-  if (!output) *error = "the record has no " + format + " output (see the line above)";
-  else if (!writeFile(path, output->data(), output->size())) *error = "cannot write " + path;
-  else return true;
+  if (!output)
+    *error = "the record has no " + format + " output (see the line above)";
+  else if (!writeFile(path, output->data(), output->size()))
+    *error = "cannot write " + path;
+  else
+    return true;
   return false;
 }
 
