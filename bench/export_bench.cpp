@@ -1,4 +1,5 @@
-// Cost of preparing every output of a signature (hash, PNG, PDF, SVG, XML) by its number of points.
+// Cost of preparing every output of a signature (hash, PNG, PDF, SVG, XML) by its number of points, and
+// of each output alone, at export scale 2 (a 2000 x 800 PNG for the shared signatures).
 #include "bench_data.h"
 
 #include <scrivlet/headless_view.h>
@@ -42,17 +43,20 @@ void BM_PrepareScrivletData(benchmark::State& state) {
   auto controller = QnScrivletController::create(view, {}, {});
   controller->setMyBrushStrokes(signatureOf(samples, count, *controller->drawingController()));
   controller->setCopyOfTargetViewBounds(view->bounds());
+  controller->setExportScale(2);
   for (auto _ : state) controller->prepareScrivletData();
   state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(count));
 }
 BENCHMARK(BM_PrepareScrivletData)->Arg(500)->Arg(2000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
-// Each output alone, for the 2,000-point signature.
-void BM_ExportFormat2000Points(benchmark::State& state, const char* format) {
-  auto samples = bench::loadSamples("points_multi_20x100.csv");
+// Each output alone, by the number of points.
+void BM_ExportFormat(benchmark::State& state, const char* format) {
+  size_t count = static_cast<size_t>(state.range(0));
+  auto samples = bench::loadSamples(count == 2000 ? "points_multi_20x100.csv" : "points_single_5000.csv");
   auto view = HeadlessView::create(makeRect(0, 0, 1000, 400));
   auto controller = QnScrivletController::create(view, {}, {});
-  controller->setMyBrushStrokes(signatureOf(samples, 2000, *controller->drawingController()));
+  controller->setMyBrushStrokes(signatureOf(samples, count, *controller->drawingController()));
+  controller->setExportScale(2);
   for (auto _ : state) {
     if (std::string(format) == "XML")
       benchmark::DoNotOptimize(controller->createXmlString());
@@ -60,10 +64,10 @@ void BM_ExportFormat2000Points(benchmark::State& state, const char* format) {
       benchmark::DoNotOptimize(controller->getImageData(format));
   }
 }
-BENCHMARK_CAPTURE(BM_ExportFormat2000Points, PNG, "PNG")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_ExportFormat2000Points, PDF, "PDF")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_ExportFormat2000Points, SVG, "SVG")->Unit(benchmark::kMillisecond);
-BENCHMARK_CAPTURE(BM_ExportFormat2000Points, XML, "XML")->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_ExportFormat, PNG, "PNG")->Arg(500)->Arg(2000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_ExportFormat, PDF, "PDF")->Arg(500)->Arg(2000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_ExportFormat, SVG, "SVG")->Arg(500)->Arg(2000)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_ExportFormat, XML, "XML")->Arg(500)->Arg(2000)->Arg(10000)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace scrivlet

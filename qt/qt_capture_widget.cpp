@@ -5,9 +5,12 @@
 #include "qt_view_painter.h"
 
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
 #include <QTabletEvent>
 #include <QTouchEvent>
+
+#include <cmath>
 
 namespace scrivlet {
 
@@ -80,10 +83,15 @@ void QnQtCaptureWidget::hideEvent(QHideEvent* event) {
 }
 
 void QnQtCaptureWidget::paintEvent(QPaintEvent* event) {
-  QImage canvas = renderViewTree(*view_, size(), devicePixelRatioF());
+  // Only the dirty region is drawn: live ink asks for a small rectangle around its newest segment.
+  QRect area = event->region().boundingRect() & rect();
+  if (area.isEmpty()) return;
+  qreal ratio = devicePixelRatioF();
+  QImage canvas = renderViewTree(*view_, area, ratio);
   QPainter painter(this);
   painter.setClipRegion(event->region());
-  painter.drawImage(QPointF(0, 0), canvas);
+  // The image starts on the device pixel at or before the area's corner.
+  painter.drawImage(QPointF(std::floor(area.x() * ratio), std::floor(area.y() * ratio)) / ratio, canvas);
 }
 
 }  // namespace scrivlet

@@ -4,14 +4,15 @@
 #include <scrivlet/qt_export.h>
 
 #include <QImage>
-#include <QSize>
+#include <QRect>
 
 namespace scrivlet {
 
 class QnView;
 
-// What the view shows at the given logical size, sharp at the ratio; transparent where it draws nothing.
-// Exported for the Qt Quick item; not a public API.
-SCRIVLET_QT_EXPORT QImage renderViewTree(QnView& view, QSize size, qreal ratio);
+// What the view shows within `area` (logical coordinates of the view), sharp at the ratio; transparent
+// where it draws nothing. The image covers the area alone, so a repaint of a dirty rectangle costs that
+// rectangle, not the whole view. Exported for the Qt Quick item; not a public API.
+SCRIVLET_QT_EXPORT QImage renderViewTree(QnView& view, QRect area, qreal ratio);
 
 }  // namespace scrivlet

@@ -119,6 +119,20 @@ TEST_F(CaptureWidgetTest, MouseInkShowsWithoutTouchMadeMouseEventsAndStaysOnTheG
   EXPECT_TRUE(inked(shown, 125, 166) && !inked(shown, 120, 110));  // (120, 110) moved by (5, 56.25)
 }
 
+TEST_F(CaptureWidgetTest, ARepaintOfADirtyRectangleShowsWhatAWholeRepaintShowsThere) {
+  mouseStroke(widget_, {{60, 100}, {120, 140}, {180, 90}, {240, 150}, {300, 120}}, 1000);
+  QImage whole = widget_->grab().toImage();
+  // Rectangles across the ink, the guideline and the edges; grabbing one paints that region alone.
+  for (QRect area : {QRect(55, 95, 30, 30), QRect(101, 117, 57, 41), QRect(0, 0, 400, 200), QRect(370, 150, 30, 50),
+                     QRect(10, 105, 380, 20)}) {
+    QImage part = widget_->grab(area).toImage();
+    ASSERT_EQ(part.size(), area.size());
+    EXPECT_EQ(part.convertToFormat(QImage::Format_ARGB32), whole.copy(area).convertToFormat(QImage::Format_ARGB32))
+        << area.x() << "," << area.y();
+  }
+  ASSERT_TRUE(inked(whole, 90, 120));  // the comparison covers ink
+}
+
 TEST_F(CaptureWidgetTest, UnexpectedInputThrowsNothingAndKeepsFinishedStrokes) {
   // A finger that slides off the widget keeps drawing to where it lifts.
   const Path slide = {{350, 100}, {390, 100}, {430, 100}, {470, -10}};

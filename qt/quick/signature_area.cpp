@@ -159,7 +159,7 @@ void SignatureArea::done() { session_->done(); }
 void SignatureArea::paint(QPainter* painter) {
   qreal ratio = window() ? window()->devicePixelRatio() : 1.0;
   painter->fillRect(boundingRect(), settings_->backgroundColor);
-  painter->drawImage(QPointF(0, 0), renderViewTree(*view_, size().toSize(), ratio));
+  painter->drawImage(QPointF(0, 0), renderViewTree(*view_, QRect(QPoint(0, 0), size().toSize()), ratio));
 }
 
 bool SignatureArea::event(QEvent* event) {

@@ -1,0 +1,110 @@
+// What the signer's UI thread pays when a stroke ends with many points already on the canvas, for the
+// main-queue step that stores a prepared record, and the heap each captured sample costs.
+#include "bench_data.h"
+
+#include <scrivlet/facade.h>
+#include <scrivlet/headless.h>
+#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/signature_session.h>
+
+#include "capture/drawing_controller.h"
+
+#include <benchmark/benchmark.h>
+#include <malloc.h>
+
+namespace scrivlet {
+namespace {
+
+// The shared 20-stroke signature run on until `count` points, each round a little lower, as strokes
+// with the stroke model's kinematics and diameters.
+QnStrokeListRef strokesOf(size_t count) {
+  static const auto samples = bench::loadSamples("points_multi_20x100.csv");
+  auto view = HeadlessView::create(makeRect(0, 0, 1000, 400));
+  QnDemoDrawingController model(view);
+  for (size_t i = 0; i < count; ++i) {
+    const bench::Sample& s = samples[i % samples.size()];
+    size_t round = i / samples.size();
+    QnSignaturePoint p;
+    p.location = {s.x, s.y + (round % 8)};
+    p.timestamp = s.tMs / 1000.0 + round * 30.0;
+    p.pressure = static_cast<float>(s.pressure);
+    bool first = i % samples.size() == 0 || samples[(i - 1) % samples.size()].stroke != s.stroke;
+    bool last = i + 1 == count || samples[(i + 1) % samples.size()].stroke != s.stroke;
+    if (first) model.drawTouchBeganWithPoint(p);
+    else if (last) model.drawTouchEndedWithPoint(p);
+    else model.drawTouchMovedWithPoint(p);
+  }
+  return model.drawingArray();
+}
+
+// A signing session on a 1000 x 400 view with `count` points on the canvas.
+struct Canvas {
+  explicit Canvas(size_t count) {
+    QnScheduler::setCurrent(loop);
+    session.setStrokes(strokesOf(count));
+    loop->advance(1), loop->runUntilIdle();
+  }
+  std::shared_ptr<HeadlessRunLoop> loop = std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::manual, 1);
+  std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 1000, 400));
+  SignatureSession session{view};
+};
+
+// The end of a 10-point stroke drawn over `count` points: the touch's end and everything the UI thread
+// does for it at once (the record's preparation runs later, in the background).
+void BM_StrokeEndWithPointsOnCanvas(benchmark::State& state) {
+  Canvas canvas(static_cast<size_t>(state.range(0)));
+  double t = 100;
+  for (auto _ : state) {
+    state.PauseTiming();
+    auto pen = std::make_shared<HeadlessTouch>(QnPoint{300, 200}, t += 1);
+    canvas.view->beginTouches({pen});
+    for (int i = 1; i < 10; ++i) pen->moveTo({300.0 + 8 * i, 200.0 + (i % 3) * 5}, t + 0.01 * i), canvas.view->moveTouches({pen});
+    state.ResumeTiming();
+    canvas.view->endTouches({pen});
+    state.PauseTiming();
+    canvas.session.undo();  // the same number of points for the next round
+    state.ResumeTiming();
+  }
+}
+BENCHMARK(BM_StrokeEndWithPointsOnCanvas)->Arg(200)->Arg(2000)->Arg(20000)->Unit(benchmark::kMillisecond);
+
+// The main-queue step that turns a prepared record into the record the host is given, 2,000 points at
+// export scale 2.
+void BM_RecordStepOnMainQueue(benchmark::State& state) {
+  auto view = HeadlessView::create(makeRect(0, 0, 1000, 400));
+  auto controller = QnScrivletController::create(view, {}, {});
+  controller->setMyBrushStrokes(strokesOf(2000));
+  controller->setCopyOfTargetViewBounds(view->bounds());
+  controller->setExportScale(2);
+  controller->prepareScrivletData();
+  for (auto _ : state) benchmark::DoNotOptimize(controller->prepareSignature());
+}
+BENCHMARK(BM_RecordStepOnMainQueue)->Unit(benchmark::kMillisecond);
+
+// The heap that stays allocated per sample captured through the touches, the controller and the stroke
+// model, for the 5,000-point stroke: when the stroke has ended (with the copies made for the record's
+// preparation), and once the record is prepared and kept (its outputs too).
+void BM_HeapPerCapturedSample(benchmark::State& state) {
+  static const auto samples = bench::loadSamples("points_single_5000.csv");
+  double bytesPerSample = 0, withRecord = 0;
+  for (auto _ : state) {
+    Canvas canvas(0);
+    size_t before = mallinfo2().uordblks;
+    auto pen = std::make_shared<HeadlessTouch>(QnPoint{samples[0].x, samples[0].y}, samples[0].tMs / 1000);
+    canvas.view->beginTouches({pen});
+    for (size_t i = 1; i < samples.size(); ++i) {
+      pen->moveTo({samples[i].x, samples[i].y}, samples[i].tMs / 1000);
+      if (i + 1 < samples.size()) canvas.view->moveTouches({pen});
+    }
+    canvas.view->endTouches({pen});
+    bytesPerSample = double(mallinfo2().uordblks - before) / double(samples.size());
+    canvas.loop->advance(1), canvas.loop->runUntilIdle();
+    withRecord = double(mallinfo2().uordblks - before) / double(samples.size());
+  }
+  state.counters["bytes_per_sample"] = bytesPerSample;
+  state.counters["with_record"] = withRecord;
+}
+BENCHMARK(BM_HeapPerCapturedSample)->Iterations(1)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace scrivlet
