@@ -24,6 +24,7 @@ TEST_F(SignaturePreparation, RecordCarriesEveryOutputAndNoPdfWhenSkipped) {
   EXPECT_EQ(record->hashString(), c->lastHash());
   EXPECT_EQ(record->timestamp(), 721692800.0);  // 1700000000 s after 1970 is 721692800 after 2001
   EXPECT_EQ(record->rawPoints(), strokes);
+  QnDevice::setScreenScale(3);  // the image view keeps the scale of the moment the PNG was set
   ASSERT_TRUE(record->imageView() && record->imageData() && record->imageData() == c->imageData());
   const QnImage& image = record->imageView()->image();  // 224 x 104 at the screen scale, 2
   EXPECT_EQ((std::array<double, 3>{image.size().width, image.size().height, image.scale()}),
@@ -42,6 +43,14 @@ TEST_F(SignaturePreparation, RecordCarriesEveryOutputAndNoPdfWhenSkipped) {
   record = c->prepareSignature();
   EXPECT_TRUE(!record->pdfData() && !record->pdf() && record->imageData());
   EXPECT_EQ(edges(record->frame()), (std::array<double, 4>{4, 4, 112, 52}));
+
+  SCOPED_TRACE("setting no PDF keeps the document of the one set before; a garbage PNG shows nothing");
+  QnSignature alone;
+  alone.setPdfData(c->pdfData());
+  alone.setPdfData(std::nullopt);
+  EXPECT_TRUE(!alone.pdfData() && alone.pdf() && alone.pdf()->numberOfPages() == 1);
+  alone.setImageData(QnSignature::Bytes{1, 2, 3});
+  EXPECT_FALSE(alone.imageView());
 }
 
 TEST_F(SignaturePreparation, ClippedRecordHoldsCopiesAndEmptiesStrokesOutsideTheView) {

@@ -21,16 +21,18 @@ class SCRIVLET_EXPORT QnSignature {
  public:
   using Bytes = std::vector<uint8_t>;
 
-  // The PNG image. Setting it decodes it into an image at the screen scale shown by imageView.
+  // The PNG image, and an image view showing it at the screen scale of the moment it was set. The PNG
+  // is decoded when the view is first asked for, so that handing over a record costs no decoding.
   const std::optional<Bytes>& imageData() const { return imageData_; }
   void setImageData(std::optional<Bytes> data);
-  const std::shared_ptr<QnImageView>& imageView() const { return imageView_; }
-  void setImageView(std::shared_ptr<QnImageView> view) { imageView_ = std::move(view); }
+  const std::shared_ptr<QnImageView>& imageView() const;
+  void setImageView(std::shared_ptr<QnImageView> view) { imageView_ = std::move(view), imageDecodeScale_.reset(); }
 
-  // The one-page PDF; absent when PDF output was skipped. Setting it parses it into pdf.
+  // The one-page PDF; absent when PDF output was skipped. Setting it gives pdf the parsed document,
+  // parsed when first asked for; setting nothing leaves pdf as it was.
   const std::optional<Bytes>& pdfData() const { return pdfData_; }
   void setPdfData(std::optional<Bytes> data);
-  const std::shared_ptr<QnPDFDocument>& pdf() const { return pdf_; }
+  const std::shared_ptr<QnPDFDocument>& pdf() const;
 
   const std::optional<std::string>& svgString() const { return svgString_; }
   void setSvgString(std::optional<std::string> svg) { svgString_ = std::move(svg); }
@@ -51,10 +53,14 @@ class SCRIVLET_EXPORT QnSignature {
   void setRawPoints(QnStrokeListRef strokes) { rawPoints_ = std::move(strokes); }
 
  private:
+  // A record is read on one thread at a time, like every other object a host is handed: the decoding
+  // getters fill these in place.
   std::optional<Bytes> imageData_;
-  std::shared_ptr<QnImageView> imageView_;
+  mutable std::shared_ptr<QnImageView> imageView_;
+  mutable std::optional<double> imageDecodeScale_;  // a decoding owed, at this scale
   std::optional<Bytes> pdfData_;
-  std::shared_ptr<QnPDFDocument> pdf_;
+  mutable std::shared_ptr<QnPDFDocument> pdf_;
+  mutable bool pdfParseOwed_ = false;
   std::optional<std::string> svgString_;
   std::optional<std::string> xmlString_;
   std::optional<std::string> hashString_;

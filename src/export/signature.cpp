@@ -1,4 +1,4 @@
-// The signature record's decoding setters.
+// The signature record's decoding, done when first asked for.
 #include <scrivlet/signature.h>
 
 #include <scrivlet/device.h>
@@ -11,14 +11,29 @@ namespace scrivlet {
 void QnSignature::setImageData(std::optional<Bytes> data) {
   imageData_ = std::move(data);
   imageView_.reset();
-  if (!imageData_) return;
-  QnImage image = QnImage::decodePNG(*imageData_, QnDevice::screenScale());
-  if (!image.isNull()) imageView_ = std::make_shared<QnImageView>(image);
+  imageDecodeScale_.reset();
+  if (imageData_) imageDecodeScale_ = QnDevice::screenScale();
+}
+
+const std::shared_ptr<QnImageView>& QnSignature::imageView() const {
+  if (imageDecodeScale_) {
+    QnImage image = QnImage::decodePNG(*imageData_, *imageDecodeScale_);
+    if (!image.isNull()) imageView_ = std::make_shared<QnImageView>(image);
+    imageDecodeScale_.reset();
+  }
+  return imageView_;
 }
 
 void QnSignature::setPdfData(std::optional<Bytes> data) {
+  // Nothing set keeps the document of the data set before, which must be parsed before it goes.
+  if (!data) pdf();
   pdfData_ = std::move(data);
-  if (pdfData_) pdf_ = QnPDFDocument::createWithData(*pdfData_);
+  pdfParseOwed_ = pdfData_.has_value();
+}
+
+const std::shared_ptr<QnPDFDocument>& QnSignature::pdf() const {
+  if (pdfParseOwed_) pdf_ = QnPDFDocument::createWithData(*pdfData_), pdfParseOwed_ = false;
+  return pdf_;
 }
 
 }  // namespace scrivlet
