@@ -4,6 +4,7 @@
 #include "image_support.h"
 #include "platform/fonts.h"
 
+#include <cairo.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -85,6 +86,35 @@ TEST(CairoContext, AlphaClearFillRulesSavedStateAndShadowSurviveAPNGRoundTrip) {
         ASSERT_NEAR(rgbaAt(decoded, x, y)[i], rgbaAt(image, x, y)[i], 1) << x << "," << y;
   EXPECT_TRUE(QnImage::decodePNG({1, 2, 3}).isNull() && QnImage::decodePNG({}).isNull());
   EXPECT_TRUE(QnImage().encodePNG().empty());
+}
+
+// Every alpha and a spread of colours: our PNG encoder's pixels read back exactly as those of cairo's
+// own PNG writer, whose rounding of premultiplied colour it follows.
+TEST(CairoContext, PNGsReadBackAsCairosOwnWriterWritesThem) {
+  QnBitmapContext bitmap({256, 6}, 1);
+  CGContext& c = bitmap.context();
+  const QnColor colours[] = {{1, 0, 0, 1}, {0.2, 0.6, 1, 1}, {0.999, 0.5, 0.001, 1}, {0, 0, 0, 1}, {1, 1, 1, 1}};
+  for (int x = 0; x < 256; ++x)
+    for (int y = 0; y < 5; ++y) {
+      QnColor::RGBA k = colours[y].rgba();
+      c.setFillColor(QnColor(k.r, k.g, k.b, x / 255.0));
+      c.fillRect(makeRect(x, y, 1, 1));
+    }
+  QnImage image = bitmap.makeImage();  // the last row stays clear
+  std::vector<uint8_t> ours = image.encodePNG(), cairos;
+  cairo_surface_write_to_png_stream(
+      image.surface(),
+      [](void* out, const unsigned char* data, unsigned length) {
+        static_cast<std::vector<uint8_t>*>(out)->insert(static_cast<std::vector<uint8_t>*>(out)->end(), data,
+                                                        data + length);
+        return CAIRO_STATUS_SUCCESS;
+      },
+      &cairos);
+  QnImage a = QnImage::decodePNG(ours), b = QnImage::decodePNG(cairos);
+  ASSERT_TRUE(a.pixelWidth() == 256 && a.pixelHeight() == 6 && b.pixelWidth() == 256);
+  for (int y = 0; y < 6; ++y)
+    for (int x = 0; x < 256; ++x) ASSERT_EQ(rgbaAt(a, x, y), rgbaAt(b, x, y)) << x << "," << y;
+  EXPECT_EQ(rgbaAt(a, 255, 0), (Rgba{255, 0, 0, 255}));
 }
 
 // Each bad call is ignored or drawn as far as it can be; an error would stick and stop the square.
