@@ -65,6 +65,8 @@ expect_failure "$tool" stamp --document contract.pdf --evidence contract.sealed 
 "$tool" verify signed.pdf >verify.txt || fail "the stamped PDF does not verify: $(cat verify.txt)"
 grep -q '^signed.pdf: valid$' verify.txt || fail "verify says: $(cat verify.txt)"
 grep -q 'manifest signature: passed: valid, by /CN=Tablet-App' verify.txt || fail "signer: $(cat verify.txt)"
+grep -q "document: passed: the document's first $(stat -c %s contract.pdf) bytes are the one signed; .* in 1 revision were added" \
+  verify.txt || fail "document check: $(cat verify.txt)"
 "$tool" verify --evidence contract.sealed contract.pdf >/dev/null || fail "the document does not verify"
 "$tool" verify --evidence contract.sealed signed.pdf >/dev/null || fail "the stamped PDF with its evidence"
 "$tool" verify --trust app.pem --require-signature signed.pdf >/dev/null || fail "trusted signer"

@@ -66,11 +66,17 @@ std::optional<ReadEvidence> readEvidence(std::string_view sealed, EvidenceVerifi
 std::string documentCheck(std::string_view document, const EvidenceManifest& manifest, bool& passed) {
   passed = true;
   if (sameDigest(sha256Hex(document), manifest.documentSha256)) return "the document is the one signed";
-  // A stamped PDF keeps the document signed as its first bytes, and appends the stamp.
+  // A stamped PDF keeps the document signed as its first bytes, and appends the stamp as a revision;
+  // the revisions added after it are counted, so that a reader sees when there is more than the stamp.
   if (document.size() > manifest.documentSize &&
-      sameDigest(sha256Hex(document.substr(0, manifest.documentSize)), manifest.documentSha256))
+      sameDigest(sha256Hex(document.substr(0, manifest.documentSize)), manifest.documentSha256)) {
+    std::string_view added = document.substr(manifest.documentSize);
+    size_t revisions = 0;
+    for (size_t at = added.find("%%EOF"); at != std::string_view::npos; at = added.find("%%EOF", at + 5)) ++revisions;
     return "the document's first " + std::to_string(manifest.documentSize) + " bytes are the one signed; " +
-           std::to_string(document.size() - manifest.documentSize) + " bytes were added after (a stamp)";
+           std::to_string(added.size()) + " bytes in " + std::to_string(revisions) +
+           (revisions == 1 ? " revision were" : " revisions were") + " added after (a stamp is one)";
+  }
   passed = false;
   return "the document is not the one signed";
 }
