@@ -7,6 +7,7 @@
 #include <scrivlet/evidence.h>
 #include <scrivlet/stroke_json.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -138,7 +139,8 @@ int verifyCommand(int argc, char** argv) {
     if (!read) return failure("verify", error);
     trusted = std::move(*read);
   }
-  return runBatch(args.inputs, jobs ? int(*jobs) : defaultJobs(), [&](const std::string& path) {
+  int workers = jobs ? int(std::min(*jobs, 256.0)) : defaultJobs();
+  return runBatch(args.inputs, workers, [&](const std::string& path) {
     std::string error;
     std::optional<std::string> document = readFile(path), sealed;
     if (!document) return failure("verify", "cannot read " + path);
@@ -211,7 +213,8 @@ int stampCommand(int argc, char** argv) {
   if (!args.has("output")) return failure("stamp", "--output is required (see --help)");
   bool ok = true;
   PdfStampPlacement placement;
-  placement.page = int(args.number("page", &ok).value_or(1));
+  double page = args.number("page", &ok).value_or(1);
+  placement.page = page >= 1 && page <= 1e6 ? int(page) : 0;  // no such page: refused with the reason
   char end;
   if (!ok || std::sscanf(args.value("rect").c_str(), "%lf,%lf,%lf,%lf%c", &placement.x, &placement.y, &placement.width,
                          &placement.height, &end) != 4)

@@ -9,6 +9,7 @@
 #include <scrivlet/stroke_json.h>
 #include <scrivlet/time_series_import.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <filesystem>
 
@@ -99,7 +100,8 @@ int renderCommand(int argc, char** argv) {
     std::error_code ignored;  // a folder that cannot be made shows as a file that cannot be written
     std::filesystem::create_directories(args.value("out-dir"), ignored);
   }
-  return runBatch(args.inputs, jobs ? int(*jobs) : defaultJobs(), [&](const std::string& input) {
+  int workers = jobs ? int(std::min(*jobs, 256.0)) : defaultJobs();
+  return runBatch(args.inputs, workers, [&](const std::string& input) {
     std::string error;
     std::optional<RecordFile> signature = loadSignature(input, &error);
     if (!signature) return error.empty() ? 1 : failure("render", error);
