@@ -7,6 +7,7 @@
 
 #include "capture/drawing_controller.h"
 #include "image_support.h"
+#include "platform/image.h"
 #include "platform/recording_context.h"
 #include "render/combo_context.h"
 
@@ -206,6 +207,63 @@ TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWi
   EXPECT_NEAR(slowWidth, 4, 1);
   EXPECT_TRUE(fastWidth >= 1 && fastWidth <= 2) << fastWidth << ": thinner, but still showing";
   EXPECT_NEAR(inked(drawWave(0.1, 1, 0, "pressed-ink").first, 150, 151), 7, 1);  // 4 + 3
+}
+
+// The cache after a full redraw holds exactly the pixels of clearing and drawing every stroke again,
+// however the redraws before it went: strokes added one by one, copies of the same ink, an undo, a
+// redo, a colour change, a move, a one-point and a two-point stroke.
+TEST(DrawingViewPixels, AFullRedrawGivesThePixelsOfDrawingEveryStrokeAgain) {
+  auto view = HeadlessView::create(makeRect(0, 0, 300, 120));
+  QnDemoDrawingController controller(view);
+  QnDrawingView& ink = *controller.canvasView();
+  auto expectEverythingDrawnAgain = [&](const char* when) {
+    QnBitmapContext fresh({300, 120}, ink.cacheContext()->scale());
+    QnComboContext context(&fresh.context());
+    ink.drawStrokesToContextWithFinalSegmentFullRedraw(controller.drawingArray(), &context, true, true);
+    QnImage expected = fresh.makeImage(), cache = ink.cacheContext()->makeImage();
+    int differing = 0, inkedPixels = 0;
+    for (int y = 0; y < expected.pixelHeight(); ++y)
+      for (int x = 0; x < expected.pixelWidth(); ++x) {
+        auto a = expected.pixelAt(x, y), b = cache.pixelAt(x, y);
+        differing += a.r != b.r || a.g != b.g || a.b != b.b || a.a != b.a;
+        inkedPixels += a.a != 0;
+      }
+    EXPECT_EQ(differing, 0) << when;
+    return inkedPixels;
+  };
+  double t = 1;
+  auto stroke = [&](double y, int points) {
+    for (int i = 0; i < points; ++i) {
+      QnSignaturePoint p;
+      p.location = {20 + i * 9.7, y + 12 * std::sin(i * 0.7)};
+      p.timestamp = t += 0.012;
+      p.pressure = 0.4f;
+      if (i == 0) controller.drawTouchBeganWithPoint(p);
+      if (i > 0 && i + 1 < points) controller.drawTouchMovedWithPoint(p);
+      if (i + 1 == points) controller.drawTouchEndedWithPoint(p);
+    }
+    controller.redraw();  // as every stroke's end does, through the layout of the record's preparation
+  };
+  stroke(30, 25);
+  expectEverythingDrawnAgain("the first stroke");
+  stroke(60, 30);
+  stroke(90, 2);
+  expectEverythingDrawnAgain("three strokes, drawn one by one");
+  controller.setDrawingArray(controller.drawingArrayWithOffset({0, 0}));  // copies of the same ink
+  controller.redraw();
+  expectEverythingDrawnAgain("copies of the same strokes");
+  stroke(100, 1);
+  controller.undoDrawingStroke();
+  int beforeRedo = expectEverythingDrawnAgain("after an undo");
+  controller.redoDrawingStroke();
+  EXPECT_GT(expectEverythingDrawnAgain("after a redo"), beforeRedo);
+  controller.setColor(QnColor(0.8, 0.1, 0.1, 1));
+  controller.redraw();
+  expectEverythingDrawnAgain("in another colour");
+  controller.setDrawingArray(controller.drawingArrayWithOffset({3.25, -2.5}));
+  controller.redraw();
+  stroke(45, 12);
+  EXPECT_GT(expectEverythingDrawnAgain("moved, and one more stroke"), 500);
 }
 
 // A stroke that goes once and a bit around a circle, drawn in full into SVG. The expected document

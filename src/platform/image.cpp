@@ -170,6 +170,19 @@ QnImage QnBitmapContext::sharedImage() const {
   return QnImage(cairo_surface_reference(surface_), scale_);
 }
 
+void QnBitmapContext::copyPixelsFrom(const QnBitmapContext& other) {
+  if (other.pixelWidth() != pixelWidth() || other.pixelHeight() != pixelHeight()) return;
+  cairo_surface_flush(other.surface_);
+  cairo_surface_flush(surface_);
+  const unsigned char* from = cairo_image_surface_get_data(other.surface_);
+  unsigned char* to = cairo_image_surface_get_data(surface_);
+  int fromStride = cairo_image_surface_get_stride(other.surface_), toStride = cairo_image_surface_get_stride(surface_);
+  if (!from || !to) return;
+  for (int y = 0; y < pixelHeight(); ++y)
+    std::memcpy(to + size_t(y) * toStride, from + size_t(y) * fromStride, size_t(pixelWidth()) * 4);
+  cairo_surface_mark_dirty(surface_);
+}
+
 int QnBitmapContext::pixelWidth() const { return cairo_image_surface_get_width(surface_); }
 int QnBitmapContext::pixelHeight() const { return cairo_image_surface_get_height(surface_); }
 

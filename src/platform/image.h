@@ -60,6 +60,8 @@ class QnBitmapContext {
   int pixelWidth() const;
   int pixelHeight() const;
   double scale() const { return scale_; }
+  // Replaces every pixel with the other bitmap's, which must have the same pixel size.
+  void copyPixelsFrom(const QnBitmapContext& other);
 
  private:
   cairo_surface_t* surface_;

@@ -9,6 +9,7 @@
 #include "render/combo_context.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 
 namespace scrivlet {
@@ -21,7 +22,41 @@ constexpr double kDirtyMargin = 10.0;
 
 QnPoint midpoint(QnPoint a, QnPoint b) { return {(a.x + b.x) * 0.5, (a.y + b.y) * 0.5}; }
 
+bool sameBits(double a, double b) { return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b); }
+
+// Whether the first `count` points of `drawn` would ink exactly as the stroke does: the drawing reads a
+// point's location, velocity and diameter alone. Strokes only ever grow, so the points drawn stay as
+// they were.
+bool inksAlike(const QnStroke& drawn, size_t count, const QnStroke& stroke) {
+  if (stroke.size() != count || drawn.size() < count) return false;
+  if (&drawn == &stroke) return true;
+  for (size_t i = 0; i < count; ++i) {
+    const QnSignaturePoint &a = drawn[i], &b = stroke[i];
+    if (!sameBits(a.location.x, b.location.x) || !sameBits(a.location.y, b.location.y) ||
+        !sameBits(a.velocity.x, b.velocity.x) || !sameBits(a.velocity.y, b.velocity.y) ||
+        std::bit_cast<uint32_t>(a.diameter) != std::bit_cast<uint32_t>(b.diameter))
+      return false;
+  }
+  return true;
+}
+
 }  // namespace
+
+struct QnDrawingView::KeptInk {
+  KeptInk(int pixelWidth, int pixelHeight, QnSize size, double scale, const QnColor& color, float corner, bool debug)
+      : bitmap(size, scale), combo(&bitmap.context()), width(pixelWidth), height(pixelHeight), scale(scale),
+        color(color), cornerThreshold(corner), showDebug(debug) {}
+  QnBitmapContext bitmap;
+  QnComboContext combo;
+  // What the pixels depend on besides the strokes.
+  int width, height;
+  double scale;
+  QnColor color;
+  float cornerThreshold;
+  bool showDebug;
+  // The strokes drawn, each with its length then.
+  std::vector<std::pair<QnStrokeRef, size_t>> strokes;
+};
 
 QnDrawingView::QnDrawingView(QnRect frame) : QnView(frame) {
   isCursor_ = false;
@@ -45,7 +80,37 @@ QnDrawingView::QnDrawingView(QnRect frame) : QnView(frame) {
 
 QnDrawingView::~QnDrawingView() { QnNotificationCenter::defaultCenter().removeObserver(this); }
 
+void QnDrawingView::redrawCacheThroughKeptInk(const QnStrokeList& strokes) {
+  QnColor color = strokeColor();
+  double scale = cacheContext_->scale();
+  int width = cacheContext_->pixelWidth(), height = cacheContext_->pixelHeight();
+  bool usable = keptInk_ && keptInk_->width == width && keptInk_->height == height && keptInk_->scale == scale &&
+                keptInk_->color == color && keptInk_->cornerThreshold == cornerThreshold_ &&
+                keptInk_->showDebug == showDebug_;
+  size_t alike = 0;
+  if (usable) {
+    auto& kept = keptInk_->strokes;
+    for (; alike < kept.size() && alike < strokes.size(); ++alike) {
+      const QnStrokeRef& stroke = strokes[alike];
+      if (!kept[alike].first || !stroke || !inksAlike(*kept[alike].first, kept[alike].second, *stroke)) break;
+      kept[alike].first = stroke;  // the same ink: next time the object itself answers
+    }
+    usable = alike == kept.size();
+  }
+  if (!usable) {
+    keptInk_ = std::make_unique<KeptInk>(width, height, cacheSize_, scale, color, cornerThreshold_, showDebug_);
+    alike = 0;
+  }
+  for (size_t s = alike; s < strokes.size(); ++s) {
+    const QnStrokeRef& stroke = strokes[s];
+    if (stroke && !stroke->empty()) drawStroke(&keptInk_->combo, *stroke, color, true, true);
+    keptInk_->strokes.emplace_back(stroke, stroke ? stroke->size() : 0);
+  }
+  cacheContext_->copyPixelsFrom(keptInk_->bitmap);
+}
+
 void QnDrawingView::initContext(QnSize size) {
+  cacheSize_ = size;
   cacheComboContext_.reset();
   cacheContext_ = std::make_unique<QnBitmapContext>(size, QnDevice::screenScale());
   cacheComboContext_ = std::make_unique<QnComboContext>(&cacheContext_->context());
@@ -95,6 +160,13 @@ void QnDrawingView::drawStrokesToContextWithFinalSegmentFullRedraw(const QnStrok
                                                                    bool fullRedraw) {
   if (!context) return;
   bool onMainThread = isMainThread();
+  // The cache's own full redraw, when the cache covers the bounds as a clear of the bounds would.
+  if (fullRedraw && finalSegment && onMainThread && context == cacheComboContext_.get() && strokes &&
+      bounds().origin == QnPoint{} && bounds().size == cacheSize_) {
+    redrawCacheThroughKeptInk(*strokes);
+    requestRedisplay(strokes.get(), true);
+    return;
+  }
   if (fullRedraw && onMainThread) context->clearRect(bounds());
   QnColor color = strokeColor();
   if (strokes && !strokes->empty()) {

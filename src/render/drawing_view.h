@@ -102,6 +102,8 @@ class QnDrawingView : public QnView {
   void drawDebugMarks(QnComboContext* context, QnPoint origin, QnPoint destination, QnPoint point,
                       const QnColor& color);
   void requestRedisplay(const QnStrokeList* strokes, bool fullRedraw);
+  // A full redraw of the cache through the kept ink (see KeptInk).
+  void redrawCacheThroughKeptInk(const QnStrokeList& strokes);
 
   QnStrokeListRef myStrokes_;
   std::shared_ptr<const QnColor> strokeColor_;
@@ -123,6 +125,13 @@ class QnDrawingView : public QnView {
   QnRect strokeBounds_;
   std::unique_ptr<QnBitmapContext> cacheContext_;
   std::unique_ptr<QnComboContext> cacheComboContext_;
+  QnSize cacheSize_;
+  // The strokes of the last full redraws drawn in full into a bitmap of their own, so that a full
+  // redraw of a list that starts with them draws only the rest and copies the bitmap into the cache.
+  // Compositing is sequential, so the pixels are those of drawing every stroke again; the work no longer
+  // grows with the strokes already drawn.
+  struct KeptInk;
+  std::unique_ptr<KeptInk> keptInk_;
 };
 
 }  // namespace scrivlet
