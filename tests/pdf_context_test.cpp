@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -45,6 +46,21 @@ TEST(PDFContext, AnUnusableBoxGivesAContextThatDrawsNowhere) {
     pdf.end();
     EXPECT_TRUE(bytes.empty());
   }
+}
+
+// A page so large that cairo fails while writing it (found by fuzzing a session at an export scale of
+// a million): the document is not valid once ended, and one line says so.
+TEST(PDFContext, APageCairoCannotFinishIsNotValidAndSaysSoInOneLine) {
+  std::vector<uint8_t> bytes;
+  QnPDFContext pdf(makeRect(0, 0, 158e6, 51e6), [&](const uint8_t* b, size_t n) { bytes.insert(bytes.end(), b, b + n); });
+  pdf.context().setFillColor(QnColor(0, 1));
+  pdf.context().fillRect(makeRect(1e6, 1e6, 5e7, 2e7));
+  testing::internal::CaptureStderr();
+  pdf.end();
+  std::string said = testing::internal::GetCapturedStderr();
+  EXPECT_FALSE(pdf.isValid());
+  EXPECT_EQ(said.rfind("Scrivlet: no PDF: a page of 1.58e+08 x 5.1e+07 points could not be finished (", 0), 0u) << said;
+  EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
 }
 
 }  // namespace

@@ -18,8 +18,12 @@ namespace scrivlet {
 namespace {
 
 constexpr double kMaxPixels = 32767;  // cairo's largest image side
-// The most pixels one bitmap may have: 256 MB of premultiplied ARGB.
-constexpr double kPixelBudget = 64.0 * 1024 * 1024;
+// The most pixels one bitmap may have: 256 MB of premultiplied ARGB. The fuzzing build sets a smaller
+// budget, so that its runs stay quick while refusals still happen.
+#ifndef SCRIVLET_PIXEL_BUDGET
+#define SCRIVLET_PIXEL_BUDGET (64.0 * 1024 * 1024)
+#endif
+constexpr double kPixelBudget = SCRIVLET_PIXEL_BUDGET;
 
 int pixelCount(double points, double scale) {
   double pixels = points * scale;

@@ -64,6 +64,12 @@ void QnPDFContext::finish() {
   // Drawing state goes first so that the surface can write out everything.
   cairo_surface_flush(surface_);
   cairo_surface_finish(surface_);
+  // cairo may fail part way (a page too large for its numbers): what it wrote is no document.
+  if (valid_ && cairo_surface_status(surface_) != CAIRO_STATUS_SUCCESS) {
+    valid_ = false;
+    std::fprintf(stderr, "Scrivlet: no PDF: a page of %g x %g points could not be finished (%s)\n", pageSize_.width,
+                 pageSize_.height, cairo_status_to_string(cairo_surface_status(surface_)));
+  }
 }
 
 }  // namespace scrivlet

@@ -26,11 +26,11 @@ class QnPDFContext {
   QnPDFContext(const QnPDFContext&) = delete;
   QnPDFContext& operator=(const QnPDFContext&) = delete;
 
-  // False when the size is unusable or the document could not be started.
+  // False when the size is unusable, the document could not be started, or (once ended) not finished.
   bool isValid() const;
   CGContext& context();
   // Finishes the document: the sink gets the rest of its bytes. Ending a document that could not be
-  // made says so in one line on standard error.
+  // made or finished says so in one line on standard error; the bytes the sink got are then no document.
   void end();
 
  private:
