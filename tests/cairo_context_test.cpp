@@ -138,6 +138,12 @@ TEST(CairoContext, BadInputLeavesTheContextDrawing) {
     c.showText("x", {0, 0}, 0, QnColor::black());
     for (double w : {INFINITY, NAN}) c.drawImage(other.makeImage(), makeRect(0, 0, w, 4));
   });
+  // Letters a million times too tall for any page (a date at an export scale of a million) draw nothing.
+  c.saveGState();
+  c.scaleCTM(1e6, 1e6);
+  c.showText("Nov 25, 2026", {0, 0}, 12, QnColor::black());
+  c.restoreGState();
+  EXPECT_EQ(rgbaAt(bitmap.makeImage(), 10, 10), (Rgba{0, 0, 0, 0}));
   c.restoreGState();
   c.setFillColor(QnColor(1, 0, 0, 1));
   c.fillRect(makeRect(1, 1, 3, 3));

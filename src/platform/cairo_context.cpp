@@ -11,6 +11,11 @@
 
 namespace scrivlet {
 
+namespace {
+// The tallest letters drawn, in device units (pixels, or PDF points): far past any page or bitmap.
+constexpr double kLargestTextSize = 1e5;
+}  // namespace
+
 CairoContext::CairoContext(cairo_t* cr) : cr_(cairo_reference(cr)) {
   cairo_matrix_t m;
   cairo_get_matrix(cr_, &m);
@@ -155,6 +160,12 @@ void CairoContext::showText(const std::string& text, QnPoint topLeft, double fon
   if (state_.textMode == kQnTextInvisible || text.empty() || !finite(topLeft.x, topLeft.y) ||
       !std::isfinite(fontSize) || fontSize <= 0)
     return;
+  // Letters taller than any bitmap or page could hold are not drawn: cairo cannot make a font that
+  // size, and loses the memory it allocated trying.
+  double dx = fontSize, dy = 0, ex = 0, ey = fontSize;
+  cairo_user_to_device_distance(cr_, &dx, &dy);
+  cairo_user_to_device_distance(cr_, &ex, &ey);
+  if (!(std::hypot(dx, dy) <= kLargestTextSize && std::hypot(ex, ey) <= kLargestTextSize)) return;
   cairo_path_t* kept = cairo_copy_path(cr_);
   cairo_new_path(cr_);
   cairo_set_font_face(cr_, boldFontFace());

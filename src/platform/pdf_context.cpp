@@ -19,9 +19,14 @@ cairo_status_t writeToSink(void* closure, const unsigned char* data, unsigned in
   return CAIRO_STATUS_SUCCESS;
 }
 
+// Past this, cairo's fixed-point coordinates fail part way through a page (and leak on that path):
+// such a page is refused before it is begun. No reader shows a page of a million points anyway.
+constexpr double kLargestPageSide = 1e6;
+
 bool usable(QnRect box) {
   return std::isfinite(box.origin.x) && std::isfinite(box.origin.y) && std::isfinite(box.size.width) &&
-         std::isfinite(box.size.height) && box.size.width > 0 && box.size.height > 0;
+         std::isfinite(box.size.height) && box.size.width > 0 && box.size.height > 0 &&
+         box.size.width <= kLargestPageSide && box.size.height <= kLargestPageSide;
 }
 
 }  // namespace
