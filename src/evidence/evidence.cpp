@@ -23,13 +23,6 @@ std::string_view bytesOf(const std::vector<uint8_t>& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// Digests are compared in constant time: a forger learns nothing from how long a comparison took.
-bool sameDigest(const std::string& hexA, const std::string& hexB) {
-  return hexA.size() == hexB.size() && CRYPTO_memcmp(hexA.data(), hexB.data(), hexA.size()) == 0;
-}
-
-std::string sha256Hex(std::string_view bytes) { return hexString(sha256Digest(bytes)); }
-
 template <class T>
 std::optional<T> failWith(std::string* error, const std::string& why) {
   if (error) *error = why;

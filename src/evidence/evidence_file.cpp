@@ -5,6 +5,7 @@
 #include "platform/crypto.h"
 
 #include <nlohmann/json.hpp>
+#include <openssl/crypto.h>
 
 #include <cmath>
 
@@ -121,6 +122,12 @@ std::optional<EvidenceFile> evidenceFileFromJson(std::string_view text, std::str
     if (!file.manifestSignature) return refuse<EvidenceFile>(error, "the manifest's signature is not Base64");
   }
   return file;
+}
+
+std::string sha256Hex(std::string_view bytes) { return hexString(sha256Digest(bytes)); }
+
+bool sameDigest(const std::string& hexA, const std::string& hexB) {
+  return hexA.size() == hexB.size() && CRYPTO_memcmp(hexA.data(), hexB.data(), hexA.size()) == 0;
 }
 
 }  // namespace scrivlet

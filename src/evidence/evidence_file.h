@@ -36,6 +36,11 @@ std::string manifestToJson(const EvidenceManifest& manifest);
 std::optional<EvidenceManifest> manifestFromJson(std::string_view json, std::string* error);
 
 std::string evidenceFileToJson(const EvidenceFile& file);
+
+// The SHA-256 of the bytes in lower-case hexadecimal, as the manifest keeps digests.
+std::string sha256Hex(std::string_view bytes);
+// Digests compared in constant time: a forger learns nothing from how long a comparison took.
+bool sameDigest(const std::string& hexA, const std::string& hexB);
 std::optional<EvidenceFile> evidenceFileFromJson(std::string_view json, std::string* error);
 
 }  // namespace scrivlet

@@ -3,9 +3,6 @@
 
 #include "evidence/evidence_file.h"
 #include "evidence/pdf_stamp.h"
-#include "platform/crypto.h"
-
-#include <openssl/crypto.h>
 
 namespace scrivlet {
 
@@ -23,9 +20,7 @@ std::optional<std::vector<uint8_t>> stampEvidenceIntoPdf(std::string_view pdf, s
   if (!file) return std::nullopt;
   std::optional<EvidenceManifest> manifest = manifestFromJson(file->manifest, error);
   if (!manifest) return std::nullopt;
-  std::string digest = hexString(sha256Digest(pdf));
-  if (digest.size() != manifest->documentSha256.size() ||
-      CRYPTO_memcmp(digest.data(), manifest->documentSha256.data(), digest.size()) != 0) {
+  if (!sameDigest(sha256Hex(pdf), manifest->documentSha256)) {
     if (error) *error = "the PDF is not the document the evidence was sealed with";
     return std::nullopt;
   }
