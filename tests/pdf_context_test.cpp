@@ -15,6 +15,18 @@
 namespace scrivlet {
 namespace {
 
+// The document written to the test output folder under `name`, and its page as pdftoppm draws it at
+// 72 dpi: one pixel a point.
+QnImage pageOf(const std::vector<uint8_t>& bytes, const std::string& name) {
+  const std::string dir = SCRIVLET_TEST_OUTPUT_DIR "/pdf_context";
+  std::filesystem::create_directories(dir);
+  std::ofstream(dir + "/" + name + ".pdf", std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+  EXPECT_EQ(std::system(("qpdf --check '" + dir + "/" + name + ".pdf' > /dev/null").c_str()), 0) << name;
+  EXPECT_EQ(std::system(("pdftoppm -r 72 -png -singlefile '" + dir + "/" + name + ".pdf' '" + dir + "/" + name + "'").c_str()), 0);
+  std::ifstream png(dir + "/" + name + ".png", std::ios::binary);
+  return QnImage::decodePNG({std::istreambuf_iterator<char>(png), {}});
+}
+
 TEST(PDFContext, ThePageShowsTheMediaBoxWhateverItsOrigin) {
   std::vector<uint8_t> bytes;
   QnPDFContext pdf(makeRect(30, 40, 200, 100), [&](const uint8_t* b, size_t n) { bytes.insert(bytes.end(), b, b + n); });
@@ -24,17 +36,66 @@ TEST(PDFContext, ThePageShowsTheMediaBoxWhateverItsOrigin) {
   pdf.context().fillRect(makeRect(0, 0, 20, 20));     // outside the box
   pdf.context().fillRect(makeRect(220, 130, 20, 20)); // its bottom-right corner, half outside
   pdf.end();
-  const std::string dir = SCRIVLET_TEST_OUTPUT_DIR "/pdf_context";
-  std::filesystem::create_directories(dir);
-  std::ofstream(dir + "/box.pdf", std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  ASSERT_EQ(std::system(("pdftoppm -r 72 -png -singlefile '" + dir + "/box.pdf' '" + dir + "/box'").c_str()), 0);
-  std::ifstream png(dir + "/box.png", std::ios::binary);
-  QnImage page = QnImage::decodePNG({std::istreambuf_iterator<char>(png), {}});
+  QnImage page = pageOf(bytes, "box");
   ASSERT_EQ(std::pair(page.pixelWidth(), page.pixelHeight()), std::pair(200, 100));
   auto dark = [&](int x, int y) { return page.pixelAt(x, y).r < 64; };
   EXPECT_TRUE(dark(2, 2) && dark(17, 17) && !dark(23, 23));  // the first square at the page's corner
   EXPECT_TRUE(dark(195, 95) && !dark(185, 85));              // the last one, clipped by the page
   EXPECT_FALSE(dark(100, 50));
+}
+
+// Shapes are written beneath the page cairo makes until text comes; from then on cairo draws them. The
+// page shows both in the order drawn, with their colours, opacities and pens.
+TEST(PDFContext, ShapesBeforeAndAfterTextKeepTheirOrderColoursAndPens) {
+  std::vector<uint8_t> bytes;
+  QnPDFContext pdf(makeRect(0, 0, 100, 60), [&](const uint8_t* b, size_t n) { bytes.insert(bytes.end(), b, b + n); });
+  CGContext& cg = pdf.context();
+  cg.setFillColor(QnColor(1, 0, 0, 1));
+  cg.fillRect(makeRect(0, 0, 60, 60));
+  cg.setAlpha(0.5);
+  cg.setFillColor(QnColor(0, 0, 1, 1));
+  cg.beginPath();  // a path this time, filled even-odd: a square with a square hole
+  for (QnRect r : {makeRect(40, 0, 40, 40), makeRect(50, 10, 10, 10)}) {
+    cg.moveToPoint(r.origin.x, r.origin.y);
+    cg.addLineToPoint(r.origin.x + r.size.width, r.origin.y);
+    cg.addLineToPoint(r.origin.x + r.size.width, r.origin.y + r.size.height);
+    cg.addLineToPoint(r.origin.x, r.origin.y + r.size.height);
+    cg.closePath();
+  }
+  cg.drawPath(kQnPathEOFill);
+  cg.setAlpha(1);
+  cg.saveGState();
+  cg.scaleCTM(2, 2);  // a 5-point pen at twice the size: 10 points across
+  cg.setStrokeColor(QnColor(0, 0.5, 0, 1));
+  cg.setLineWidth(5);
+  cg.setLineCap(kQnLineCapButt);
+  cg.beginPath();
+  cg.moveToPoint(42, 25);
+  cg.addLineToPoint(48, 25);
+  cg.drawPath(kQnPathStroke);
+  cg.restoreGState();
+  cg.showText("Hi", {70, 42}, 12, QnColor::black());
+  cg.setFillColor(QnColor(1, 1, 0, 1));
+  cg.fillRect(makeRect(0, 0, 20, 20));  // after the text: over the red square
+  pdf.end();
+  QnImage page = pageOf(bytes, "order");
+  ASSERT_EQ(std::pair(page.pixelWidth(), page.pixelHeight()), std::pair(100, 60));
+  auto near = [&](int x, int y, int r, int g, int b) {
+    QnImage::Pixel p = page.pixelAt(x, y);
+    return std::abs(p.r - r) <= 3 && std::abs(p.g - g) <= 3 && std::abs(p.b - b) <= 3;
+  };
+  EXPECT_TRUE(near(30, 30, 255, 0, 0));    // red alone
+  EXPECT_TRUE(near(45, 5, 128, 0, 128));   // half blue over red
+  EXPECT_TRUE(near(70, 5, 128, 128, 255)); // half blue over the white page
+  EXPECT_TRUE(near(55, 15, 255, 0, 0));    // the hole: red alone
+  EXPECT_TRUE(near(70, 15, 128, 128, 255));// the hole ends at 60
+  EXPECT_TRUE(near(90, 50, 0, 128, 0) && near(90, 46, 0, 128, 0) && near(90, 54, 0, 128, 0));
+  EXPECT_TRUE(near(90, 43, 255, 255, 255) && near(90, 57, 255, 255, 255));
+  EXPECT_TRUE(near(5, 5, 255, 255, 0));    // drawn last, on top
+  bool textShown = false;
+  for (int y = 42; y < 60; ++y)
+    for (int x = 70; x < 85; ++x) textShown = textShown || near(x, y, 0, 0, 0);
+  EXPECT_TRUE(textShown);
 }
 
 TEST(PDFContext, AnUnusableBoxGivesAContextThatDrawsNowhere) {

@@ -4,6 +4,7 @@
 
 #include "platform/fonts.h"
 #include "platform/image.h"
+#include "platform/pdf_content_stream.h"
 
 #include <cairo.h>
 
@@ -145,6 +146,7 @@ void CairoContext::drawImage(const QnImage& image, const QnRect& rect) {
       !(rect.size.height > 0) || !finite(rect.origin.x, rect.origin.y) ||
       !finite(rect.size.width, rect.size.height))
     return;
+  shapes_ = nullptr;
   cairo_save(cr_);
   cairo_translate(cr_, rect.origin.x, rect.origin.y);
   cairo_scale(cr_, rect.size.width / image.pixelWidth(), rect.size.height / image.pixelHeight());
@@ -166,6 +168,7 @@ void CairoContext::showText(const std::string& text, QnPoint topLeft, double fon
   cairo_user_to_device_distance(cr_, &dx, &dy);
   cairo_user_to_device_distance(cr_, &ex, &ey);
   if (!(std::hypot(dx, dy) <= kLargestTextSize && std::hypot(ex, ey) <= kLargestTextSize)) return;
+  shapes_ = nullptr;
   cairo_path_t* kept = cairo_copy_path(cr_);
   cairo_new_path(cr_);
   cairo_set_font_face(cr_, boldFontFace());
@@ -199,9 +202,15 @@ void CairoContext::showText(const std::string& text, QnPoint topLeft, double fon
   cairo_path_destroy(kept);
 }
 
-void CairoContext::setSource(const QnColor& color) {
+QnColor::RGBA CairoContext::withAlpha(const QnColor& color) const {
   QnColor::RGBA c = color.rgba();
-  cairo_set_source_rgba(cr_, c.r, c.g, c.b, c.a * state_.alpha);
+  c.a *= state_.alpha;
+  return c;
+}
+
+void CairoContext::setSource(const QnColor& color) {
+  QnColor::RGBA c = withAlpha(color);
+  cairo_set_source_rgba(cr_, c.r, c.g, c.b, c.a);
 }
 
 bool CairoContext::hasShadow() const {
@@ -214,6 +223,11 @@ void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
   // A document page has nothing beneath its drawing to clear, and cairo would turn a clearing
   // operation into a raster fallback of the whole area.
   if (clearing && cairo_surface_get_type(cairo_get_target(cr_)) != CAIRO_SURFACE_TYPE_IMAGE) return;
+  if (shapes_ && hasShadow()) shapes_ = nullptr;
+  if (shapes_) {
+    writeShapes(fill, evenOdd, stroke);
+    return;
+  }
   cairo_set_operator(cr_, clearing ? CAIRO_OPERATOR_CLEAR : CAIRO_OPERATOR_OVER);
   if (hasShadow() && !clearing) paintShadow(fill, evenOdd, stroke);
   if (fill) {
@@ -226,6 +240,27 @@ void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
     cairo_stroke_preserve(cr_);
   }
   cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
+}
+
+void CairoContext::writeShapes(bool fill, bool evenOdd, bool stroke) {
+  cairo_matrix_t user;
+  cairo_get_matrix(cr_, &user);
+  if (fill) {
+    // The path as cairo keeps it, in device space, which is how cairo writes a fill.
+    cairo_identity_matrix(cr_);
+    cairo_path_t* path = cairo_copy_path(cr_);
+    cairo_set_matrix(cr_, &user);
+    if (path->status == CAIRO_STATUS_SUCCESS) shapes_->fill(*path, withAlpha(state_.fill), evenOdd);
+    cairo_path_destroy(path);
+  }
+  if (stroke) {
+    cairo_path_t* path = cairo_copy_path(cr_);
+    // cairo numbers caps and joins as PDF does.
+    PdfContentStream::LineStyle style{cairo_get_line_width(cr_), cairo_get_miter_limit(cr_),
+                                      int(cairo_get_line_cap(cr_)), int(cairo_get_line_join(cr_))};
+    if (path->status == CAIRO_STATUS_SUCCESS) shapes_->stroke(*path, user, style, withAlpha(state_.stroke));
+    cairo_path_destroy(path);
+  }
 }
 
 QnSize CairoContext::shadowOffsetInDeviceSpace() const {

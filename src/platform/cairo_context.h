@@ -11,6 +11,8 @@ typedef struct _cairo cairo_t;
 
 namespace scrivlet {
 
+class PdfContentStream;
+
 // Exported from the shared library for the Qt backend, which paints views through it; not a public API.
 class SCRIVLET_EXPORT CairoContext : public CGContext {
  public:
@@ -21,6 +23,9 @@ class SCRIVLET_EXPORT CairoContext : public CGContext {
   CairoContext& operator=(const CairoContext&) = delete;
 
   cairo_t* cairo() const { return cr_; }
+  // Fills and strokes are written to the stream instead of the surface, until something only cairo
+  // can draw (text, an image, a shadow) comes: from then on cairo draws everything, in order.
+  void writeShapesTo(PdfContentStream* stream) { shapes_ = stream; }
 
   void scaleCTM(double sx, double sy) override;
   void translateCTM(double tx, double ty) override;
@@ -62,10 +67,12 @@ class SCRIVLET_EXPORT CairoContext : public CGContext {
     int textMode = kQnTextFill;
   };
 
+  QnColor::RGBA withAlpha(const QnColor& color) const;
   void setSource(const QnColor& color);
   // Fills and/or strokes the current path (kept), shadow first.
   void paint(bool fill, bool evenOdd, bool stroke);
   void paintShadow(bool fill, bool evenOdd, bool stroke);
+  void writeShapes(bool fill, bool evenOdd, bool stroke);
   QnSize shadowOffsetInDeviceSpace() const;
   QnSize shadowOffsetInUserSpace() const;
   bool hasShadow() const;
@@ -74,6 +81,7 @@ class SCRIVLET_EXPORT CairoContext : public CGContext {
   double baseMatrix_[6];
   State state_;
   std::vector<State> saved_;
+  PdfContentStream* shapes_ = nullptr;
 };
 
 }  // namespace scrivlet

@@ -2,6 +2,8 @@
 #include "platform/pdf_context.h"
 
 #include "platform/cairo_context.h"
+#include "platform/pdf_content_stream.h"
+#include "platform/pdf_page_splice.h"
 
 #include <cairo-pdf.h>
 #include <cairo.h>
@@ -13,9 +15,8 @@ namespace scrivlet {
 
 namespace {
 
-cairo_status_t writeToSink(void* closure, const unsigned char* data, unsigned int length) {
-  auto* sink = static_cast<QnPDFContext::Sink*>(closure);
-  if (*sink) (*sink)(data, length);
+cairo_status_t append(void* closure, const unsigned char* data, unsigned int length) {
+  static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), length);
   return CAIRO_STATUS_SUCCESS;
 }
 
@@ -34,7 +35,7 @@ bool usable(QnRect box) {
 QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator)
     : sink_(std::move(sink)), pageSize_(mediaBox.size), valid_(usable(mediaBox)) {
   // An unusable document still hands out a context, one that draws nowhere.
-  surface_ = valid_ ? cairo_pdf_surface_create_for_stream(writeToSink, &sink_, mediaBox.size.width,
+  surface_ = valid_ ? cairo_pdf_surface_create_for_stream(append, &bytes_, mediaBox.size.width,
                                                           mediaBox.size.height)
                     : cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 0, 0);
   valid_ = valid_ && cairo_surface_status(surface_) == CAIRO_STATUS_SUCCESS;
@@ -44,6 +45,10 @@ QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creato
   if (valid_) cairo_translate(cr, -mediaBox.origin.x, -mediaBox.origin.y);
   context_ = std::make_unique<CairoContext>(cr);
   cairo_destroy(cr);
+  if (valid_) {
+    shapes_ = std::make_unique<PdfContentStream>(mediaBox.size.height);
+    context_->writeShapesTo(shapes_.get());
+  }
 }
 
 QnPDFContext::~QnPDFContext() {
@@ -75,6 +80,20 @@ void QnPDFContext::finish() {
     std::fprintf(stderr, "Scrivlet: no PDF: a page of %g x %g points could not be finished (%s)\n", pageSize_.width,
                  pageSize_.height, cairo_status_to_string(cairo_surface_status(surface_)));
   }
+  if (valid_ && !shapes_->empty()) {
+    std::string content = shapes_->deflated();
+    std::optional<std::string> spliced =
+        content.empty() ? std::nullopt : drawBeneathFirstPage(bytes_, content, shapes_->opacities());
+    if (spliced) {
+      bytes_ = std::move(*spliced);
+    } else {
+      valid_ = false;
+      std::fprintf(stderr, "Scrivlet: no PDF: the ink of a page of %g x %g points could not be written\n",
+                   pageSize_.width, pageSize_.height);
+    }
+  }
+  if (sink_) sink_(reinterpret_cast<const uint8_t*>(bytes_.data()), bytes_.size());
+  bytes_.clear();
 }
 
 }  // namespace scrivlet

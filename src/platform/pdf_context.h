@@ -1,4 +1,4 @@
-// A one-page vector PDF drawn through a drawing context, its bytes handed to a sink as they are made.
+// A one-page vector PDF drawn through a drawing context, its bytes handed to a sink when it ends.
 #pragma once
 
 #include "platform/cg_context.h"
@@ -13,6 +13,7 @@ typedef struct _cairo_surface cairo_surface_t;
 namespace scrivlet {
 
 class CairoContext;
+class PdfContentStream;
 
 class QnPDFContext {
  public:
@@ -37,6 +38,9 @@ class QnPDFContext {
   void finish();
 
   Sink sink_;
+  std::string bytes_;  // as cairo writes them
+  // The shapes drawn before any text or image, written beneath cairo's page when it ends.
+  std::unique_ptr<PdfContentStream> shapes_;
   QnSize pageSize_;
   bool valid_;
   bool ended_ = false;
