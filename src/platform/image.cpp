@@ -4,9 +4,9 @@
 #include <scrivlet/view.h>
 
 #include "platform/cairo_context.h"
+#include "platform/png_encoder.h"
 
 #include <cairo.h>
-#include <png.h>
 
 #include <algorithm>
 #include <cmath>
@@ -74,51 +74,16 @@ QnImage QnImage::decodePNG(const std::vector<uint8_t>& bytes, double scale) {
 }
 
 std::vector<uint8_t> QnImage::encodePNG() const {
-  std::vector<uint8_t> bytes;
   int width = pixelWidth(), height = pixelHeight();
   if (width == 0 || height == 0) {
     std::fputs("Scrivlet: no PNG: the image has no pixels\n", stderr);
-    return bytes;
-  }
-  cairo_surface_flush(surface_.get());
-  const unsigned char* pixels = cairo_image_surface_get_data(surface_.get());
-  int stride = cairo_image_surface_get_stride(surface_.get());
-  std::vector<png_byte> row(size_t(width) * 4);
-  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
-  png_infop info = png ? png_create_info_struct(png) : nullptr;
-  if (!info || setjmp(png_jmpbuf(png))) {
-    png_destroy_write_struct(&png, &info);
-    std::fputs("Scrivlet: no PNG: the image could not be encoded\n", stderr);
     return {};
   }
-  png_set_write_fn(png, &bytes, [](png_structp p, png_bytep data, png_size_t length) {
-    auto* out = static_cast<std::vector<uint8_t>*>(png_get_io_ptr(p));
-    out->insert(out->end(), data, data + length);
-  }, nullptr);
-  png_set_IHDR(png, info, width, height, 8, PNG_COLOR_TYPE_RGB_ALPHA, PNG_INTERLACE_NONE,
-               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-  // Speed over size: the fastest deflate level, with the one cheap filter that suits ink on a
-  // transparent ground.
-  png_set_compression_level(png, 1);
-  png_set_filter(png, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
-  png_write_info(png, info);
-  for (int y = 0; y < height; ++y) {
-    const auto* argb = reinterpret_cast<const uint32_t*>(pixels + size_t(y) * stride);
-    for (int x = 0; x < width; ++x) {
-      // Premultiplied ARGB to straight RGBA, rounded as cairo's own PNG writer rounds.
-      uint32_t p = argb[x], a = p >> 24;
-      png_byte* out = &row[size_t(x) * 4];
-      out[3] = png_byte(a);
-      for (int c = 0; c < 3; ++c) {
-        uint32_t v = (p >> (16 - 8 * c)) & 0xFF;
-        out[c] = a == 0 ? 0 : png_byte((v * 255 + a / 2) / a);
-      }
-    }
-    png_write_row(png, row.data());
-  }
-  png_write_end(png, info);
-  png_destroy_write_struct(&png, &info);
-  return bytes;
+  cairo_surface_flush(surface_.get());
+  std::vector<uint8_t> png = encodeARGBAsPNG(cairo_image_surface_get_data(surface_.get()), width, height,
+                                             cairo_image_surface_get_stride(surface_.get()));
+  if (png.empty()) std::fputs("Scrivlet: no PNG: the image could not be encoded\n", stderr);
+  return png;
 }
 
 int QnImage::pixelWidth() const { return surface_ ? cairo_image_surface_get_width(surface_.get()) : 0; }

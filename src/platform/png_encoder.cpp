@@ -1,0 +1,127 @@
+// Each band of rows is filtered and deflated on its own, ended with a sync flush, so that the bands
+// join into one zlib stream: only the checksum of the whole (combined from the bands') is shared.
+#include "platform/png_encoder.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <thread>
+
+namespace scrivlet {
+
+namespace {
+
+// Bands narrower than this cost more in thread start and flush than they save.
+constexpr int kRowsPerBandAtLeast = 64;
+
+struct Band {
+  int firstRow = 0, endRow = 0;
+  std::string deflated;
+  uLong adler = 0;
+  bool ok = false;
+};
+
+// The band's rows as PNG scanlines (the "sub" filter: ink on a transparent ground compresses well
+// with it and it costs one subtraction a byte), straight alpha rounded as cairo's own writer rounds.
+void deflateBand(const unsigned char* pixels, int width, int stride, bool last, Band& band) {
+  z_stream z{};
+  // The fastest level, raw deflate: the zlib header and checksum are written once, for all bands.
+  if (deflateInit2(&z, 1, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK) return;
+  std::vector<unsigned char> straight(size_t(width) * 4), line(1 + size_t(width) * 4);
+  band.adler = adler32(0, nullptr, 0);
+  band.deflated.resize(deflateBound(&z, uLong(line.size()) * uLong(band.endRow - band.firstRow)) + 64);
+  z.next_out = reinterpret_cast<Bytef*>(band.deflated.data());
+  z.avail_out = uInt(band.deflated.size());
+  bool ok = true;
+  for (int y = band.firstRow; y < band.endRow && ok; ++y) {
+    const auto* argb = reinterpret_cast<const uint32_t*>(pixels + size_t(y) * stride);
+    for (int x = 0; x < width; ++x) {
+      uint32_t p = argb[x], a = p >> 24;
+      unsigned char* out = &straight[size_t(x) * 4];
+      out[3] = static_cast<unsigned char>(a);
+      for (int c = 0; c < 3; ++c) {
+        uint32_t v = (p >> (16 - 8 * c)) & 0xFF;
+        out[c] = a == 0 ? 0 : static_cast<unsigned char>((v * 255 + a / 2) / a);
+      }
+    }
+    line[0] = 1;  // sub
+    std::memcpy(&line[1], straight.data(), 4);
+    for (size_t i = 4; i < straight.size(); ++i) line[1 + i] = static_cast<unsigned char>(straight[i] - straight[i - 4]);
+    band.adler = adler32(band.adler, line.data(), uInt(line.size()));
+    z.next_in = line.data();
+    z.avail_in = uInt(line.size());
+    bool lastRow = y + 1 == band.endRow;
+    int flush = !lastRow ? Z_NO_FLUSH : last ? Z_FINISH : Z_SYNC_FLUSH;
+    int status = deflate(&z, flush);
+    ok = z.avail_in == 0 && (status == Z_OK || status == Z_STREAM_END || status == Z_BUF_ERROR) &&
+         (!lastRow || !last || status == Z_STREAM_END);
+  }
+  band.deflated.resize(band.deflated.size() - z.avail_out);
+  deflateEnd(&z);
+  band.ok = ok;
+}
+
+void putBigEndian(std::vector<uint8_t>& out, uint32_t v) {
+  for (int shift = 24; shift >= 0; shift -= 8) out.push_back(static_cast<uint8_t>(v >> shift));
+}
+
+void putChunk(std::vector<uint8_t>& out, const char* type, const uint8_t* data, size_t size) {
+  putBigEndian(out, uint32_t(size));
+  size_t start = out.size();
+  out.insert(out.end(), type, type + 4);
+  if (size) out.insert(out.end(), data, data + size);
+  putBigEndian(out, uint32_t(crc32(0, out.data() + start, uInt(out.size() - start))));
+}
+
+}  // namespace
+
+std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int height, int stride, int bandsWanted) {
+  if (!pixels || width <= 0 || height <= 0) return {};
+  int bandCount = bandsWanted > 0 ? std::min(bandsWanted, height)
+                            : std::clamp(height / kRowsPerBandAtLeast, 1,
+                                         int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u)));
+  std::vector<Band> bands(bandCount);
+  for (int i = 0; i < bandCount; ++i) {
+    bands[i].firstRow = int(int64_t(height) * i / bandCount);
+    bands[i].endRow = int(int64_t(height) * (i + 1) / bandCount);
+  }
+  {
+    std::vector<std::jthread> helpers;
+    for (int i = 1; i < bandCount; ++i)
+      helpers.emplace_back([&, i] { deflateBand(pixels, width, stride, i + 1 == bandCount, bands[i]); });
+    deflateBand(pixels, width, stride, bandCount == 1, bands[0]);
+  }
+  size_t deflatedSize = 0;
+  for (const Band& band : bands) {
+    if (!band.ok) return {};
+    deflatedSize += band.deflated.size();
+  }
+
+  std::vector<uint8_t> idat;
+  idat.reserve(deflatedSize + 6);
+  idat.push_back(0x78), idat.push_back(0x01);  // deflate, 32 KB window, fastest level
+  uLong adler = bands[0].adler;
+  for (size_t i = 0; i < bands.size(); ++i) {
+    idat.insert(idat.end(), bands[i].deflated.begin(), bands[i].deflated.end());
+    if (i > 0) {
+      z_off_t length = z_off_t(bands[i].endRow - bands[i].firstRow) * (1 + z_off_t(width) * 4);
+      adler = adler32_combine(adler, bands[i].adler, length);
+    }
+  }
+  putBigEndian(idat, uint32_t(adler));
+
+  std::vector<uint8_t> png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+  png.reserve(idat.size() + 64);
+  std::vector<uint8_t> header;
+  putBigEndian(header, uint32_t(width));
+  putBigEndian(header, uint32_t(height));
+  header.insert(header.end(), {8, 6, 0, 0, 0});  // 8 bits, RGBA, deflate, adaptive filters, no interlace
+  putChunk(png, "IHDR", header.data(), header.size());
+  putChunk(png, "IDAT", idat.data(), idat.size());
+  putChunk(png, "IEND", nullptr, 0);
+  return png;
+}
+
+}  // namespace scrivlet
