@@ -4,6 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <cmath>
+#include <cstring>
+#include <random>
+#include <vector>
 #include <string>
 
 namespace scrivlet {
@@ -30,6 +34,26 @@ TEST(Format, GivesCResultsForEveryFormatTheOutputsUse) {
   EXPECT_EQ(cformat("%s%f", longText.c_str(), 1.0), longText + "1.000000");
 }
 
+// The fast "%f" of drawing coordinates writes exactly what printf writes, ties and extremes included.
+TEST(Format, AppendFWritesWhatPrintfWrites) {
+  std::vector<double> values = {0.0, -0.0, 0.5, 1e-7, 5e-7, 0.0000005, 0.0000015, 0.0000025, -0.0000005,
+                                123.4567895, 2.5e-6, 1e15 + 0.5, 1e300, -1e300, 1.7976931348623157e308,
+                                4.9e-324, INFINITY, -INFINITY, NAN, -NAN};
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 20000; ++i) {
+    uint64_t bits = random();
+    double any;
+    std::memcpy(&any, &bits, sizeof any);
+    values.push_back(any);
+    values.push_back(std::ldexp(double(random() % 100000000), -int(random() % 40)) - 1000.0);
+  }
+  for (double v : values) {
+    std::string fast = "x";
+    appendF(fast, v);
+    ASSERT_EQ(fast, "x" + cformat("%f", v)) << std::hexfloat << v;
+  }
+}
+
 TEST(Format, IgnoresALocaleWithADecimalComma) {
   const char* previous = std::setlocale(LC_ALL, nullptr);
   std::string saved = previous ? previous : "C";
@@ -45,6 +69,9 @@ TEST(Format, IgnoresALocaleWithADecimalComma) {
   EXPECT_STREQ(native, "6,000000") << "the locale really uses a decimal comma";
   EXPECT_EQ(formatF(6.0), "6.000000");
   EXPECT_EQ(cformat("%f %f", 1.5, -2.25), "1.500000 -2.250000");
+  std::string appended;
+  appendF(appended, 6.0);
+  EXPECT_EQ(appended, "6.000000");
   std::setlocale(LC_ALL, saved.c_str());
 }
 

@@ -5,17 +5,27 @@
 
 #include "platform/clock.h"
 
+#include <future>
+#include <system_error>
+
 namespace scrivlet {
 
 void QnScrivletController::prepareScrivletData() {
   createAndStoreHashString();
+  // The time series needs nothing but the strokes: it is written on a thread of its own meanwhile,
+  // or here at the end when no thread can be had.
+  std::future<std::string> xml;
+  try {
+    xml = std::async(std::launch::async, [this] { return createXmlString(); });
+  } catch (const std::system_error&) {
+  }
   lastLocation_ = QnRectZero;
   imageData_ = getImageData("PNG");
   // With the PDF skipped, whatever an earlier run left stays.
   if (!skipPDFData_) pdfData_ = getImageData("PDF");
   std::optional<std::vector<uint8_t>> svg = getImageData("SVG");
   svgString_ = svg ? std::optional<std::string>(std::string(svg->begin(), svg->end())) : std::nullopt;
-  xmlString_ = createXmlString();
+  xmlString_ = xml.valid() ? xml.get() : createXmlString();
 }
 
 std::shared_ptr<QnSignature> QnScrivletController::prepareSignature() const {

@@ -1,7 +1,9 @@
 // Locale-independent printf: the "C" locale is made current for this thread while formatting.
 #include "platform/format.h"
 
+#include <charconv>
 #include <clocale>
+#include <cmath>
 #include <cstdarg>
 #include <cstdio>
 #include <locale.h>
@@ -36,6 +38,17 @@ std::string cformat(const char* format, ...) {
   va_end(again);
   uselocale(previous);
   return result;
+}
+
+void appendF(std::string& out, double value) {
+  char digits[400];  // "%f" of the largest double has 309 digits before the point
+  auto [end, error] = std::isfinite(value)
+                          ? std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6)
+                          : std::to_chars_result{digits, std::errc::value_too_large};
+  if (error == std::errc())
+    out.append(digits, end);
+  else
+    out += cformat("%f", value);
 }
 
 }  // namespace scrivlet

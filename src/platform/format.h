@@ -8,6 +8,9 @@ namespace scrivlet {
 // printf-style formatting in the "C" locale, whatever locale the host has set.
 std::string cformat(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+// Appends the value as "%f" writes it, several times sooner: the many coordinates of a drawing.
+void appendF(std::string& out, double value);
+
 // The formats the outputs use, one helper each.
 inline std::string formatF(double v) { return cformat("%f", v); }
 inline std::string formatD(int v) { return cformat("%d", v); }

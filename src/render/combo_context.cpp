@@ -11,6 +11,17 @@ namespace scrivlet {
 namespace {
 constexpr double kPi = 3.141592653589793;
 const char* const kSVGNamespace = "http://www.w3.org/2000/svg";
+
+// "M %f %f ", "C %f %f %f %f %f %f " and so on, formatted without printf's cost.
+std::string svgPathCommand(char command, std::initializer_list<double> values) {
+  std::string text(1, command);
+  for (double v : values) {
+    text += ' ';
+    appendF(text, v);
+  }
+  text += ' ';
+  return text;
+}
 }  // namespace
 
 QnComboContext::QnComboContext(CGContext* context) : context_(context) {}
@@ -89,7 +100,7 @@ void QnComboContext::beginPath() {
 void QnComboContext::moveToPoint(QnPoint point) {
   if (isSVG_) {
     QnPoint p = st(point);
-    appendToPath(cformat("M %f %f ", p.x, p.y));
+    appendToPath(svgPathCommand('M', {p.x, p.y}));
   } else if (context_) {
     context_->moveToPoint(point.x, point.y);
   }
@@ -98,7 +109,7 @@ void QnComboContext::moveToPoint(QnPoint point) {
 void QnComboContext::addLineToPoint(QnPoint point) {
   if (isSVG_) {
     QnPoint p = st(point);
-    appendToPath(cformat("L %f %f ", p.x, p.y));
+    appendToPath(svgPathCommand('L', {p.x, p.y}));
   } else if (context_) {
     context_->addLineToPoint(point.x, point.y);
   }
@@ -107,7 +118,7 @@ void QnComboContext::addLineToPoint(QnPoint point) {
 void QnComboContext::addCurveToPointCp1Cp2Point(QnPoint cp1, QnPoint cp2, QnPoint point) {
   if (isSVG_) {
     QnPoint a = st(cp1), b = st(cp2), p = st(point);
-    appendToPath(cformat("C %f %f %f %f %f %f ", a.x, a.y, b.x, b.y, p.x, p.y));
+    appendToPath(svgPathCommand('C', {a.x, a.y, b.x, b.y, p.x, p.y}));
   } else if (context_) {
     context_->addCurveToPoint(cp1.x, cp1.y, cp2.x, cp2.y, point.x, point.y);
   }
