@@ -37,6 +37,11 @@ int integerPart(float value) {
 }  // namespace
 
 std::optional<std::vector<uint8_t>> QnScrivletController::getImageData(const std::string& format) {
+  return exportCanvas(format, nullptr);
+}
+
+std::optional<std::vector<uint8_t>> QnScrivletController::exportCanvas(const std::string& format,
+                                                                       QnImage* pixels) {
   QnRect box = boundingRectOfStrokesF(myBrushStrokes_);
   // A margin of one and a half pen widths on every side, the products in single precision.
   double w = box.size.width + static_cast<double>(3 * strokeWidthMax_);
@@ -52,12 +57,13 @@ std::optional<std::vector<uint8_t>> QnScrivletController::getImageData(const std
     lastLocation_ = QnRectZero;
   }
   return cfDataCreatePDFDocumentFromDrawing(myBrushStrokes_, format, false, this, w, h, x0, y0,
-                                            exportScale_);
+                                            exportScale_, pixels);
 }
 
 std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     const QnStrokeListRef& strokes, const std::string& format, bool unscaledPNG,
-    QnScrivletController* controller, double w, double h, double x0, double y0, float scale) {
+    QnScrivletController* controller, double w, double h, double x0, double y0, float scale,
+    QnImage* pixels) {
   double s = scale;
   double W = w * s, H = h * s;
   bool showDate = controller && controller->showDate();
@@ -127,6 +133,10 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     pdf->end();
     if (!pdf->isValid()) return std::nullopt;
     return buffer;
+  }
+  if (format == "PNG" && pixels) {
+    *pixels = bitmap->makeImage();
+    return std::nullopt;
   }
   if (format == "PNG") {
     std::vector<uint8_t> png = bitmap->makeImage().encodePNG();

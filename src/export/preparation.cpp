@@ -4,6 +4,7 @@
 #include <scrivlet/signature.h>
 
 #include "platform/clock.h"
+#include "platform/image.h"
 
 #include <future>
 #include <system_error>
@@ -20,12 +21,25 @@ void QnScrivletController::prepareScrivletData() {
   } catch (const std::system_error&) {
   }
   lastLocation_ = QnRectZero;
-  imageData_ = getImageData("PNG");
+  // The PNG's pixels are drawn first, as ever; they are compressed meanwhile too. A canvas that has
+  // no pixels is reported here and now, in its place among the outputs.
+  QnImage pixels;
+  exportCanvas("PNG", &pixels);
+  std::future<std::vector<uint8_t>> png;
+  if (pixels.pixelWidth() > 0 && pixels.pixelHeight() > 0) {
+    try {
+      png = std::async(std::launch::async, [pixels] { return pixels.encodePNG(); });
+    } catch (const std::system_error&) {
+    }
+  }
+  std::vector<uint8_t> encoded = png.valid() ? std::vector<uint8_t>() : pixels.encodePNG();
   // With the PDF skipped, whatever an earlier run left stays.
   if (!skipPDFData_) pdfData_ = getImageData("PDF");
   std::optional<std::vector<uint8_t>> svg = getImageData("SVG");
   svgString_ = svg ? std::optional<std::string>(std::string(svg->begin(), svg->end())) : std::nullopt;
   xmlString_ = xml.valid() ? xml.get() : createXmlString();
+  if (png.valid()) encoded = png.get();
+  imageData_ = encoded.empty() ? std::nullopt : std::optional(std::move(encoded));
 }
 
 std::shared_ptr<QnSignature> QnScrivletController::prepareSignature() const {
