@@ -71,6 +71,8 @@ void QnDemoDrawingController::drawTouchEndedWithPoint(QnSignaturePoint point) {
   lastPoint_ = pointArray_->back();
   finalizeAndDrawCurrentStroke();
   drawing_ = false;
+  // A finished stroke never grows again: the room kept for its growth goes.
+  pointArray_->shrink_to_fit();
 }
 
 void QnDemoDrawingController::drawTouchEndedWithTimestamp(double) {}
@@ -161,7 +163,21 @@ void QnDemoDrawingController::setDrawingArray(QnStrokeListRef strokes) {
 }
 
 QnStrokeListRef QnDemoDrawingController::drawingArrayWithOffset(QnPoint offset) const {
+  // Moving by nothing leaves every bit as it is: the finished strokes are shared (a stroke being drawn
+  // is still copied, and so left behind by the list, as a copy would leave it).
+  if (offset.x == 0 && offset.y == 0) return snapshotOfDrawingArray();
   return copyOfStrokesMovedBy(drawingArray_, offset);
+}
+
+QnStrokeListRef QnDemoDrawingController::snapshotOfDrawingArray() const {
+  auto snapshot = std::make_shared<QnStrokeList>(*drawingArray_);
+  for (QnStrokeRef& stroke : *snapshot) {
+    if (!stroke)
+      stroke = std::make_shared<QnStroke>();
+    else if (drawing_ && stroke == pointArray_)
+      stroke = std::make_shared<QnStroke>(*stroke);
+  }
+  return snapshot;
 }
 
 void QnDemoDrawingController::drawCanvasToContextWithOffset(QnComboContext* context,

@@ -44,8 +44,11 @@ class QnDemoDrawingController {
   void resetCanvas();
 
   void setColor(const QnColor& color);
-  // A deep copy of the strokes with every point moved by the offset.
+  // A copy of the strokes with every point moved by the offset.
   QnStrokeListRef drawingArrayWithOffset(QnPoint offset) const;
+  // The strokes as they are now, for another thread: a finished stroke never changes again (every
+  // touch starts a stroke of its own), so it is shared; only a stroke still being drawn is copied.
+  QnStrokeListRef snapshotOfDrawingArray() const;
   // Draws every stroke, moved by the offset, into the context.
   void drawCanvasToContextWithOffset(QnComboContext* context, QnPoint offset);
   // Resizes the ink view to the view's bounds, makes its cache again and redraws.

@@ -13,9 +13,10 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
   auto invisibleView = std::make_shared<QnView>(scrivletView_ ? scrivletView_->frame() : QnRectZero);
   std::shared_ptr<QnScrivletController> preparer = create(invisibleView, {}, manager_);
   preparer->setDrawingController(drawingController_);
-  // The deep copy is taken now, on the main thread; the live model may change meanwhile.
-  preparer->setMyBrushStrokes(copyOfStrokesWithOffset(
-      drawingController_ ? drawingController_->drawingArray() : nullptr, {0, 0}));
+  // The strokes are taken now, on the main thread; the live model may change meanwhile, though never
+  // a finished stroke, which is shared rather than copied.
+  preparer->setMyBrushStrokes(drawingController_ ? drawingController_->snapshotOfDrawingArray()
+                                                 : std::make_shared<QnStrokeList>());
   preparer->setCopyOfTargetViewBounds(scrivletView_ ? scrivletView_->bounds() : QnRectZero);
   // Only these settings are copied; every other one keeps its default there (so records made
   // this way always carry the PDF).
