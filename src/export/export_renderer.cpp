@@ -7,6 +7,7 @@
 #include "capture/drawing_controller.h"
 #include "export/signature_hash.h"
 #include "platform/clock.h"
+#include "platform/drawing_log.h"
 #include "platform/fonts.h"
 #include "platform/image.h"
 #include "platform/pdf_context.h"
@@ -108,6 +109,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
 
   std::unique_ptr<QnPDFContext> pdf;
   std::unique_ptr<QnBitmapContext> bitmap;
+  std::unique_ptr<DrawingLog> drawing;
   std::unique_ptr<QnComboContext> combo;
   if (format == "PDF") {
     pdf = std::make_unique<QnPDFContext>(
@@ -117,8 +119,10 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     combo = std::make_unique<QnComboContext>(nullptr);
     combo->setIsSVG(true);
   } else {
+    // The drawing is kept, then drawn into the bitmap in bands on several threads.
     bitmap = std::make_unique<QnBitmapContext>(canvas, QnDevice::screenScale());
-    combo = std::make_unique<QnComboContext>(&bitmap->context());
+    drawing = std::make_unique<DrawingLog>();
+    combo = std::make_unique<QnComboContext>(drawing.get());
   }
   combo->setScaleCTMXY(static_cast<float>(e), static_cast<float>(e));
   renderSignature(combo.get(), strokes, integerPart(cx), integerPart(cy), controller);
@@ -134,12 +138,13 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     if (!pdf->isValid()) return std::nullopt;
     return buffer;
   }
+  if (drawing) bitmap->drawInBands(*drawing);
   if (format == "PNG" && pixels) {
-    *pixels = bitmap->makeImage();
+    *pixels = bitmap->sharedImage();  // nothing draws into the bitmap after this
     return std::nullopt;
   }
   if (format == "PNG") {
-    std::vector<uint8_t> png = bitmap->makeImage().encodePNG();
+    std::vector<uint8_t> png = bitmap->sharedImage().encodePNG();
     if (png.empty()) return std::nullopt;
     return png;
   }

@@ -4,6 +4,7 @@
 #include <scrivlet/view.h>
 
 #include "platform/cairo_context.h"
+#include "platform/drawing_log.h"
 #include "platform/png_encoder.h"
 
 #include <cairo.h>
@@ -12,6 +13,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <thread>
 
 namespace scrivlet {
 
@@ -149,6 +151,43 @@ void QnBitmapContext::copyPixelsFrom(const QnBitmapContext& other) {
   if (!from || !to) return;
   for (int y = 0; y < pixelHeight(); ++y)
     std::memcpy(to + size_t(y) * toStride, from + size_t(y) * fromStride, size_t(pixelWidth()) * 4);
+  cairo_surface_mark_dirty(surface_);
+}
+
+void QnBitmapContext::drawInBands(const DrawingLog& log, int bands) {
+  int width = pixelWidth(), height = pixelHeight();
+  // Bands narrower than this cost more in thread start and repeated path set-up than they save.
+  constexpr int kRowsPerBandAtLeast = 64;
+  if (bands <= 0)
+    bands = std::clamp(height / kRowsPerBandAtLeast, 1, int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u)));
+  bands = std::min(bands, std::max(height, 1));
+  if (bands == 1 || width == 0) {
+    log.replay(*context_);
+    return;
+  }
+  cairo_surface_flush(surface_);
+  unsigned char* pixels = cairo_image_surface_get_data(surface_);
+  int stride = cairo_image_surface_get_stride(surface_);
+  auto drawBand = [&](int top, int bottom) {
+    cairo_surface_t* band = cairo_image_surface_create_for_data(pixels + size_t(top) * stride, CAIRO_FORMAT_ARGB32,
+                                                                width, bottom - top, stride);
+    cairo_t* cr = cairo_create(band);
+    cairo_translate(cr, 0, -top);  // whole pixels: every shape covers each pixel as it would in one piece
+    if (std::isfinite(scale_) && scale_ > 0) cairo_scale(cr, scale_, scale_);
+    {
+      CairoContext context(cr);
+      log.replay(context);
+    }
+    cairo_destroy(cr);
+    cairo_surface_finish(band);
+    cairo_surface_destroy(band);
+  };
+  {
+    std::vector<std::jthread> helpers;
+    for (int i = 1; i < bands; ++i)
+      helpers.emplace_back(drawBand, int(int64_t(height) * i / bands), int(int64_t(height) * (i + 1) / bands));
+    drawBand(0, height / bands);
+  }
   cairo_surface_mark_dirty(surface_);
 }
 

@@ -12,6 +12,7 @@ typedef struct _cairo_surface cairo_surface_t;
 namespace scrivlet {
 
 class CairoContext;
+class DrawingLog;
 class QnView;
 
 class QnImage {
@@ -62,6 +63,10 @@ class QnBitmapContext {
   double scale() const { return scale_; }
   // Replaces every pixel with the other bitmap's, which must have the same pixel size.
   void copyPixelsFrom(const QnBitmapContext& other);
+  // Draws the calls as a fresh context() would, in horizontal bands on one thread each (by default one
+  // a processor, fewer in a short bitmap): the same pixels, since each pixel sees the same drawing in
+  // the same order.
+  void drawInBands(const DrawingLog& log, int bands = 0);
 
  private:
   cairo_surface_t* surface_;

@@ -1,0 +1,81 @@
+// A drawing context that keeps its calls, to be drawn later into other contexts: a bitmap drawn in
+// bands on several threads replays the same calls into each band.
+#pragma once
+
+#include "platform/cg_context.h"
+#include "platform/image.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace scrivlet {
+
+class DrawingLog : public CGContext {
+ public:
+  // Makes every call kept so far, in order, on the context.
+  void replay(CGContext& context) const;
+  bool empty() const { return calls_.empty(); }
+
+  void scaleCTM(double sx, double sy) override { add(kScale, {sx, sy}); }
+  void translateCTM(double tx, double ty) override { add(kTranslate, {tx, ty}); }
+  void saveGState() override { add(kSave, {}); }
+  void restoreGState() override { add(kRestore, {}); }
+  void setBlendMode(int mode) override { add(kBlendMode, {}, mode); }
+  void setFillColor(const QnColor& color) override { add(kFillColor, {}, keep(colors_, color)); }
+  void setStrokeColor(const QnColor& color) override { add(kStrokeColor, {}, keep(colors_, color)); }
+  void setAlpha(double alpha) override { add(kAlpha, {alpha}); }
+  void setLineWidth(double width) override { add(kLineWidth, {width}); }
+  void setLineJoin(int join) override { add(kLineJoin, {}, join); }
+  void setLineCap(int cap) override { add(kLineCap, {}, cap); }
+  void setMiterLimit(double limit) override { add(kMiterLimit, {limit}); }
+  void setShadow(QnSize offset, double blur, const QnColor& color) override {
+    add(kShadow, {offset.width, offset.height, blur}, keep(colors_, color));
+  }
+  void setTextDrawingMode(int mode) override { add(kTextMode, {}, mode); }
+  void beginPath() override { add(kBeginPath, {}); }
+  void moveToPoint(double x, double y) override { add(kMove, {x, y}); }
+  void addLineToPoint(double x, double y) override { add(kLine, {x, y}); }
+  void addCurveToPoint(double a, double b, double c, double d, double x, double y) override {
+    add(kCurve, {a, b, c, d, x, y});
+  }
+  void addArc(double x, double y, double r, double from, double to, int clockwise) override {
+    add(kArc, {x, y, r, from, to}, clockwise);
+  }
+  void closePath() override { add(kClose, {}); }
+  void drawPath(int mode) override { add(kDrawPath, {}, mode); }
+  void fillRect(const QnRect& r) override { add(kFillRect, {r.origin.x, r.origin.y, r.size.width, r.size.height}); }
+  void drawImage(const QnImage& image, const QnRect& r) override {
+    add(kImage, {r.origin.x, r.origin.y, r.size.width, r.size.height}, keep(images_, image));
+  }
+  void showText(const std::string& text, QnPoint topLeft, double size, const QnColor& color) override {
+    texts_.push_back(text);
+    add(kText, {topLeft.x, topLeft.y, size}, keep(colors_, color));
+  }
+
+ private:
+  enum Op : uint8_t {
+    kScale, kTranslate, kSave, kRestore, kBlendMode, kFillColor, kStrokeColor, kAlpha, kLineWidth,
+    kLineJoin, kLineCap, kMiterLimit, kShadow, kTextMode, kBeginPath, kMove, kLine, kCurve, kArc,
+    kClose, kDrawPath, kFillRect, kImage, kText,
+  };
+  struct Call {
+    Op op;
+    int32_t index;  // an integer argument, or where a colour or image is kept
+    double args[6];
+  };
+
+  template <class T>
+  static int32_t keep(std::vector<T>& kept, const T& value) {
+    kept.push_back(value);
+    return int32_t(kept.size() - 1);
+  }
+  void add(Op op, std::initializer_list<double> args, int32_t index = 0);
+
+  std::vector<Call> calls_;
+  std::vector<QnColor> colors_;
+  std::vector<QnImage> images_;
+  std::vector<std::string> texts_;
+};
+
+}  // namespace scrivlet

@@ -1,0 +1,78 @@
+// A drawing kept and drawn again in bands gives every pixel of drawing it at once.
+#include "platform/drawing_log.h"
+
+#include "image_support.h"
+#include "platform/image.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace scrivlet {
+namespace {
+
+using namespace test_support;
+
+// Shapes across band edges, curves, arcs, strokes, a clearing shape, a shadow, an image and text.
+void drawScene(CGContext& c, const QnImage& badge) {
+  c.scaleCTM(0.95, 0.95);
+  c.setFillColor(QnColor(0.9, 0.2, 0.1, 0.8));
+  c.fillRect(makeRect(3.3, 10.7, 90.2, 51.9));
+  c.saveGState();
+  c.setShadow({2, 3}, 0, QnColor(0, 0, 0, 0.5));
+  c.setStrokeColor(QnColor(0.1, 0.3, 0.9, 0.7));
+  c.setLineWidth(4.5);
+  c.setLineCap(kQnLineCapRound);
+  c.setLineJoin(kQnLineJoinRound);
+  c.beginPath();
+  c.moveToPoint(5.25, 5.5);
+  for (int i = 1; i < 40; ++i) c.addCurveToPoint(5 + i * 2.1, 10 + 30 * std::sin(i * 0.7), 7 + i * 2.3, 20 + 25 * std::cos(i), 6 + i * 2.2, 8 + i * 1.9);
+  c.drawPath(kQnPathStroke);
+  c.restoreGState();
+  c.setAlpha(0.6);
+  c.setFillColor(QnColor(0.2, 0.8, 0.3, 1));
+  c.beginPath();
+  c.addArc(60.4, 45.6, 21.3, 0.3, 5.1, 0);
+  c.closePath();
+  c.drawPath(kQnPathEOFill);
+  c.setAlpha(1);
+  c.setBlendMode(kQnBlendModeClear);
+  c.fillRect(makeRect(20.5, 30.5, 12.25, 40.75));
+  c.setBlendMode(kQnBlendModeNormal);
+  c.drawImage(badge, makeRect(70.3, 5.6, 20.1, 70.4));
+  c.showText("Tuesday 24 November 2026", {2.5, 44.3}, 11, QnColor::black());
+  c.translateCTM(0.5, 0.25);
+  c.showText("9f86d081884c7d65", {30, 75}, 8, QnColor(0.5, 0, 0.5, 1));
+}
+
+TEST(DrawingLog, DrawnAgainInBandsItGivesEveryPixelOfDrawingAtOnce) {
+  QnBitmapContext badgeBitmap({7, 9}, 1);
+  badgeBitmap.context().setFillColor(QnColor(1, 0.5, 0, 0.75));
+  badgeBitmap.context().fillRect(makeRect(1, 1, 5, 6));
+  QnImage badge = badgeBitmap.makeImage();
+
+  QnBitmapContext direct({100, 90}, 2);
+  drawScene(direct.context(), badge);
+  QnImage expected = direct.makeImage();
+  savePNG(expected, "drawing_log_direct.png");
+
+  DrawingLog log;
+  drawScene(log, badge);
+  EXPECT_FALSE(log.empty());
+  for (int bands : {1, 2, 3, 7, 180, 500}) {
+    QnBitmapContext banded({100, 90}, 2);
+    banded.drawInBands(log, bands);
+    QnImage image = banded.makeImage();
+    ASSERT_EQ(image.pixelHeight(), 180);
+    int differing = 0;
+    for (int y = 0; y < 180; ++y)
+      for (int x = 0; x < 200; ++x) differing += rgbaAt(image, x, y) != rgbaAt(expected, x, y);
+    EXPECT_EQ(differing, 0) << bands << " bands";
+  }
+  QnBitmapContext empty({0, 0}, 2);
+  empty.drawInBands(log);  // no pixels: nothing to draw, and no failure
+  EXPECT_EQ(empty.pixelWidth(), 0);
+}
+
+}  // namespace
+}  // namespace scrivlet
