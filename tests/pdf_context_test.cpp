@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -96,6 +97,30 @@ TEST(PDFContext, ShapesBeforeAndAfterTextKeepTheirOrderColoursAndPens) {
   for (int y = 42; y < 60; ++y)
     for (int x = 70; x < 85; ++x) textShown = textShown || near(x, y, 0, 0, 0);
   EXPECT_TRUE(textShown);
+}
+
+// Components out of range are taken within it, and one that is not a number as 0: the page stays a
+// valid document whatever colour a host sets.
+TEST(PDFContext, ColoursOutOfRangeOrNotNumbersAreTakenWithinRange) {
+  std::vector<uint8_t> bytes;
+  QnPDFContext pdf(makeRect(0, 0, 40, 20), [&](const uint8_t* b, size_t n) { bytes.insert(bytes.end(), b, b + n); });
+  pdf.context().setFillColor(QnColor(1.5, NAN, -0.5, 1));
+  pdf.context().fillRect(makeRect(0, 0, 20, 20));
+  pdf.context().setFillColor(QnColor(0, 0, 1, NAN));  // no opacity: not seen
+  pdf.context().fillRect(makeRect(10, 0, 20, 20));
+  pdf.context().setAlpha(INFINITY);  // taken as 1
+  pdf.context().setFillColor(QnColor(0, 1e300, 0, 1));
+  pdf.context().fillRect(makeRect(30, 0, 10, 20));
+  pdf.end();
+  QnImage page = pageOf(bytes, "colours");
+  auto rgb = [&](int x, int y) {
+    QnImage::Pixel p = page.pixelAt(x, y);
+    return std::array<int, 3>{p.r, p.g, p.b};
+  };
+  EXPECT_EQ(rgb(5, 10), (std::array<int, 3>{255, 0, 0}));
+  EXPECT_EQ(rgb(15, 10), (std::array<int, 3>{255, 0, 0}));
+  EXPECT_EQ(rgb(25, 10), (std::array<int, 3>{255, 255, 255}));  // an opacity not a number: 0
+  EXPECT_EQ(rgb(35, 10), (std::array<int, 3>{0, 255, 0}));
 }
 
 TEST(PDFContext, AnUnusableBoxGivesAContextThatDrawsNowhere) {

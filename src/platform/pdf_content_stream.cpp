@@ -10,10 +10,19 @@
 
 namespace scrivlet {
 
+namespace {
+
+// A colour component or an opacity as cairo takes it: within 0 to 1, and 0 when it is not a number.
+double unit(double value) { return std::isnan(value) ? 0.0 : std::clamp(value, 0.0, 1.0); }
+
+QnColor::RGBA inUnitRange(const QnColor::RGBA& c) { return {unit(c.r), unit(c.g), unit(c.b), unit(c.a)}; }
+
+}  // namespace
+
 PdfContentStream::PdfContentStream(double pageHeight) : pageHeight_(pageHeight) {}
 
 void PdfContentStream::number(double value, int decimals) {
-  char buffer[64];
+  char buffer[400];  // the largest double has 309 digits before the point
   auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
   if (error != std::errc() || !std::isfinite(value)) {
     text_ += "0 ";
@@ -72,10 +81,11 @@ void PdfContentStream::begin() {
   text_ += "cm\n";
 }
 
-void PdfContentStream::fill(const cairo_path_t& shape, const QnColor::RGBA& c, bool evenOdd) {
+void PdfContentStream::fill(const cairo_path_t& shape, const QnColor::RGBA& given, bool evenOdd) {
   if (shape.num_data == 0) return;
   begin();
-  opacity(std::clamp(c.a, 0.0, 1.0));
+  QnColor::RGBA c = inUnitRange(given);
+  opacity(c.a);
   if (c.r != currentFill_.r || c.g != currentFill_.g || c.b != currentFill_.b) {
     color(c, "rg");
     currentFill_ = c;
@@ -85,15 +95,16 @@ void PdfContentStream::fill(const cairo_path_t& shape, const QnColor::RGBA& c, b
 }
 
 void PdfContentStream::stroke(const cairo_path_t& shape, const cairo_matrix_t& m, const LineStyle& style,
-                              const QnColor::RGBA& c) {
+                              const QnColor::RGBA& given) {
   if (shape.num_data == 0) return;
+  QnColor::RGBA c = inUnitRange(given);
   begin();
   // The pen is drawn in user space, so that a scaled or skewed transform shapes it as it does on screen.
   text_ += "q ";
   for (double v : {m.xx, m.yx, m.xy, m.yy, m.x0, m.y0}) number(v, 6);
   text_ += "cm ";
   double outerOpacity = currentOpacity_;
-  opacity(std::clamp(c.a, 0.0, 1.0));
+  opacity(c.a);
   color(c, "RG");
   number(style.width, 6);
   text_ += "w " + std::to_string(style.cap) + " J " + std::to_string(style.join) + " j ";
