@@ -5,6 +5,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -12,6 +13,8 @@
 namespace scrivlet {
 
 namespace {
+
+static_assert(std::endian::native == std::endian::little, "pixels are packed as little-endian words");
 
 // Bands narrower than this cost more in thread start and flush than they save.
 constexpr int kRowsPerBandAtLeast = 64;
@@ -23,13 +26,22 @@ struct Band {
   bool ok = false;
 };
 
+// A premultiplied ARGB pixel as the bytes R, G, B, A in memory, straight alpha rounded as cairo's
+// own PNG writer rounds it.
+uint32_t straightRGBA(uint32_t p) {
+  uint32_t a = p >> 24, r = (p >> 16) & 0xFF, g = (p >> 8) & 0xFF, b = p & 0xFF;
+  if (a == 0) return 0;
+  if (a != 255) r = (r * 255 + a / 2) / a, g = (g * 255 + a / 2) / a, b = (b * 255 + a / 2) / a;
+  return r | g << 8 | b << 16 | a << 24;
+}
+
 // The band's rows as PNG scanlines (the "sub" filter: ink on a transparent ground compresses well
-// with it and it costs one subtraction a byte), straight alpha rounded as cairo's own writer rounds.
+// with it and it costs one subtraction a byte).
 void deflateBand(const unsigned char* pixels, int width, int stride, bool last, Band& band) {
   z_stream z{};
   // The fastest level, raw deflate: the zlib header and checksum are written once, for all bands.
   if (deflateInit2(&z, 1, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK) return;
-  std::vector<unsigned char> straight(size_t(width) * 4), line(1 + size_t(width) * 4);
+  std::vector<unsigned char> line(1 + size_t(width) * 4);
   band.adler = adler32(0, nullptr, 0);
   band.deflated.resize(deflateBound(&z, uLong(line.size()) * uLong(band.endRow - band.firstRow)) + 64);
   z.next_out = reinterpret_cast<Bytef*>(band.deflated.data());
@@ -37,18 +49,15 @@ void deflateBand(const unsigned char* pixels, int width, int stride, bool last, 
   bool ok = true;
   for (int y = band.firstRow; y < band.endRow && ok; ++y) {
     const auto* argb = reinterpret_cast<const uint32_t*>(pixels + size_t(y) * stride);
-    for (int x = 0; x < width; ++x) {
-      uint32_t p = argb[x], a = p >> 24;
-      unsigned char* out = &straight[size_t(x) * 4];
-      out[3] = static_cast<unsigned char>(a);
-      for (int c = 0; c < 3; ++c) {
-        uint32_t v = (p >> (16 - 8 * c)) & 0xFF;
-        out[c] = a == 0 ? 0 : static_cast<unsigned char>((v * 255 + a / 2) / a);
-      }
-    }
     line[0] = 1;  // sub
-    std::memcpy(&line[1], straight.data(), 4);
-    for (size_t i = 4; i < straight.size(); ++i) line[1 + i] = static_cast<unsigned char>(straight[i] - straight[i - 4]);
+    uint32_t before = 0;  // the pixel to the left, straight
+    for (int x = 0; x < width; ++x) {
+      uint32_t straight = straightRGBA(argb[x]);
+      // Each byte less the same byte of the pixel before, without borrowing across bytes.
+      uint32_t sub = ((straight | 0x80808080u) - (before & 0x7F7F7F7Fu)) ^ ((straight ^ ~before) & 0x80808080u);
+      std::memcpy(&line[1 + size_t(x) * 4], &sub, 4);
+      before = straight;
+    }
     band.adler = adler32(band.adler, line.data(), uInt(line.size()));
     z.next_in = line.data();
     z.avail_in = uInt(line.size());
