@@ -5,40 +5,26 @@
 
 #include "platform/clock.h"
 #include "platform/image.h"
-
-#include <future>
-#include <system_error>
+#include "platform/parallel.h"
 
 namespace scrivlet {
 
 void QnScrivletController::prepareScrivletData() {
   createAndStoreHashString();
-  // The time series needs nothing but the strokes: it is written on a thread of its own meanwhile,
-  // or here at the end when no thread can be had.
-  std::future<std::string> xml;
-  try {
-    xml = std::async(std::launch::async, [this] { return createXmlString(); });
-  } catch (const std::system_error&) {
-  }
+  // The time series needs nothing but the strokes: it is written on a thread of its own meanwhile.
+  Aside xml([this] { return createXmlString(); });
   lastLocation_ = QnRectZero;
   // The PNG's pixels are drawn first, as ever; they are compressed meanwhile too. A canvas that has
   // no pixels is reported here and now, in its place among the outputs.
   QnImage pixels;
   exportCanvas("PNG", &pixels);
-  std::future<std::vector<uint8_t>> png;
-  if (pixels.pixelWidth() > 0 && pixels.pixelHeight() > 0) {
-    try {
-      png = std::async(std::launch::async, [pixels] { return pixels.encodePNG(); });
-    } catch (const std::system_error&) {
-    }
-  }
-  std::vector<uint8_t> encoded = png.valid() ? std::vector<uint8_t>() : pixels.encodePNG();
+  Aside png([pixels] { return pixels.encodePNG(); }, pixels.pixelWidth() > 0 && pixels.pixelHeight() > 0);
   // With the PDF skipped, whatever an earlier run left stays.
   if (!skipPDFData_) pdfData_ = getImageData("PDF");
   std::optional<std::vector<uint8_t>> svg = getImageData("SVG");
   svgString_ = svg ? std::optional<std::string>(std::string(svg->begin(), svg->end())) : std::nullopt;
-  xmlString_ = xml.valid() ? xml.get() : createXmlString();
-  if (png.valid()) encoded = png.get();
+  xmlString_ = xml.get();
+  std::vector<uint8_t> encoded = png.get();
   imageData_ = encoded.empty() ? std::nullopt : std::optional(std::move(encoded));
 }
 

@@ -5,6 +5,7 @@
 
 #include "platform/cairo_context.h"
 #include "platform/drawing_log.h"
+#include "platform/parallel.h"
 #include "platform/png_encoder.h"
 
 #include <cairo.h>
@@ -13,7 +14,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <thread>
 
 namespace scrivlet {
 
@@ -156,19 +156,16 @@ void QnBitmapContext::copyPixelsFrom(const QnBitmapContext& other) {
 
 void QnBitmapContext::drawInBands(const DrawingLog& log, int bands) {
   int width = pixelWidth(), height = pixelHeight();
-  // Bands narrower than this cost more in thread start and repeated path set-up than they save.
-  constexpr int kRowsPerBandAtLeast = 64;
-  if (bands <= 0)
-    bands = std::clamp(height / kRowsPerBandAtLeast, 1, int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u)));
-  bands = std::min(bands, std::max(height, 1));
-  if (bands == 1 || width == 0) {
+  std::vector<RowBand> rows = rowBands(height, bands);
+  if (rows.size() == 1 || width == 0) {
     log.replay(*context_);
     return;
   }
   cairo_surface_flush(surface_);
   unsigned char* pixels = cairo_image_surface_get_data(surface_);
   int stride = cairo_image_surface_get_stride(surface_);
-  auto drawBand = [&](int top, int bottom) {
+  forEachBandInParallel(rows, [&](size_t i) {
+    int top = rows[i].firstRow, bottom = rows[i].endRow;
     cairo_surface_t* band = cairo_image_surface_create_for_data(pixels + size_t(top) * stride, CAIRO_FORMAT_ARGB32,
                                                                 width, bottom - top, stride);
     cairo_t* cr = cairo_create(band);
@@ -181,13 +178,7 @@ void QnBitmapContext::drawInBands(const DrawingLog& log, int bands) {
     cairo_destroy(cr);
     cairo_surface_finish(band);
     cairo_surface_destroy(band);
-  };
-  {
-    std::vector<std::jthread> helpers;
-    for (int i = 1; i < bands; ++i)
-      helpers.emplace_back(drawBand, int(int64_t(height) * i / bands), int(int64_t(height) * (i + 1) / bands));
-    drawBand(0, height / bands);
-  }
+  });
   cairo_surface_mark_dirty(surface_);
 }
 

@@ -2,13 +2,14 @@
 // join into one zlib stream: only the checksum of the whole (combined from the bands') is shared.
 #include "platform/png_encoder.h"
 
+#include "platform/parallel.h"
+
 #include <zlib.h>
 
 #include <algorithm>
 #include <bit>
 #include <cstring>
 #include <string>
-#include <thread>
 
 namespace scrivlet {
 
@@ -16,11 +17,8 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "pixels are packed as little-endian words");
 
-// Bands narrower than this cost more in thread start and flush than they save.
-constexpr int kRowsPerBandAtLeast = 64;
-
 struct Band {
-  int firstRow = 0, endRow = 0;
+  RowBand rows;
   std::string deflated;
   uLong adler = 0;
   bool ok = false;
@@ -43,11 +41,11 @@ void deflateBand(const unsigned char* pixels, int width, int stride, bool last, 
   if (deflateInit2(&z, 1, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK) return;
   std::vector<unsigned char> line(1 + size_t(width) * 4);
   band.adler = adler32(0, nullptr, 0);
-  band.deflated.resize(deflateBound(&z, uLong(line.size()) * uLong(band.endRow - band.firstRow)) + 64);
+  band.deflated.resize(deflateBound(&z, uLong(line.size()) * uLong(band.rows.endRow - band.rows.firstRow)) + 64);
   z.next_out = reinterpret_cast<Bytef*>(band.deflated.data());
   z.avail_out = uInt(band.deflated.size());
   bool ok = true;
-  for (int y = band.firstRow; y < band.endRow && ok; ++y) {
+  for (int y = band.rows.firstRow; y < band.rows.endRow && ok; ++y) {
     const auto* argb = reinterpret_cast<const uint32_t*>(pixels + size_t(y) * stride);
     line[0] = 1;  // sub
     uint32_t before = 0;  // the pixel to the left, straight
@@ -61,7 +59,7 @@ void deflateBand(const unsigned char* pixels, int width, int stride, bool last, 
     band.adler = adler32(band.adler, line.data(), uInt(line.size()));
     z.next_in = line.data();
     z.avail_in = uInt(line.size());
-    bool lastRow = y + 1 == band.endRow;
+    bool lastRow = y + 1 == band.rows.endRow;
     int flush = !lastRow ? Z_NO_FLUSH : last ? Z_FINISH : Z_SYNC_FLUSH;
     int status = deflate(&z, flush);
     ok = z.avail_in == 0 && (status == Z_OK || status == Z_STREAM_END || status == Z_BUF_ERROR) &&
@@ -88,20 +86,10 @@ void putChunk(std::vector<uint8_t>& out, const char* type, const uint8_t* data, 
 
 std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int height, int stride, int bandsWanted) {
   if (!pixels || width <= 0 || height <= 0) return {};
-  int bandCount = bandsWanted > 0 ? std::min(bandsWanted, height)
-                            : std::clamp(height / kRowsPerBandAtLeast, 1,
-                                         int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u)));
-  std::vector<Band> bands(bandCount);
-  for (int i = 0; i < bandCount; ++i) {
-    bands[i].firstRow = int(int64_t(height) * i / bandCount);
-    bands[i].endRow = int(int64_t(height) * (i + 1) / bandCount);
-  }
-  {
-    std::vector<std::jthread> helpers;
-    for (int i = 1; i < bandCount; ++i)
-      helpers.emplace_back([&, i] { deflateBand(pixels, width, stride, i + 1 == bandCount, bands[i]); });
-    deflateBand(pixels, width, stride, bandCount == 1, bands[0]);
-  }
+  std::vector<RowBand> rows = rowBands(height, bandsWanted);
+  std::vector<Band> bands(rows.size());
+  for (size_t i = 0; i < rows.size(); ++i) bands[i].rows = rows[i];
+  forEachBandInParallel(rows, [&](size_t i) { deflateBand(pixels, width, stride, i + 1 == rows.size(), bands[i]); });
   size_t deflatedSize = 0;
   for (const Band& band : bands) {
     if (!band.ok) return {};
@@ -115,7 +103,7 @@ std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int
   for (size_t i = 0; i < bands.size(); ++i) {
     idat.insert(idat.end(), bands[i].deflated.begin(), bands[i].deflated.end());
     if (i > 0) {
-      z_off_t length = z_off_t(bands[i].endRow - bands[i].firstRow) * (1 + z_off_t(width) * 4);
+      z_off_t length = z_off_t(bands[i].rows.endRow - bands[i].rows.firstRow) * (1 + z_off_t(width) * 4);
       adler = adler32_combine(adler, bands[i].adler, length);
     }
   }
