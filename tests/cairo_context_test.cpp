@@ -1,7 +1,7 @@
 // The cairo drawing context, bitmaps, PNG coding and the bold text face, checked on real pixels.
 #include "platform/cairo_context.h"
 
-#include "image_support.h"
+#include "output_support.h"
 #include "platform/fonts.h"
 #include "platform/png_encoder.h"
 

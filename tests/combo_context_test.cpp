@@ -1,7 +1,7 @@
 // QnComboContext: SVG recording worked out by hand, raster forwarding, and real pixels.
 #include "render/combo_context.h"
 
-#include "image_support.h"
+#include "output_support.h"
 #include "platform/recording_context.h"
 
 #include <gtest/gtest.h>
@@ -105,9 +105,8 @@ TEST(ComboContextSVG, DrawPathModesWriteTheirAttributesIntoAValidDocument) {
                       "height=\"60.000000\" viewBox=\"0 0 80.000000 60.000000\" "
                       "xmlns=\"http://www.w3.org/2000/svg\">" + d, 0), 0u);
   EXPECT_TRUE(svg.ends_with("2024-01-01 12:00</text></svg>"));
-  std::filesystem::path file = std::filesystem::temp_directory_path() / "scrivlet-combo.svg";
-  std::ofstream(file) << svg;
-  EXPECT_EQ(std::system(("/usr/bin/xmllint --noout " + file.string()).c_str()), 0) << svg;
+  std::string file = test_support::writeOutput("combo_context_paths.svg", svg);
+  EXPECT_EQ(test_support::failureOf("xmllint --noout '" + file + "'"), "");
 }
 
 TEST(ComboContextSVG, ColourTextsAndUnescapedText) {

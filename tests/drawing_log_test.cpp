@@ -1,7 +1,7 @@
 // A drawing kept and drawn again in bands gives every pixel of drawing it at once.
 #include "platform/drawing_log.h"
 
-#include "image_support.h"
+#include "output_support.h"
 #include "platform/image.h"
 
 #include <gtest/gtest.h>

@@ -6,7 +6,7 @@
 #include <scrivlet/notification_center.h>
 
 #include "capture/drawing_controller.h"
-#include "image_support.h"
+#include "output_support.h"
 #include "platform/image.h"
 #include "platform/recording_context.h"
 #include "render/combo_context.h"

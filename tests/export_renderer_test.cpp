@@ -43,12 +43,6 @@ class Export : public ControllerTest {
     EXPECT_TRUE(bytes.has_value()) << format;
     return bytes.value_or(Bytes{});
   }
-  // Runs a renderer that writes out.png in the scratch directory, and decodes that.
-  QnImage renderedBy(const std::string& command) {
-    EXPECT_EQ(run(command), 0) << command << ": " << output();
-    const std::string png = readFile(dir / "out.png");
-    return QnImage::decodePNG(Bytes(png.begin(), png.end()));
-  }
 };
 
 TEST_F(Export, CanvasIsTheBoxWithMarginsAndRoomForTextAndEveryFormatLeavesIt) {
@@ -122,33 +116,30 @@ TEST_F(Export, PdfAndSvgPassTheirCheckersAndLookLikeThePng) {
   c->setShowDate(true);
   c->setShowHash(true);
   c->setLastHash("3f9a0c71be");
-  const std::string date = mediumDateString(kFixedUnixTime), out = (dir / "out").string();
+  const std::string date = mediumDateString(kFixedUnixTime);
   for (float scale : {2.0f, 1.0f}) {  // ending at 1, where the SVG's size is the PNG's
     SCOPED_TRACE(testing::Message() << "scale " << scale);
     c->setExportScale(scale);
     const Bytes png = exportAs("PNG"), pdf = exportAs("PDF");
-    const fs::path path = expectPasses("qpdf --check", pdf, "signature.pdf");
+    const std::string path = expectPasses("qpdf --check", pdf, "signature.pdf");
     std::shared_ptr<QnPDFDocument> document = QnPDFDocument::createWithData(pdf);
     ASSERT_TRUE(document && document->numberOfPages() == 1);
     EXPECT_EQ(document->pageSize(0), c->lastLocation().size);
-    ASSERT_EQ(run("pdftotext '" + path.string() + "' -"), 0);
-    EXPECT_TRUE(output().find(date) != std::string::npos &&
-                output().find("3f9a0c71be") != std::string::npos) << output();
-    expectSameInk(QnImage::decodePNG(png), renderedBy("pdftoppm -r 72 -png -singlefile '" +
-                                                      path.string() + "' '" + out + "'"));
+    const std::string text = test_support::outputOf("pdftotext '" + path + "' -");
+    EXPECT_TRUE(text.find(date) != text.npos && text.find("3f9a0c71be") != text.npos) << text;
+    expectSameInk(QnImage::decodePNG(png), test_support::pdfPageImage(path));
   }
   const Bytes svg = exportAs("SVG");
   const std::string text(svg.begin(), svg.end());
   EXPECT_TRUE(text.find(">" + date + "</text>") != text.npos &&
               text.find(">3f9a0c71be</text>") != text.npos) << text;
-  fs::path path = expectPasses("xmllint --noout", svg, "signature.svg");
-  EXPECT_FALSE(renderedBy("rsvg-convert -o '" + out + ".png' '" + path.string() + "'").isNull());
+  std::string path = expectPasses("xmllint --noout", svg, "signature.svg");
+  EXPECT_FALSE(test_support::svgImage(path).isNull());
   // Renderers place text differently, so the strokes alone are compared.
   c->setShowDate(false);
   c->setShowHash(false);
   path = expectPasses("xmllint --noout", exportAs("SVG"), "strokes.svg");
-  expectSameInk(QnImage::decodePNG(exportAs("PNG")),
-                renderedBy("rsvg-convert -o '" + out + ".png' '" + path.string() + "'"));
+  expectSameInk(QnImage::decodePNG(exportAs("PNG")), test_support::svgImage(path));
 }
 
 TEST(PDFRoutines, SetupGivesAnEmptyBufferAndTheConsumerAppendsToOne) {

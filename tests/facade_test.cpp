@@ -5,11 +5,9 @@
 #include <scrivlet/version.h>
 
 #include "delegate_log.h"
+#include "output_support.h"
 
 #include <gtest/gtest.h>
-
-#include <filesystem>
-#include <fstream>
 
 namespace scrivlet {
 namespace {
@@ -108,13 +106,10 @@ TEST_F(Facade, ModalScreenButtonsCloseItBeforeTheDelegateHearsAndDoneDeliversAVa
   EXPECT_EQ(traceOf(record->rawPoints()),
             (Trace{{{60, 80}, {110, 100}, {160, 90}, {160, 90}}, {{200, 60}, {230, 120}, {230, 120}}}));
   ASSERT_TRUE(record->imageData() && record->pdfData() && record->svgString() && record->xmlString());
-  const std::string dir = SCRIVLET_TEST_OUTPUT_DIR "/facade/";
-  std::filesystem::create_directories(dir);
-  for (auto& [name, bytes] : {std::pair("session.svg", *record->svgString()), {"session.xml", *record->xmlString()},
-                              {"session.pdf", std::string(record->pdfData()->begin(), record->pdfData()->end())}})
-    std::ofstream(dir + name, std::ios::binary) << bytes;
-  EXPECT_EQ(std::system(("cd '" + dir + "' && qpdf --check session.pdf > /dev/null && "
-                         "xmllint --noout session.svg session.xml").c_str()), 0);
+  std::string pdf = writeOutput("facade/session.pdf", *record->pdfData());
+  std::string svg = writeOutput("facade/session.svg", *record->svgString());
+  std::string xml = writeOutput("facade/session.xml", *record->xmlString());
+  EXPECT_EQ(failureOf("qpdf --check '" + pdf + "' && xmllint --noout '" + svg + "' '" + xml + "'"), "");
   // Clear and Cancel on a new screen; Done on an empty one.
   makeModal();
   touchPaths(*screen->view(), {{{60, 80}, {110, 100}}}, 1);

@@ -1,7 +1,7 @@
 // The PDF context: a one-page document that shows its media box, read back as pixels.
 #include "platform/pdf_context.h"
 
-#include "image_support.h"
+#include "output_support.h"
 #include "platform/image.h"
 
 #include <gtest/gtest.h>
@@ -9,23 +9,15 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
 
 namespace scrivlet {
 namespace {
 
-// The document written to the test output folder under `name`, and its page as pdftoppm draws it at
-// 72 dpi: one pixel a point.
+// The document, which qpdf must pass, as pdftoppm draws it at 72 dpi: one pixel a point.
 QnImage pageOf(const std::vector<uint8_t>& bytes, const std::string& name) {
-  const std::string dir = SCRIVLET_TEST_OUTPUT_DIR "/pdf_context";
-  std::filesystem::create_directories(dir);
-  std::ofstream(dir + "/" + name + ".pdf", std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-  EXPECT_EQ(std::system(("qpdf --check '" + dir + "/" + name + ".pdf' > /dev/null").c_str()), 0) << name;
-  EXPECT_EQ(std::system(("pdftoppm -r 72 -png -singlefile '" + dir + "/" + name + ".pdf' '" + dir + "/" + name + "'").c_str()), 0);
-  std::ifstream png(dir + "/" + name + ".png", std::ios::binary);
-  return QnImage::decodePNG({std::istreambuf_iterator<char>(png), {}});
+  std::string path = test_support::writeOutput("pdf_context/" + name + ".pdf", bytes);
+  EXPECT_EQ(test_support::failureOf("qpdf --check '" + path + "'"), "") << name;
+  return test_support::pdfPageImage(path);
 }
 
 TEST(PDFContext, ThePageShowsTheMediaBoxWhateverItsOrigin) {

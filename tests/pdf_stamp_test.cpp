@@ -2,6 +2,8 @@
 // rendered page, the attachment read back, and the inputs that are refused.
 #include "evidence/pdf_stamp.h"
 
+#include "output_support.h"
+
 #include <cairo-pdf.h>
 #include <cairo.h>
 #include <gtest/gtest.h>
@@ -19,8 +21,6 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <locale>
@@ -28,49 +28,24 @@
 #include <random>
 #include <set>
 
-#ifndef SCRIVLET_TEST_OUTPUT_DIR
-#define SCRIVLET_TEST_OUTPUT_DIR "/tmp/scrivlet-test-output"
-#endif
-
 namespace scrivlet {
 namespace {
 
 using Bytes = std::vector<uint8_t>;
 using Rgb = std::array<int, 3>;
 
-const std::string kOutputDir = SCRIVLET_TEST_OUTPUT_DIR "/pdf_stamp";
+using test_support::failureOf;
+using test_support::outputOf;
+using test_support::pdfPageImage;
+using test_support::readBytes;
 
 Bytes bytesOf(const std::string& text) { return Bytes(text.begin(), text.end()); }
 
 std::string save(const std::string& name, const Bytes& bytes) {
-  std::filesystem::create_directories(kOutputDir);
-  std::string path = kOutputDir + "/" + name;
-  std::ofstream(path, std::ios::binary)
-      .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-  return path;
+  return test_support::writeOutput("pdf_stamp/" + name, bytes);
 }
 
-Bytes load(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(file), {});
-}
-
-// What a shell command prints on its standard output.
-std::string outputOf(const std::string& command) {
-  std::string output;
-  if (FILE* pipe = popen(command.c_str(), "r")) {
-    char buffer[4096];
-    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;) output.append(buffer, n);
-    pclose(pipe);
-  }
-  return output;
-}
-
-// Empty when `qpdf --check` passes the file without warnings, its report otherwise.
-std::string qpdfCheckFailure(const std::string& path) {
-  std::string report = outputOf("qpdf --check '" + path + "' 2>&1; echo \"exit $?\"");
-  return report.ends_with("exit 0\n") ? "" : report;
-}
+std::string qpdfCheckFailure(const std::string& path) { return failureOf("qpdf --check '" + path + "'"); }
 
 // What poppler says while reading the file (it reports broken cross-references on stderr).
 std::string popplerComplaints(const std::string& path) { return outputOf("pdfinfo '" + path + "' 2>&1 >/dev/null"); }
@@ -137,9 +112,9 @@ Bytes opaqueBluePng() {
 
 // The document run through the qpdf command line with `options`.
 Bytes rewrittenByQpdf(const Bytes& pdf, const std::string& options, const std::string& name) {
-  std::string in = save(name + "-in.pdf", pdf), out = kOutputDir + "/" + name + ".pdf";
-  EXPECT_EQ(std::system(("qpdf '" + in + "' '" + out + "' " + options).c_str()), 0) << options;
-  return load(out);
+  std::string in = save(name + "-in.pdf", pdf), out = SCRIVLET_TEST_OUTPUT_DIR "/pdf_stamp/" + name + ".pdf";
+  EXPECT_EQ(failureOf("qpdf '" + in + "' '" + out + "' " + options), "") << options;
+  return readBytes(out);
 }
 
 // The document with its objects in object streams and a cross-reference stream as its last section.
@@ -236,36 +211,10 @@ bool startsWith(const Bytes& bytes, const Bytes& prefix) {
   return bytes.size() >= prefix.size() && std::equal(prefix.begin(), prefix.end(), bytes.begin());
 }
 
-// A page as pdftoppm draws it at 72 dpi: one pixel a point, y down from the top of the page.
-struct Raster {
-  int width = 0, height = 0;
-  std::vector<uint32_t> pixels;
-  Rgb at(int x, int y) const {
-    uint32_t p = pixels[size_t(y) * size_t(width) + size_t(x)];
-    return {int(p >> 16 & 255), int(p >> 8 & 255), int(p & 255)};
-  }
-};
-
-Raster render(const std::string& pdfPath, int page) {
-  std::string prefix = pdfPath + "-page" + std::to_string(page);
-  std::string command = "pdftoppm -r 72 -f " + std::to_string(page) + " -l " + std::to_string(page) +
-                        " -png -singlefile '" + pdfPath + "' '" + prefix + "'";
-  EXPECT_EQ(std::system(command.c_str()), 0) << command;
-  cairo_surface_t* image = cairo_image_surface_create_from_png((prefix + ".png").c_str());
-  Raster raster;
-  if (cairo_surface_status(image) == CAIRO_STATUS_SUCCESS) {
-    cairo_surface_flush(image);
-    raster.width = cairo_image_surface_get_width(image);
-    raster.height = cairo_image_surface_get_height(image);
-    int stride = cairo_image_surface_get_stride(image);
-    const unsigned char* data = cairo_image_surface_get_data(image);
-    for (int y = 0; y < raster.height; ++y) {
-      auto row = reinterpret_cast<const uint32_t*>(data + size_t(y) * size_t(stride));
-      raster.pixels.insert(raster.pixels.end(), row, row + raster.width);
-    }
-  }
-  cairo_surface_destroy(image);
-  return raster;
+// A pixel of a page drawn by pdftoppm (opaque, so its stored colour is the colour).
+Rgb colourAt(const QnImage& page, int x, int y) {
+  QnImage::Pixel p = page.pixelAt(x, y);
+  return {p.r, p.g, p.b};
 }
 
 bool isRed(Rgb c) { return c[0] > 200 && c[1] < 60 && c[2] < 60; }
@@ -274,12 +223,12 @@ bool isBlue(Rgb c) { return c[2] > 200 && c[0] < 60 && c[1] < 60; }
 bool isWhite(Rgb c) { return c[0] > 245 && c[1] > 245 && c[2] > 245; }
 
 // How many pixels differ between two rasters of one page, leaving out the box [left, right) x [top, bottom).
-int differencesOutside(const Raster& a, const Raster& b, int left, int top, int right, int bottom) {
-  if (a.width != b.width || a.height != b.height) return -1;
+int differencesOutside(const QnImage& a, const QnImage& b, int left, int top, int right, int bottom) {
+  if (a.pixelWidth() != b.pixelWidth() || a.pixelHeight() != b.pixelHeight()) return -1;
   int differences = 0;
-  for (int y = 0; y < a.height; ++y)
-    for (int x = 0; x < a.width; ++x)
-      if ((x < left || x >= right || y < top || y >= bottom) && a.at(x, y) != b.at(x, y)) ++differences;
+  for (int y = 0; y < a.pixelHeight(); ++y)
+    for (int x = 0; x < a.pixelWidth(); ++x)
+      if ((x < left || x >= right || y < top || y >= bottom) && colourAt(a, x, y) != colourAt(b, x, y)) ++differences;
   return differences;
 }
 
@@ -384,20 +333,20 @@ TEST(PdfStamp, DrawsTheImageInTheRectangleOverThePageKeepingItsTransparency) {
     ASSERT_TRUE(stamped);
     std::string originalPath = save("drawn-" + name + "-original.pdf", original);
     std::string stampedPath = save("drawn-" + name + ".pdf", *stamped);
-    Raster before = render(originalPath, 1), after = render(stampedPath, 1);
-    ASSERT_EQ(std::pair(after.width, after.height), std::pair(595, 842));
+    QnImage before = pdfPageImage(originalPath, 1), after = pdfPageImage(stampedPath, 1);
+    ASSERT_EQ(std::pair(after.pixelWidth(), after.pixelHeight()), std::pair(595, 842));
 
-    EXPECT_TRUE(isRed(after.at(200, 142)));    // the bar: image rows 10-19 -> y 132-152, columns -> x 120-280
-    EXPECT_TRUE(isRed(after.at(135, 142)));    // the opaque bar covers the blue square
-    EXPECT_TRUE(isBlue(after.at(135, 120)));   // the image's transparent top lets the blue square show
-    EXPECT_TRUE(isWhite(after.at(250, 120)));  // ... and the white page
-    EXPECT_TRUE(isGreen(after.at(114, 178)));  // the green square sits at the bottom left: not flipped
-    EXPECT_TRUE(isWhite(after.at(290, 178)));
-    EXPECT_TRUE(isWhite(after.at(114, 196)) && isWhite(after.at(96, 178)) && isWhite(after.at(304, 142)));
+    EXPECT_TRUE(isRed(colourAt(after, 200, 142)));    // the bar: image rows 10-19 -> y 132-152, columns -> x 120-280
+    EXPECT_TRUE(isRed(colourAt(after, 135, 142)));    // the opaque bar covers the blue square
+    EXPECT_TRUE(isBlue(colourAt(after, 135, 120)));   // the image's transparent top lets the blue square show
+    EXPECT_TRUE(isWhite(colourAt(after, 250, 120)));  // ... and the white page
+    EXPECT_TRUE(isGreen(colourAt(after, 114, 178)));  // the green square sits at the bottom left: not flipped
+    EXPECT_TRUE(isWhite(colourAt(after, 290, 178)));
+    EXPECT_TRUE(isWhite(colourAt(after, 114, 196)) && isWhite(colourAt(after, 96, 178)) && isWhite(colourAt(after, 304, 142)));
     EXPECT_EQ(differencesOutside(before, after, 99, 111, 301, 193), 0);  // a pixel of slack for smoothing
 
-    Raster secondBefore = render(originalPath, 2), secondAfter = render(stampedPath, 2);
-    EXPECT_GT(secondBefore.width, 0);
+    QnImage secondBefore = pdfPageImage(originalPath, 2), secondAfter = pdfPageImage(stampedPath, 2);
+    EXPECT_GT(secondBefore.pixelWidth(), 0);
     EXPECT_EQ(differencesOutside(secondBefore, secondAfter, 0, 0, 0, 0), 0);
   }
 }
@@ -408,13 +357,13 @@ TEST(PdfStamp, DrawsOnAPageWithInheritedResourcesAndLeavesItsOwnXObjectAlone) {
   ASSERT_TRUE(stamped);
   std::string path = save("inherited.pdf", *stamped);
   EXPECT_EQ(qpdfCheckFailure(path), "");
-  Raster page = render(path, 1);
-  ASSERT_EQ(std::pair(page.width, page.height), std::pair(200, 100));
-  EXPECT_TRUE(isBlue(page.at(10, 90)));     // the page's own /ScrivletStamp0, doubled by its cm: 0-20 pt
-  EXPECT_TRUE(isWhite(page.at(30, 90)));
-  EXPECT_TRUE(isRed(page.at(150, 55)));     // image at scale 1, its top at 100 - 60 = 40 px down
-  EXPECT_TRUE(isGreen(page.at(107, 73)));
-  EXPECT_TRUE(isWhite(page.at(150, 45)));
+  QnImage page = pdfPageImage(path);
+  ASSERT_EQ(std::pair(page.pixelWidth(), page.pixelHeight()), std::pair(200, 100));
+  EXPECT_TRUE(isBlue(colourAt(page, 10, 90)));     // the page's own /ScrivletStamp0, doubled by its cm: 0-20 pt
+  EXPECT_TRUE(isWhite(colourAt(page, 30, 90)));
+  EXPECT_TRUE(isRed(colourAt(page, 150, 55)));     // image at scale 1, its top at 100 - 60 = 40 px down
+  EXPECT_TRUE(isGreen(colourAt(page, 107, 73)));
+  EXPECT_TRUE(isWhite(colourAt(page, 150, 45)));
   EXPECT_EQ(pdfAttachment(*stamped, "a.txt"), bytesOf("older\n"));  // flattened from the kid node
   EXPECT_EQ(pdfAttachment(*stamped, "b.txt"), bytesOf("new"));
 }
@@ -467,12 +416,12 @@ TEST(PdfStamp, StampsTwiceAsTwoIncrements) {
 
   EXPECT_EQ(pdfAttachment(*twice, "first.json"), bytesOf("1"));
   EXPECT_EQ(pdfAttachment(*twice, "second.json"), bytesOf("2"));
-  Raster page = render(path, 1);
-  ASSERT_EQ(page.width, 595);
-  EXPECT_TRUE(isRed(page.at(200, 142)));  // the first image keeps its own resource name
-  EXPECT_TRUE(isGreen(page.at(114, 178)));
-  EXPECT_TRUE(isBlue(page.at(430, 717)) && isBlue(page.at(470, 717)));
-  EXPECT_TRUE(isWhite(page.at(450, 687)) && isWhite(page.at(410, 717)) && isWhite(page.at(490, 717)));
+  QnImage page = pdfPageImage(path);
+  ASSERT_EQ(page.pixelWidth(), 595);
+  EXPECT_TRUE(isRed(colourAt(page, 200, 142)));  // the first image keeps its own resource name
+  EXPECT_TRUE(isGreen(colourAt(page, 114, 178)));
+  EXPECT_TRUE(isBlue(colourAt(page, 430, 717)) && isBlue(colourAt(page, 470, 717)));
+  EXPECT_TRUE(isWhite(colourAt(page, 450, 687)) && isWhite(colourAt(page, 410, 717)) && isWhite(colourAt(page, 490, 717)));
 }
 
 TEST(PdfStamp, RefusesWhatItCannotStampWithAReason) {

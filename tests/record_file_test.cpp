@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "image_support.h"
+#include "output_support.h"
 
 #include <algorithm>
 #include <cmath>

@@ -63,7 +63,7 @@ TEST_F(SignatureHash, BadgeIsAShadowedLightPadlockWithHolesThenTheTextOrGreyInSV
   QnComboContext combo(&bitmap.context());
   renderHashWithContext(&combo, false, c.get(), 40, 20);  // the padlock's corner at (4, 13)
   QnImage image = bitmap.makeImage();
-  writeFile(fs::path(SCRIVLET_TEST_OUTPUT_DIR) / "hash_badge.png", image.encodePNG());
+  test_support::savePNG(image, "hash_badge.png");
   auto red = [&](double x, double y) { return int(image.pixelAt(int(x * 2), int(y * 2)).r); };
   EXPECT_EQ(red(1, 1), 38);                  // background
   EXPECT_GT(red(7, 28), 215);                // body

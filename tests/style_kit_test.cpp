@@ -6,7 +6,7 @@
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
-#include "image_support.h"
+#include "output_support.h"
 #include "platform/image_view.h"
 
 #include <gtest/gtest.h>
