@@ -89,6 +89,7 @@ TEST_F(Completion, PreparationCopiesOnlyItsListOfSettings) {
 
 // records: the delivered records' strokes in order, then the cached record's.
 struct Script { const char* name; const char* steps; Calls calls; std::vector<Trace> records; };
+void PrintTo(const Script& script, std::ostream* out) { *out << script.steps; }
 class CompletionScript : public Completion, public ::testing::WithParamInterface<Script> {};
 
 TEST_P(CompletionScript, CallsTheDelegateAsPrescribedAndLosesNoRecord) {
