@@ -176,6 +176,31 @@ TEST(CairoContext, BadInputLeavesTheContextDrawing) {
   EXPECT_EQ(rgbaAt(bitmap.makeImage(), 5, 5), kRed);
 }
 
+// The pieces of the current path: its move, line, curve and close elements.
+int pathElements(cairo_t* cr) {
+  cairo_path_t* path = cairo_copy_path(cr);
+  int elements = 0;
+  for (int i = 0; i < path->num_data; i += path->data[i].header.length) ++elements;
+  cairo_path_destroy(path);
+  return elements;
+}
+
+TEST(CairoContext, ArcsOfAnySizeAreAFewPiecesAndCoverWhatTheyReach) {
+  // A pen 1e30 points wide (a stylus reporting an absurd force): a handful of curves, the view covered.
+  QnBitmapContext huge({40, 20}, 2);
+  huge.context().setFillColor(QnColor(1, 0, 0, 1));
+  huge.context().addArc(10, 10, 1e30, 0, 2 * M_PI, 0);
+  EXPECT_LT(pathElements(dynamic_cast<CairoContext&>(huge.context()).cairo()), 100);
+  huge.context().drawPath(kQnPathFill);
+  expectPixels(huge.makeImage(), {{0, 0, kRed}, {79, 0, kRed}, {0, 39, kRed}, {79, 39, kRed}});
+  // A pen dot of ordinary size keeps its size: 5 points is 10 pixels at this scale.
+  QnBitmapContext dot({40, 20}, 2);
+  dot.context().setFillColor(QnColor(1, 0, 0, 1));
+  dot.context().addArc(20, 10, 5, 0, 2 * M_PI, 0);
+  dot.context().drawPath(kQnPathFill);
+  expectPixels(dot.makeImage(), {{40, 20, kRed}, {48, 20, kRed}, {40, 28, kRed}, {51, 20, kClear}, {40, 31, kClear}});
+}
+
 TEST(CairoContext, BoldTextIsNimbusSansWithHelveticaWidthsInkedInsideItsBox) {
   EXPECT_EQ(boldFontFamilyName(), "Nimbus Sans");
   // Helvetica Bold advances: W 944, i 278 thousandths of an em.

@@ -109,6 +109,16 @@ void CairoContext::addArc(double x, double y, double radius, double startAngle, 
                           int clockwise) {
   if (!finite(x, y) || !finite(startAngle, endAngle) || !std::isfinite(radius) || radius < 0)
     return;
+  // Cairo cuts an arc into more pieces the more pixels it spans: a pen a trillion trillion points wide
+  // (a stylus reporting an absurd force) would take hundreds of thousands of pieces an arc, and minutes.
+  // Beyond cairo's coordinate range (2^23 pixels) no arc is drawn faithfully anyway, so one larger
+  // than half of that is drawn at half of that.
+  constexpr double kLargestRadiusInPixels = 1 << 22;
+  double ux = radius, uy = 0, vx = 0, vy = radius;
+  cairo_user_to_device_distance(cr_, &ux, &uy);
+  cairo_user_to_device_distance(cr_, &vx, &vy);
+  double pixels = std::max(std::hypot(ux, uy), std::hypot(vx, vy));
+  if (pixels > kLargestRadiusInPixels) radius *= kLargestRadiusInPixels / pixels;
   // In top-left, y-down space cairo_arc runs the way CoreGraphics draws with clockwise 0.
   if (clockwise)
     cairo_arc_negative(cr_, x, y, radius, startAngle, endAngle);
