@@ -199,6 +199,14 @@ TEST(CairoContext, ArcsOfAnySizeAreAFewPiecesAndCoverWhatTheyReach) {
   dot.context().addArc(20, 10, 5, 0, 2 * M_PI, 0);
   dot.context().drawPath(kQnPathFill);
   expectPixels(dot.makeImage(), {{40, 20, kRed}, {48, 20, kRed}, {40, 28, kRed}, {51, 20, kClear}, {40, 31, kClear}});
+  // A tap of a pen a million million points wide: a round dot that covers the view.
+  QnBitmapContext tap({40, 20}, 2);
+  tap.context().setStrokeColor(QnColor(1, 0, 0, 1));
+  tap.context().setLineCap(kQnLineCapRound);
+  tap.context().setLineWidth(1e12);
+  tap.context().moveToPoint(10, 10), tap.context().addLineToPoint(10, 10);
+  tap.context().drawPath(kQnPathStroke);
+  expectPixels(tap.makeImage(), {{0, 0, kRed}, {79, 0, kRed}, {0, 39, kRed}, {79, 39, kRed}});
 }
 
 TEST(CairoContext, BoldTextIsNimbusSansWithHelveticaWidthsInkedInsideItsBox) {

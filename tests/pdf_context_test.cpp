@@ -37,6 +37,28 @@ TEST(PDFContext, ThePageShowsTheMediaBoxWhateverItsOrigin) {
   EXPECT_FALSE(dark(100, 50));
 }
 
+// A pen wider than 2^22 points (a stylus reporting an absurd force) is written at that width, which
+// covers any page, so that no reader has to draw a round cap of a million million points.
+TEST(PDFContext, PensWiderThanAnyPageAreWrittenAtTheLargestWidth) {
+  std::vector<uint8_t> bytes;
+  QnPDFContext pdf(makeRect(0, 0, 200, 100), [&](const uint8_t* b, size_t n) { bytes.insert(bytes.end(), b, b + n); });
+  CGContext& cg = pdf.context();
+  cg.setLineCap(kQnLineCapRound);
+  cg.setLineWidth(1e12);
+  cg.moveToPoint(100, 50), cg.addLineToPoint(100, 50);
+  cg.drawPath(kQnPathStroke);
+  cg.setLineWidth(3);  // an ordinary pen keeps its width
+  cg.moveToPoint(10, 10), cg.addLineToPoint(20, 10);
+  cg.drawPath(kQnPathStroke);
+  pdf.end();
+  std::string path = test_support::writeOutput("pdf_context/wide_pen.pdf", bytes);
+  EXPECT_EQ(test_support::outputOf("qpdf --qdf --object-streams=disable '" + path + "' - | grep -ao '[0-9.]* w '"),
+            "4194304 w \n3 w \n");
+  QnImage page = pageOf(bytes, "wide_pen");
+  ASSERT_EQ(page.pixelWidth(), 200);
+  EXPECT_TRUE(page.pixelAt(0, 0).r < 64 && page.pixelAt(199, 99).r < 64);
+}
+
 // Shapes are written beneath the page cairo makes until text comes; from then on cairo draws them. The
 // page shows both in the order drawn, with their colours, opacities and pens.
 TEST(PDFContext, ShapesBeforeAndAfterTextKeepTheirOrderColoursAndPens) {

@@ -8,6 +8,7 @@
 
 #include <cairo.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace scrivlet {
@@ -109,16 +110,7 @@ void CairoContext::addArc(double x, double y, double radius, double startAngle, 
                           int clockwise) {
   if (!finite(x, y) || !finite(startAngle, endAngle) || !std::isfinite(radius) || radius < 0)
     return;
-  // Cairo cuts an arc into more pieces the more pixels it spans: a pen a trillion trillion points wide
-  // (a stylus reporting an absurd force) would take hundreds of thousands of pieces an arc, and minutes.
-  // Beyond cairo's coordinate range (2^23 pixels) no arc is drawn faithfully anyway, so one larger
-  // than half of that is drawn at half of that.
-  constexpr double kLargestRadiusInPixels = 1 << 22;
-  double ux = radius, uy = 0, vx = 0, vy = radius;
-  cairo_user_to_device_distance(cr_, &ux, &uy);
-  cairo_user_to_device_distance(cr_, &vx, &vy);
-  double pixels = std::max(std::hypot(ux, uy), std::hypot(vx, vy));
-  if (pixels > kLargestRadiusInPixels) radius *= kLargestRadiusInPixels / pixels;
+  radius = withinPixelLimit(radius);
   // In top-left, y-down space cairo_arc runs the way CoreGraphics draws with clockwise 0.
   if (clockwise)
     cairo_arc_negative(cr_, x, y, radius, startAngle, endAngle);
@@ -233,9 +225,12 @@ void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
   // A document page has nothing beneath its drawing to clear, and cairo would turn a clearing
   // operation into a raster fallback of the whole area.
   if (clearing && cairo_surface_get_type(cairo_get_target(cr_)) != CAIRO_SURFACE_TYPE_IMAGE) return;
+  double width = cairo_get_line_width(cr_);
+  if (stroke) cairo_set_line_width(cr_, withinPixelLimit(width));
   if (shapes_ && hasShadow()) shapes_ = nullptr;
   if (shapes_) {
     writeShapes(fill, evenOdd, stroke);
+    cairo_set_line_width(cr_, width);
     return;
   }
   cairo_set_operator(cr_, clearing ? CAIRO_OPERATOR_CLEAR : CAIRO_OPERATOR_OVER);
@@ -250,6 +245,19 @@ void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
     cairo_stroke_preserve(cr_);
   }
   cairo_set_operator(cr_, CAIRO_OPERATOR_OVER);
+  cairo_set_line_width(cr_, width);
+}
+
+double CairoContext::withinPixelLimit(double length) const {
+  // Cairo cuts arcs and round pens into more pieces the more pixels they span: a pen a million
+  // million points wide (a stylus reporting an absurd force) takes seconds to minutes a dot. Beyond
+  // cairo's coordinate range (2^23 pixels) nothing is placed faithfully anyway.
+  constexpr double kLargestInPixels = 1 << 22;
+  double ux = length, uy = 0, vx = 0, vy = length;
+  cairo_user_to_device_distance(cr_, &ux, &uy);
+  cairo_user_to_device_distance(cr_, &vx, &vy);
+  double pixels = std::max(std::hypot(ux, uy), std::hypot(vx, vy));
+  return pixels > kLargestInPixels ? length * (kLargestInPixels / pixels) : length;
 }
 
 void CairoContext::writeShapes(bool fill, bool evenOdd, bool stroke) {

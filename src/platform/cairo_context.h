@@ -71,6 +71,8 @@ class SCRIVLET_EXPORT CairoContext : public CGContext {
   void setSource(const QnColor& color);
   // Fills and/or strokes the current path (kept), shadow first.
   void paint(bool fill, bool evenOdd, bool stroke);
+  // A length in user space, shortened where it would span more than 2^22 pixels.
+  double withinPixelLimit(double length) const;
   void paintShadow(bool fill, bool evenOdd, bool stroke);
   void writeShapes(bool fill, bool evenOdd, bool stroke);
   QnSize shadowOffsetInDeviceSpace() const;
