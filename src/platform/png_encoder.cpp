@@ -18,7 +18,6 @@ namespace {
 static_assert(std::endian::native == std::endian::little, "pixels are packed as little-endian words");
 
 struct Band {
-  RowBand rows;
   std::string deflated;
   uLong adler = 0;
   bool ok = false;
@@ -35,17 +34,17 @@ uint32_t straightRGBA(uint32_t p) {
 
 // The band's rows as PNG scanlines (the "sub" filter: ink on a transparent ground compresses well
 // with it and it costs one subtraction a byte).
-void deflateBand(const unsigned char* pixels, int width, int stride, bool last, Band& band) {
+void deflateBand(const unsigned char* pixels, int width, int stride, RowBand rows, bool last, Band& band) {
   z_stream z{};
   // The fastest level, raw deflate: the zlib header and checksum are written once, for all bands.
   if (deflateInit2(&z, 1, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK) return;
   std::vector<unsigned char> line(1 + size_t(width) * 4);
   band.adler = adler32(0, nullptr, 0);
-  band.deflated.resize(deflateBound(&z, uLong(line.size()) * uLong(band.rows.endRow - band.rows.firstRow)) + 64);
+  band.deflated.resize(deflateBound(&z, uLong(line.size()) * uLong(rows.endRow - rows.firstRow)) + 64);
   z.next_out = reinterpret_cast<Bytef*>(band.deflated.data());
   z.avail_out = uInt(band.deflated.size());
   bool ok = true;
-  for (int y = band.rows.firstRow; y < band.rows.endRow && ok; ++y) {
+  for (int y = rows.firstRow; y < rows.endRow && ok; ++y) {
     const auto* argb = reinterpret_cast<const uint32_t*>(pixels + size_t(y) * stride);
     line[0] = 1;  // sub
     uint32_t before = 0;  // the pixel to the left, straight
@@ -59,7 +58,7 @@ void deflateBand(const unsigned char* pixels, int width, int stride, bool last, 
     band.adler = adler32(band.adler, line.data(), uInt(line.size()));
     z.next_in = line.data();
     z.avail_in = uInt(line.size());
-    bool lastRow = y + 1 == band.rows.endRow;
+    bool lastRow = y + 1 == rows.endRow;
     int flush = !lastRow ? Z_NO_FLUSH : last ? Z_FINISH : Z_SYNC_FLUSH;
     int status = deflate(&z, flush);
     ok = z.avail_in == 0 && (status == Z_OK || status == Z_STREAM_END || status == Z_BUF_ERROR) &&
@@ -88,8 +87,7 @@ std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int
   if (!pixels || width <= 0 || height <= 0) return {};
   std::vector<RowBand> rows = rowBands(height, bandsWanted);
   std::vector<Band> bands(rows.size());
-  for (size_t i = 0; i < rows.size(); ++i) bands[i].rows = rows[i];
-  forEachBandInParallel(rows, [&](size_t i) { deflateBand(pixels, width, stride, i + 1 == rows.size(), bands[i]); });
+  forEachBandInParallel(rows, [&](size_t i) { deflateBand(pixels, width, stride, rows[i], i + 1 == rows.size(), bands[i]); });
   size_t deflatedSize = 0;
   for (const Band& band : bands) {
     if (!band.ok) return {};
@@ -103,7 +101,7 @@ std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int
   for (size_t i = 0; i < bands.size(); ++i) {
     idat.insert(idat.end(), bands[i].deflated.begin(), bands[i].deflated.end());
     if (i > 0) {
-      z_off_t length = z_off_t(bands[i].rows.endRow - bands[i].rows.firstRow) * (1 + z_off_t(width) * 4);
+      z_off_t length = z_off_t(rows[i].endRow - rows[i].firstRow) * (1 + z_off_t(width) * 4);
       adler = adler32_combine(adler, bands[i].adler, length);
     }
   }
