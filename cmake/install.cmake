@@ -12,7 +12,7 @@ if(TARGET scrivlet_qt)
 endif()
 
 if(TARGET scrivlet_quick)
-  list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_quick)
+  list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_quick ${SCRIVLET_QUICK_OUTPUT_TARGETS})
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/qt/quick/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
 
