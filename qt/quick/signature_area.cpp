@@ -101,10 +101,11 @@ bool SignatureArea::isTopmostAt(QPointF scenePosition) const {
   return hit && (hit == this || isAncestorOf(hit));
 }
 
+// Events filtered from the window have their positions in the window, which is the scene.
 bool SignatureArea::takeTouch(QTouchEvent* event) {
   if (!takesInput()) return touches_.clear(), false;
   for (const QEventPoint& point : event->points())
-    if (point.state() == QEventPoint::State::Pressed && isTopmostAt(point.scenePosition())) touches_.insert(point.id());
+    if (point.state() == QEventPoint::State::Pressed && isTopmostAt(point.position())) touches_.insert(point.id());
   bool any = false, all = true;
   for (const QEventPoint& point : event->points()) {
     bool mine = touches_.count(point.id()) > 0;
@@ -113,7 +114,7 @@ bool SignatureArea::takeTouch(QTouchEvent* event) {
   if (!any) return false;
   core_->input().touch(event, [this](const QEventPoint& point) -> std::optional<QPointF> {
     if (!touches_.count(point.id())) return std::nullopt;
-    return mapFromScene(point.scenePosition());
+    return mapFromScene(point.position());
   });
   for (const QEventPoint& point : event->points())
     if (point.state() == QEventPoint::State::Released || event->type() == QEvent::TouchCancel) touches_.erase(point.id());
@@ -124,9 +125,9 @@ bool SignatureArea::takeTouch(QTouchEvent* event) {
 
 bool SignatureArea::takeTablet(QTabletEvent* event) {
   bool mine = core_->input().penDown(event) ||
-              (event->type() == QEvent::TabletPress && takesInput() && isTopmostAt(event->scenePosition()));
+              (event->type() == QEvent::TabletPress && takesInput() && isTopmostAt(event->position()));
   if (!mine) return false;
-  core_->input().tablet(event, mapFromScene(event->scenePosition()));
+  core_->input().tablet(event, mapFromScene(event->position()));
   core_->noticeChanges();
   return true;
 }
