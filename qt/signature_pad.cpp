@@ -39,9 +39,15 @@ class SignaturePad::Surface : public QnQtCaptureWidget {
     if (event->isPointerEvent()) core_->noticeChanges();
     return handled;
   }
+  // Qt moves a widget before resizing it, and either gives the view the widget's whole geometry.
   void resizeEvent(QResizeEvent* event) override {
     core_->beforeResize();
     QnQtCaptureWidget::resizeEvent(event);
+    core_->afterResize();
+  }
+  void moveEvent(QMoveEvent* event) override {
+    core_->beforeResize();
+    QnQtCaptureWidget::moveEvent(event);
     core_->afterResize();
   }
   void paintEvent(QPaintEvent* event) override {
@@ -58,7 +64,9 @@ SignaturePad::SignaturePad(QWidget* parent) : QWidget(parent) {
   static const bool installed = (installQtPlatform(), QAccessible::installFactory(accessiblePad), true);
   (void)installed;
   qRegisterMetaType<SignatureRecord>();
-  core_ = std::make_unique<SignaturePadCore>(std::make_shared<QnView>());
+  // Not empty, so that the guideline is placed before the widget gets its size (a guideline first
+  // placed on an empty view stays empty).
+  core_ = std::make_unique<SignaturePadCore>(std::make_shared<QnView>(makeRect(0, 0, 1, 1)));
   surface_ = new Surface(this, core_.get());
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
@@ -83,9 +91,11 @@ void SignaturePad::settingChanged() {
 }
 
 void SignaturePad::describe() {
-  // Setting the description announces the change to assistive technology.
   setAccessibleDescription(core_->description());
   surface_->setAccessibleDescription(core_->description());
+  // Assistive technology hears of the change (Qt 6.4 does not announce a new description itself).
+  QAccessibleEvent event(this, QAccessible::DescriptionChanged);
+  QAccessible::updateAccessibility(&event);
 }
 
 void SignaturePad::keyPressEvent(QKeyEvent* event) {

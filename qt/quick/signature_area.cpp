@@ -82,9 +82,11 @@ void SignatureArea::componentComplete() {
 }
 
 void SignatureArea::describe() {
-  // The attached object announces the change of description to assistive technology.
   if (!isComponentComplete()) return;
   if (QObject* accessible = accessibleOf(this)) accessible->setProperty("description", core_->description());
+  // Assistive technology hears of the change (Qt 6.4 does not announce a new description itself).
+  QAccessibleEvent event(this, QAccessible::DescriptionChanged);
+  QAccessible::updateAccessibility(&event);
 }
 
 bool SignatureArea::takesInput() const { return core_->takesInput(isEnabled() && isVisible()); }
