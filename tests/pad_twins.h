@@ -107,7 +107,9 @@ class Twins : public ::testing::Test {
   SignatureRecord recordOf(QObject* pad) {
     QSignalSpy ready(pad, SIGNAL(signatureReady(scrivlet::SignatureRecord)));
     QMetaObject::invokeMethod(pad, "done");
-    if (ready.isEmpty()) EXPECT_TRUE(ready.wait(20000));
+    if (ready.isEmpty()) {
+      EXPECT_TRUE(ready.wait(20000));
+    }
     return ready.isEmpty() ? SignatureRecord() : ready.first().at(0).value<SignatureRecord>();
   }
 

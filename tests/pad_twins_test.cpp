@@ -71,6 +71,12 @@ TEST_F(Twins, DisabledOrReadOnlyNeitherTakesAFingerAPenNorTheMouseAndAStrokeUnde
     EXPECT_EQ(traceOf(twin.strokes()).back(), (Path{{31, 180}, {48, 195}, {65, 204}, {65, 204}}))
         << twin.name;
     twin.pad->setProperty("enabled", true);
+    // Stylus only: the pen alone draws.
+    QMetaObject::invokeMethod(twin.pad, "clear");
+    twin.pad->setProperty("stylusOnly", true);
+    playAll(twin.window, strokes);
+    EXPECT_EQ(traceOf(twin.strokes()).size(), 1u) << twin.name;
+    EXPECT_EQ(twin.strokes()->at(0)->front().location.y, 100) << twin.name;
   }
 }
 
