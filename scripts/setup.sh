@@ -10,7 +10,7 @@ packages=(
   libqpdf-dev libpng-dev zlib1g-dev openssl
   qt6-base-dev qt6-base-private-dev qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
   qpdf poppler-utils libxml2-utils librsvg2-bin
-  locales xvfb
+  locales xvfb xauth
   clang libclang-rt-14-dev libxml2-dev
 )
 

@@ -80,5 +80,24 @@ TEST_F(Twins, DisabledOrReadOnlyNeitherTakesAFingerAPenNorTheMouseAndAStrokeUnde
   }
 }
 
+TEST_F(Twins, ATouchCancelledByThePlatformDropsTheStrokeUnderWayAndTheNextOneDraws) {
+  for (const Twin& twin : twins_) {
+    Recording half = wave(Sample::finger, 8, 50, 1000);
+    half.pop_back();  // no release: the platform cancels instead
+    for (size_t i = 0; i < half.size(); ++i) {
+      QWindowSystemInterface::TouchPoint point;
+      point.id = 1;
+      point.state = i == 0 ? QEventPoint::State::Pressed : QEventPoint::State::Updated;
+      point.area = QRectF(twin.window->mapToGlobal(half[i].at) - QPointF(4, 4), QSizeF(8, 8));
+      QWindowSystemInterface::handleTouchEvent(twin.window, half[i].ms, screen_, {point});
+    }
+    QWindowSystemInterface::handleTouchCancelEvent(twin.window, 1100, screen_);
+    QWindowSystemInterface::flushWindowSystemEvents();
+    EXPECT_TRUE(twin.pad->property("empty").toBool()) << twin.name;
+    play(twin.window, wave(Sample::finger, 5, 120, 2000));
+    EXPECT_EQ(twin.pad->property("strokeCount").toInt(), 1) << twin.name;
+  }
+}
+
 }  // namespace
 }  // namespace scrivlet

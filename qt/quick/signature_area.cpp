@@ -106,6 +106,11 @@ bool SignatureArea::isTopmostAt(QPointF scenePosition) const {
 // Events filtered from the window have their positions in the window, which is the scene.
 bool SignatureArea::takeTouch(QTouchEvent* event) {
   if (!takesInput()) return touches_.clear(), false;
+  if (event->type() == QEvent::TouchCancel) {  // it may name no points: it cancels them all
+    if (!touches_.empty()) core_->input().touch(event), core_->noticeChanges();
+    touches_.clear();
+    return false;
+  }
   for (const QEventPoint& point : event->points())
     if (point.state() == QEventPoint::State::Pressed && isTopmostAt(point.position())) touches_.insert(point.id());
   bool any = false, all = true;
@@ -119,7 +124,7 @@ bool SignatureArea::takeTouch(QTouchEvent* event) {
     return mapFromScene(point.position());
   });
   for (const QEventPoint& point : event->points())
-    if (point.state() == QEventPoint::State::Released || event->type() == QEvent::TouchCancel) touches_.erase(point.id());
+    if (point.state() == QEventPoint::State::Released) touches_.erase(point.id());
   core_->noticeChanges();
   // Points of other items go on to them.
   return all;
