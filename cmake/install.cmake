@@ -54,11 +54,7 @@ if(TARGET scrivlet_qt)
   install(FILES ${PROJECT_BINARY_DIR}/scrivlet-qt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()
 if(TARGET scrivlet_quick)
-  # A static library's QML type registration is linked in only when something refers to it.
-  set(SCRIVLET_QUICK_PC_REGISTRATION "")
-  if(NOT BUILD_SHARED_LIBS)
-    set(SCRIVLET_QUICK_PC_REGISTRATION "-Wl,-u,${SCRIVLET_QUICK_REGISTRATION_SYMBOL} ")
-  endif()
+  # The QML type registration reaches a host only when something refers to it (see qt/quick).
   configure_file(${CMAKE_CURRENT_LIST_DIR}/scrivlet-quick.pc.in ${PROJECT_BINARY_DIR}/scrivlet-quick.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/scrivlet-quick.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()

@@ -85,8 +85,9 @@ int SignaturePadCore::strokeCount() const {
 }
 
 QString SignaturePadCore::description() const {
+  // Finished strokes: the description changes, and is announced, as each stroke ends.
   int count = strokeCount();
-  if (session_->isEmpty()) return "empty";
+  if (count == 0) return "empty";
   return count == 1 ? QString("1 stroke") : QString("%1 strokes").arg(count);
 }
 
@@ -106,17 +107,16 @@ void SignaturePadCore::noticeChanges() {
 }
 
 void SignaturePadCore::strokeDidEnd() {
-  auto controller = session_->scrivlet().scrivletController();
-  QnDemoDrawingController& model = *controller->drawingController();
-  const QnStrokeRef& stroke = model.drawingArray()->back();
-  // A tap is drawn as a dot of the size asked for: its points take that width, and the ink is drawn
-  // again (the record, prepared later, holds the same widths).
-  if (settings_->dotSize > 0 && !stroke->empty() && isTap(*stroke)) {
-    for (QnSignaturePoint& p : *stroke) p.diameter = float(settings_->dotSize);
-    model.redraw();
+  const QnStrokeListRef& drawn = session_->scrivlet().scrivletController()->drawingController()->drawingArray();
+  int index = int(drawn->size()) - 1, points = int(std::min<size_t>(drawn->back()->size(), INT_MAX));
+  // A tap is drawn as a dot of the size asked for: the strokes are shown again with its points at that
+  // width (the record, prepared later, holds the same widths).
+  if (settings_->dotSize > 0 && !drawn->back()->empty() && isTap(*drawn->back())) {
+    QnStrokeListRef strokes = session_->strokes();
+    for (QnSignaturePoint& p : *strokes->back()) p.diameter = float(settings_->dotSize);
+    session_->setStrokes(strokes);
   }
-  int index = int(model.drawingArray()->size()) - 1;
-  if (events.strokeEnded) events.strokeEnded(index, int(std::min<size_t>(stroke->size(), INT_MAX)));
+  if (events.strokeEnded) events.strokeEnded(index, points);
   noticeChanges();
 }
 

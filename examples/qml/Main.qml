@@ -58,7 +58,7 @@ Window {
     Text {
         id: status
         anchors { left: parent.left; top: parent.top; margins: 8 }
-        text: area.empty ? "Sign above the line" : area.strokeCount + " strokes"
+        text: area.empty ? "Sign above the line" : area.strokeCount === 1 ? "1 stroke" : area.strokeCount + " strokes"
         color: "#4a5568"
     }
 
