@@ -108,6 +108,7 @@ void SignaturePadCore::noticeChanges() {
 
 void SignaturePadCore::strokeDidEnd() {
   const QnStrokeListRef& drawn = session_->scrivlet().scrivletController()->drawingController()->drawingArray();
+  if (drawn->empty()) return noticeChanges();
   int index = int(drawn->size()) - 1, points = int(std::min<size_t>(drawn->back()->size(), INT_MAX));
   // A tap is drawn as a dot of the size asked for: the strokes are shown again with its points at that
   // width (the record, prepared later, holds the same widths).
@@ -195,6 +196,7 @@ void SignaturePadCore::afterResize() {
 
 void SignaturePadCore::transformInk(QnPoint from, QnPoint to, double scale) {
   QnStrokeListRef strokes = session_->strokes();
+  if (strokes->empty()) return;
   for (QnStrokeRef& stroke : *strokes)
     for (QnSignaturePoint& p : *stroke) {
       p.location = {to.x + (p.location.x - from.x) * scale, to.y + (p.location.y - from.y) * scale};
