@@ -50,6 +50,9 @@ class Twins : public ::testing::Test {
  protected:
   static void SetUpTestSuite() {
     QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+    // Made once the application exists, and registered as a platform plugin registers its devices.
+    screen_ = QTest::createTouchDevice();
+    pen_ = makePen(601);
     QWindowSystemInterface::registerInputDevice(pen_);
   }
   void SetUp() override {
@@ -113,8 +116,8 @@ class Twins : public ::testing::Test {
     return ready.isEmpty() ? SignatureRecord() : ready.first().at(0).value<SignatureRecord>();
   }
 
-  static inline QPointingDevice* screen_ = QTest::createTouchDevice();
-  static inline QPointingDevice* pen_ = makePen(601);
+  static inline QPointingDevice* screen_ = nullptr;
+  static inline QPointingDevice* pen_ = nullptr;
   SignaturePad widget_;
   QQuickView quick_;
   SignatureArea* area_ = nullptr;
