@@ -1,4 +1,4 @@
-# Installing Scrivlet: headers, libraries, the CMake package (Scrivlet::scrivlet, ::evidence, ::qt) and
+# Installing Scrivlet: headers, libraries, the CMake package (Scrivlet::scrivlet, ::evidence, ::qt, ::quick) and
 # pkg-config files, so that a host builds against it with find_package or pkg-config alone.
 include(CMakePackageConfigHelpers)
 
@@ -12,7 +12,7 @@ if(TARGET scrivlet_qt)
 endif()
 
 if(TARGET scrivlet_quick)
-  list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_quick)
+  list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_quick ${SCRIVLET_QUICK_OUTPUT_TARGETS})
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/qt/quick/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endif()
 
@@ -27,6 +27,7 @@ set_target_properties(${SCRIVLET_INSTALLED_TARGETS} PROPERTIES INSTALL_RPATH "$O
 
 install(TARGETS ${SCRIVLET_INSTALLED_TARGETS} EXPORT ScrivletTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  OBJECTS DESTINATION ${CMAKE_INSTALL_LIBDIR}/scrivlet-objects
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
@@ -51,4 +52,9 @@ install(FILES ${PROJECT_BINARY_DIR}/scrivlet.pc DESTINATION ${CMAKE_INSTALL_LIBD
 if(TARGET scrivlet_qt)
   configure_file(${CMAKE_CURRENT_LIST_DIR}/scrivlet-qt.pc.in ${PROJECT_BINARY_DIR}/scrivlet-qt.pc @ONLY)
   install(FILES ${PROJECT_BINARY_DIR}/scrivlet-qt.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endif()
+if(TARGET scrivlet_quick)
+  # The QML type registration reaches a host only when something refers to it (see qt/quick).
+  configure_file(${CMAKE_CURRENT_LIST_DIR}/scrivlet-quick.pc.in ${PROJECT_BINARY_DIR}/scrivlet-quick.pc @ONLY)
+  install(FILES ${PROJECT_BINARY_DIR}/scrivlet-quick.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endif()

@@ -15,9 +15,13 @@
 namespace scrivlet {
 
 QnQtCaptureWidget::QnQtCaptureWidget(QWidget* parent, std::shared_ptr<QnView> view)
+    : QnQtCaptureWidget(parent, view ? view : std::make_shared<QnView>(), nullptr) {}
+
+QnQtCaptureWidget::QnQtCaptureWidget(QWidget* parent, std::shared_ptr<QnView> view, QtInputTranslator* input)
     : QWidget(parent),
-      view_(view ? view : std::make_shared<QnView>()),
-      input_(std::make_unique<QtInputTranslator>(view_)) {
+      view_(std::move(view)),
+      ownInput_(input ? nullptr : std::make_unique<QtInputTranslator>(view_)),
+      input_(input ? input : ownInput_.get()) {
   setAttribute(Qt::WA_AcceptTouchEvents);
   setAttribute(Qt::WA_OpaquePaintEvent, false);
   setFocusPolicy(Qt::StrongFocus);
@@ -26,7 +30,7 @@ QnQtCaptureWidget::QnQtCaptureWidget(QWidget* parent, std::shared_ptr<QnView> vi
   });
   // A view that already has a size gives the widget its size; a new one takes the widget's.
   QnSize size = view_->frame().size;
-  if (view && size.width > 0 && size.height > 0)
+  if (size.width > 0 && size.height > 0)
     resize(static_cast<int>(size.width), static_cast<int>(size.height));
   updateFrame();
 }
@@ -54,6 +58,8 @@ bool QnQtCaptureWidget::event(QEvent* event) {
     case QEvent::TouchUpdate:
     case QEvent::TouchEnd:
     case QEvent::TouchCancel:
+      // Refused touches go on to QWidget, which leaves them unaccepted.
+      if (!takesInput() && event->type() != QEvent::TouchCancel) break;
       input_->touch(static_cast<QTouchEvent*>(event));
       event->accept();
       return true;
@@ -66,8 +72,14 @@ bool QnQtCaptureWidget::event(QEvent* event) {
   return QWidget::event(event);
 }
 
-void QnQtCaptureWidget::tabletEvent(QTabletEvent* event) { input_->tablet(event); }
-void QnQtCaptureWidget::mousePressEvent(QMouseEvent* event) { input_->mousePress(event); }
+// Moves and releases are still followed when input stops being taken mid-stroke: the stroke has been
+// ended then, and they draw nothing.
+void QnQtCaptureWidget::tabletEvent(QTabletEvent* event) {
+  if (takesInput() || event->type() != QEvent::TabletPress) input_->tablet(event);
+}
+void QnQtCaptureWidget::mousePressEvent(QMouseEvent* event) {
+  if (takesInput()) input_->mousePress(event);
+}
 void QnQtCaptureWidget::mouseMoveEvent(QMouseEvent* event) { input_->mouseMove(event); }
 void QnQtCaptureWidget::mouseReleaseEvent(QMouseEvent* event) { input_->mouseRelease(event); }
 void QnQtCaptureWidget::endAllTouches() { input_->endAll(); }
@@ -75,6 +87,11 @@ void QnQtCaptureWidget::endAllTouches() { input_->endAll(); }
 void QnQtCaptureWidget::focusOutEvent(QFocusEvent* event) {
   QWidget::focusOutEvent(event);
   endAllTouches();
+}
+
+void QnQtCaptureWidget::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::EnabledChange && !isEnabled()) endAllTouches();
 }
 
 void QnQtCaptureWidget::hideEvent(QHideEvent* event) {

@@ -26,6 +26,12 @@ bool fromRealMouse(const QMouseEvent* event) {
          device->type() == QInputDevice::DeviceType::TouchPad;
 }
 
+qint64 penKey(const QTabletEvent* event) {
+  // Each pen is its own touch: told apart by its device, since a pen need not report a serial.
+  const QPointingDevice* device = event->pointingDevice();
+  return kPenKeyBase + (device ? (device->systemId() & 0xffffff) : 0);
+}
+
 }  // namespace
 
 std::shared_ptr<QtTouch> QtInputTranslator::touchFor(qint64 key, int type) {
@@ -43,7 +49,9 @@ void QtInputTranslator::deliver(QnTouchPhase phase, const QnTouchSet& touches) {
   view->deliverTouches(phase, touches, QnEvent(all));
 }
 
-void QtInputTranslator::touch(QTouchEvent* event) {
+bool QtInputTranslator::penDown(const QTabletEvent* event) const { return down_.count(penKey(event)) > 0; }
+
+void QtInputTranslator::touch(QTouchEvent* event, const Placement& place) {
   double time = seconds(event->timestamp());
   if (event->type() == QEvent::TouchCancel) {
     QnTouchSet cancelled;
@@ -63,8 +71,10 @@ void QtInputTranslator::touch(QTouchEvent* event) {
   // The points whose state changed form each phase's set; two fingers landing together are one.
   QnTouchSet began, moved, ended;
   for (const QEventPoint& point : event->points()) {
+    std::optional<QPointF> at = place ? place(point) : std::optional(point.position());
+    if (!at) continue;
     std::shared_ptr<QtTouch> touch = touchFor(point.id(), kQnTouchTypeDirect);
-    touch->moveTo(pointOf(point.position()), time);
+    touch->moveTo(pointOf(*at), time);
     touch->setPressure(pressure ? std::optional<double>(point.pressure()) : std::nullopt);
     switch (point.state()) {
       case QEventPoint::State::Pressed: began.push_back(touch); break;
@@ -80,11 +90,9 @@ void QtInputTranslator::touch(QTouchEvent* event) {
     if (point.state() == QEventPoint::State::Released) down_.erase(point.id());
 }
 
-void QtInputTranslator::tablet(QTabletEvent* event) {
+void QtInputTranslator::tablet(QTabletEvent* event, std::optional<QPointF> at) {
   event->accept();
-  // Each pen is its own touch: told apart by its device, since a pen need not report a serial.
-  const QPointingDevice* device = event->pointingDevice();
-  qint64 key = kPenKeyBase + (device ? (device->systemId() & 0xffffff) : 0);
+  qint64 key = penKey(event);
   bool down = down_.count(key) > 0;
   QnTouchPhase phase;
   switch (event->type()) {
@@ -101,7 +109,7 @@ void QtInputTranslator::tablet(QTabletEvent* event) {
   }
   std::shared_ptr<QtTouch> touch = touchFor(key, kQnTouchTypeStylus);
   touch->setOffersPreciseLocation(true);
-  touch->moveTo(pointOf(event->position()), seconds(event->timestamp()));
+  touch->moveTo(pointOf(at.value_or(event->position())), seconds(event->timestamp()));
   touch->setPressure(event->pressure());
   touch->setTilt(event->xTilt(), event->yTilt());
   deliver(phase, {touch});

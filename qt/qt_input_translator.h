@@ -6,11 +6,15 @@
 
 #include <scrivlet/view.h>
 
+#include <QPointF>
 #include <QtGlobal>
 
+#include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 
+class QEventPoint;
 class QMouseEvent;
 class QTabletEvent;
 class QTouchEvent;
@@ -24,10 +28,17 @@ class SCRIVLET_QT_EXPORT QtInputTranslator {
  public:
   explicit QtInputTranslator(std::shared_ptr<QnView> view) : view_(std::move(view)) {}
 
-  // The points whose state changed form each phase's set; all points are the event's touches.
-  void touch(QTouchEvent* event);
-  // A pen: pressure as force out of 1, and azimuth and altitude from the tilt; each pen apart.
-  void tablet(QTabletEvent* event);
+  // Where an event point lies in the view, or nothing for a point that is not the view's.
+  using Placement = std::function<std::optional<QPointF>(const QEventPoint&)>;
+
+  // The points whose state changed form each phase's set; all the view's points are its touches.
+  // Without a placement every point is the view's, at its position.
+  void touch(QTouchEvent* event, const Placement& place = {});
+  // A pen: pressure as force out of 1, and azimuth and altitude from the tilt; each pen apart. At its
+  // position, or where given.
+  void tablet(QTabletEvent* event, std::optional<QPointF> at = std::nullopt);
+  // Whether a pen is down: its moves and release are the view's wherever they are.
+  bool penDown(const QTabletEvent* event) const;
   // The left button as a finger without force; mouse events Qt makes up from touch or pen are left out.
   void mousePress(QMouseEvent* event);
   void mouseMove(QMouseEvent* event);

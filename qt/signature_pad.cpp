@@ -1,197 +1,110 @@
-// The signature pad: the capture widget, a signing session, and Qt's properties and signals over them.
+// The signature pad: the capture widget over the pad's core, and Qt's properties and signals.
 #include <scrivlet/signature_pad.h>
 
 #include <scrivlet/qt_capture_widget.h>
 #include <scrivlet/qt_platform.h>
-#include <scrivlet/scrivlet_controller.h>
 
-#include "signature_settings.h"
+#include "signature_property_definitions.h"
 
+#include <QAccessibleWidget>
 #include <QKeyEvent>
+#include <QResizeEvent>
 #include <QVBoxLayout>
-
 
 namespace scrivlet {
 
+namespace {
 
-// The capture widget, telling the pad once each input event has been handled.
+constexpr const char* kAccessibleName = "Signature";
+
+// The pad as an accessible canvas; its name and description are the widget's.
+QAccessibleInterface* accessiblePad(const QString& key, QObject* object) {
+  if (key != QLatin1String(SignaturePad::staticMetaObject.className()) || !object->isWidgetType()) return nullptr;
+  return new QAccessibleWidget(static_cast<QWidget*>(object), QAccessible::Canvas);
+}
+
+}  // namespace
+
+// The capture widget, fed through the pad's core: input only while the pad takes it, the core told
+// after each input event and around each resize.
 class SignaturePad::Surface : public QnQtCaptureWidget {
  public:
-  explicit Surface(SignaturePad* pad) : QnQtCaptureWidget(pad), pad_(pad) {}
+  Surface(SignaturePad* pad, SignaturePadCore* core)
+      : QnQtCaptureWidget(pad, core->view(), &core->input()), pad_(pad), core_(core) {}
 
  protected:
+  bool takesInput() const override { return core_->takesInput(pad_->isEnabled()); }
   bool event(QEvent* event) override {
     bool handled = QnQtCaptureWidget::event(event);
-    if (event->isPointerEvent()) pad_->noticeChanges();
+    if (event->isPointerEvent()) core_->noticeChanges();
     return handled;
+  }
+  // Qt moves a widget before resizing it, and either gives the view the widget's whole geometry.
+  void resizeEvent(QResizeEvent* event) override {
+    core_->beforeResize();
+    QnQtCaptureWidget::resizeEvent(event);
+    core_->afterResize();
+  }
+  void moveEvent(QMoveEvent* event) override {
+    core_->beforeResize();
+    QnQtCaptureWidget::moveEvent(event);
+    core_->afterResize();
+  }
+  void paintEvent(QPaintEvent* event) override {
+    QnQtCaptureWidget::paintEvent(event);
+    core_->setPainted();
   }
 
  private:
   SignaturePad* pad_;
+  SignaturePadCore* core_;
 };
 
 SignaturePad::SignaturePad(QWidget* parent) : QWidget(parent) {
-  static const bool installed = (installQtPlatform(), true);
+  static const bool installed = (installQtPlatform(), QAccessible::installFactory(accessiblePad), true);
   (void)installed;
   qRegisterMetaType<SignatureRecord>();
-  capture_ = new Surface(this);
+  // Not empty, so that the guideline is placed before the widget gets its size (a guideline first
+  // placed on an empty view stays empty).
+  core_ = std::make_unique<SignaturePadCore>(std::make_shared<QnView>(makeRect(0, 0, 1, 1)));
+  surface_ = new Surface(this, core_.get());
   auto* layout = new QVBoxLayout(this);
   layout->setContentsMargins(0, 0, 0, 0);
-  layout->addWidget(capture_);
-  capture_->setAutoFillBackground(true);
-  setFocusProxy(capture_);
-  session_ = std::make_unique<SignatureSession>(capture_->view());
-  settings_ = std::make_unique<SignatureSettings>(*session_);
-  applyBackground();
-  session_->strokeEnded = [this](unsigned long points) {
-    noticeChanges();
-    emit strokeEnded(int(std::min<unsigned long>(points, INT_MAX)));
-  };
-  session_->signatureReady = [this](std::shared_ptr<QnSignature> record) { emit signatureReady(SignatureRecord(record)); };
-  session_->signedNothing = [this] { emit signedNothing(); };
+  layout->addWidget(surface_);
+  surface_->setAutoFillBackground(true);
+  setFocusProxy(surface_);
+  connectCoreEvents(*core_, this, [this] { describe(); });
+  setAccessibleName(kAccessibleName);
+  surface_->setAccessibleName(kAccessibleName);
+  describe();
+  settingChanged();
 }
 
 SignaturePad::~SignaturePad() = default;
 
-void SignaturePad::applyBackground() {
-  QPalette palette = capture_->palette();
-  palette.setColor(QPalette::Window, settings_->backgroundColor);
-  capture_->setPalette(palette);
+SCRIVLET_DEFINE_SIGNATURE_PROPERTIES(SignaturePad)
+
+void SignaturePad::settingChanged() {
+  QPalette palette = surface_->palette();
+  palette.setColor(QPalette::Window, core_->settings().backgroundColor);
+  surface_->setPalette(palette);
 }
 
-QColor SignaturePad::penColor() const { return settings_->penColor; }
-void SignaturePad::setPenColor(const QColor& value) {
-  if (settings_->setPenColor(value)) {
-    emit penColorChanged(settings_->penColor);
-  }
+void SignaturePad::describe() {
+  setAccessibleDescription(core_->description());
+  surface_->setAccessibleDescription(core_->description());
+  // Assistive technology hears of the change (Qt 6.4 does not announce a new description itself).
+  QAccessibleEvent event(this, QAccessible::DescriptionChanged);
+  QAccessible::updateAccessibility(&event);
 }
-
-double SignaturePad::penWidth() const { return settings_->penWidth; }
-void SignaturePad::setPenWidth(double value) {
-  if (settings_->setPenWidth(value)) {
-    emit penWidthChanged(settings_->penWidth);
-  }
-}
-
-double SignaturePad::velocityReduction() const { return settings_->velocityReduction; }
-void SignaturePad::setVelocityReduction(double value) {
-  if (settings_->setVelocityReduction(value)) {
-    emit velocityReductionChanged(settings_->velocityReduction);
-  }
-}
-
-bool SignaturePad::calligraphic() const { return settings_->calligraphic; }
-void SignaturePad::setCalligraphic(bool value) {
-  if (settings_->setCalligraphic(value)) {
-    emit calligraphicChanged(settings_->calligraphic);
-  }
-}
-
-bool SignaturePad::guidelineVisible() const { return settings_->guidelineVisible; }
-void SignaturePad::setGuidelineVisible(bool value) {
-  if (settings_->setGuidelineVisible(value)) {
-    emit guidelineVisibleChanged(settings_->guidelineVisible);
-  }
-}
-
-bool SignaturePad::stylusOnly() const { return settings_->stylusOnly; }
-void SignaturePad::setStylusOnly(bool value) {
-  if (settings_->setStylusOnly(value)) {
-    emit stylusOnlyChanged(settings_->stylusOnly);
-  }
-}
-
-bool SignaturePad::swipeToUndo() const { return settings_->swipeToUndo; }
-void SignaturePad::setSwipeToUndo(bool value) {
-  if (settings_->setSwipeToUndo(value)) {
-    emit swipeToUndoChanged(settings_->swipeToUndo);
-  }
-}
-
-double SignaturePad::exportScale() const { return settings_->exportScale; }
-void SignaturePad::setExportScale(double value) {
-  if (settings_->setExportScale(value)) {
-    emit exportScaleChanged(settings_->exportScale);
-  }
-}
-
-bool SignaturePad::dateStamp() const { return settings_->dateStamp; }
-void SignaturePad::setDateStamp(bool value) {
-  if (settings_->setDateStamp(value)) {
-    emit dateStampChanged(settings_->dateStamp);
-  }
-}
-
-bool SignaturePad::timeStamp() const { return settings_->timeStamp; }
-void SignaturePad::setTimeStamp(bool value) {
-  if (settings_->setTimeStamp(value)) {
-    emit timeStampChanged(settings_->timeStamp);
-  }
-}
-
-bool SignaturePad::hashStamp() const { return settings_->hashStamp; }
-void SignaturePad::setHashStamp(bool value) {
-  if (settings_->setHashStamp(value)) {
-    emit hashStampChanged(settings_->hashStamp);
-  }
-}
-
-QString SignaturePad::customHash() const { return settings_->customHash; }
-void SignaturePad::setCustomHash(const QString& value) {
-  if (settings_->setCustomHash(value)) {
-    emit customHashChanged(settings_->customHash);
-  }
-}
-
-bool SignaturePad::clipToBounds() const { return settings_->clipToBounds; }
-void SignaturePad::setClipToBounds(bool value) {
-  if (settings_->setClipToBounds(value)) {
-    emit clipToBoundsChanged(settings_->clipToBounds);
-  }
-}
-
-bool SignaturePad::skipPdf() const { return settings_->skipPdf; }
-void SignaturePad::setSkipPdf(bool value) {
-  if (settings_->setSkipPdf(value)) {
-    emit skipPdfChanged(settings_->skipPdf);
-  }
-}
-
-QColor SignaturePad::backgroundColor() const { return settings_->backgroundColor; }
-void SignaturePad::setBackgroundColor(const QColor& value) {
-  if (settings_->setBackgroundColor(value)) {
-    applyBackground();
-    emit backgroundColorChanged(settings_->backgroundColor);
-  }
-}
-
-bool SignaturePad::isEmpty() const { return session_->isEmpty(); }
-bool SignaturePad::canUndo() const { return session_->canUndo(); }
-bool SignaturePad::canRedo() const { return session_->canRedo(); }
-QnStrokeListRef SignaturePad::strokes() const { return session_->strokes(); }
-
-void SignaturePad::setStrokes(const QnStrokeListRef& strokes) {
-  session_->setStrokes(strokes);
-  noticeChanges();
-}
-
-void SignaturePad::clear() { session_->clear(), noticeChanges(); }
-void SignaturePad::undo() { session_->undo(), noticeChanges(); }
-void SignaturePad::redo() { session_->redo(), noticeChanges(); }
-void SignaturePad::done() { session_->done(); }
 
 void SignaturePad::keyPressEvent(QKeyEvent* event) {
-  if (event->matches(QKeySequence::Undo)) return undo();
-  if (event->matches(QKeySequence::Redo)) return redo();
-  QWidget::keyPressEvent(event);
+  if (!core_->handleKey(event)) QWidget::keyPressEvent(event);
 }
 
-void SignaturePad::noticeChanges() {
-  if (!session_) return;  // input arriving while the pad is being torn down
-  SignatureSession::CanvasChange change = session_->changeSince(seen_);
-  if (change.strokeBegan) emit strokeBegan();
-  if (change.changed) emit changed();
-  if (change.emptinessChanged) emit emptyChanged(change.empty);
+void SignaturePad::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::EnabledChange && !isEnabled()) core_->endInput();
 }
 
 }  // namespace scrivlet

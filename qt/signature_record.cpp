@@ -1,6 +1,13 @@
 // The signature record's Qt accessors.
 #include <scrivlet/signature_record.h>
 
+#include <scrivlet/record_file.h>
+#include <scrivlet/stroke_json.h>
+
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QtDebug>
+
 namespace scrivlet {
 
 namespace {
@@ -39,6 +46,28 @@ QRectF SignatureRecord::frame() const {
 QDateTime SignatureRecord::timestamp() const {
   if (!signature_) return {};
   return QDateTime::fromMSecsSinceEpoch(qint64((kEpoch2001 + signature_->timestamp()) * 1000), Qt::UTC);
+}
+
+QString SignatureRecord::strokesJson() const {
+  return signature_ ? QString::fromStdString(strokesToJson(signature_->rawPoints())) : QString();
+}
+
+bool SignatureRecord::save(const QUrl& file, const QString& format) const {
+  QString path = file.isLocalFile() ? file.toLocalFile() : file.scheme().isEmpty() ? file.path() : QString();
+  if (!signature_ || path.isEmpty()) return qWarning("Scrivlet: record not saved: no record or not a local file"), false;
+  QString kind = format.isEmpty() ? QFileInfo(path).suffix().toLower() : format.toLower();
+  QByteArray bytes = kind == "png"     ? png()
+                     : kind == "pdf"   ? pdf()
+                     : kind == "svg"   ? svg().toUtf8()
+                     : kind == "xml"   ? xml().toUtf8()
+                     : kind == "strokes" ? strokesJson().toUtf8()
+                     : kind == "record" || kind == "json" ? QByteArray::fromStdString(recordToJson(*signature_))
+                                                           : QByteArray();
+  if (bytes.isEmpty()) return qWarning("Scrivlet: record not saved: no %s part", qPrintable(kind)), false;
+  QSaveFile out(path);
+  if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size() || !out.commit())
+    return qWarning("Scrivlet: record not saved to %s: %s", qPrintable(path), qPrintable(out.errorString())), false;
+  return true;
 }
 
 }  // namespace scrivlet

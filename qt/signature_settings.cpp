@@ -3,6 +3,8 @@
 
 #include <scrivlet/scrivlet_controller.h>
 
+#include "capture/drawing_controller.h"
+
 #include <QRegularExpression>
 #include <QtDebug>
 
@@ -15,6 +17,7 @@ namespace scrivlet {
 namespace {
 
 constexpr double kThinnestPen = 0.5, kWidestPen = 50;
+constexpr double kWidestInk = kWidestPen + 3;  // the widest pen at full pressure
 constexpr double kSmallestExportScale = 0.1, kLargestExportScale = 8;
 
 QnColor colorOf(const QColor& c) { return QnColor(c.redF(), c.greenF(), c.blueF(), c.alphaF()); }
@@ -107,6 +110,38 @@ bool SignatureSettings::setSkipPdf(bool on) {
 bool SignatureSettings::setBackgroundColor(const QColor& color) {
   if (!color.isValid()) return qWarning("Scrivlet: background colour refused: not a valid colour"), false;
   return assign(backgroundColor, color);
+}
+
+bool SignatureSettings::setMinWidth(double width) {
+  auto value = bounded("minimum width", width, 0, kWidestInk);
+  return value && assign(minWidth, *value) && (applyWidthLimits(), true);
+}
+
+bool SignatureSettings::setMaxWidth(double width) {
+  auto value = bounded("maximum width", width, 0, kWidestInk);
+  return value && assign(maxWidth, *value) && (applyWidthLimits(), true);
+}
+
+void SignatureSettings::applyWidthLimits() {
+  // Without limits the stroke model keeps its own diameters untouched. A maximum below the minimum wins.
+  std::function<float(float)> limit;
+  if (minWidth > 0 || maxWidth > 0)
+    limit = [low = float(minWidth), high = maxWidth > 0 ? float(maxWidth) : INFINITY](float d) {
+      return std::min(std::max(d, low), high);
+    };
+  session_.scrivlet().scrivletController()->drawingController()->setDiameterLimit(std::move(limit));
+}
+
+bool SignatureSettings::setDotSize(double size) {
+  auto value = bounded("dot size", size, 0, kWidestInk);
+  return value && assign(dotSize, *value);
+}
+
+bool SignatureSettings::setReadOnly(bool on) { return assign(readOnly, on); }
+
+bool SignatureSettings::setResizePolicy(int policy) {
+  if (policy < 0 || policy > 2) return qWarning("Scrivlet: resize policy %d refused", policy), false;
+  return assign(resizePolicy, policy);
 }
 
 }  // namespace scrivlet

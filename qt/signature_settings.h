@@ -1,5 +1,5 @@
 // The settings of a signature pad, with their defaults and checks, applied to a signing session;
-// shared by the widget and the Qt Quick item.
+// shared by the widget and the Qt Quick item, whose properties scrivlet/signature_properties.h declares.
 #pragma once
 
 #include <scrivlet/qt_export.h>
@@ -33,6 +33,12 @@ class SCRIVLET_QT_EXPORT SignatureSettings {
   bool setClipToBounds(bool on);
   bool setSkipPdf(bool on);
   bool setBackgroundColor(const QColor& color);
+  // The limits every new point's width is kept within (0: none), and a tap's dot (0: the pen's own).
+  bool setMinWidth(double width);
+  bool setMaxWidth(double width);
+  bool setDotSize(double size);
+  bool setReadOnly(bool on);
+  bool setResizePolicy(int policy);
 
   // The values, the controller's defaults until set.
   QColor penColor = Qt::black;
@@ -50,8 +56,15 @@ class SCRIVLET_QT_EXPORT SignatureSettings {
   bool clipToBounds = false;
   bool skipPdf = false;
   QColor backgroundColor = Qt::white;  // a signing surface even in a dark theme
+  double minWidth = 0;
+  double maxWidth = 0;
+  double dotSize = 0;
+  bool readOnly = false;
+  int resizePolicy = 0;  // the pad's ResizePolicy: keep, scale, clear
 
  private:
+  void applyWidthLimits();
+
   SignatureSession& session_;
 };
 

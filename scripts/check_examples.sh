@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Installs a built Scrivlet into a temporary prefix and builds the examples against it as a host would:
-# both with find_package, and the headless one once more with pkg-config alone. Runs them (the Qt one
-# offscreen) and checks the headless one's four files.
+# all with find_package, and the headless and QML ones once more with pkg-config alone. Runs them (the Qt
+# ones offscreen) and checks the files they write: the headless one's four, and the QML one's PNG,
+# strokes and record file (which the installed tool draws again).
 # Usage: scripts/check_examples.sh BUILD_DIR
 set -euo pipefail
 top="$(cd "$(dirname "$0")/.." && pwd)"
@@ -37,8 +38,19 @@ fi
 if [ -x "$work/qt/sign_qt" ]; then
   (cd "$work/out-cmake" && QT_QPA_PLATFORM=offscreen timeout 60 "$work/qt/sign_qt" 2>/dev/null)
 fi
+check_qml() {  # the QML example, run offscreen in a folder: it signs, undoes and saves by itself
+  local program=$1 dir=$2
+  (cd "$dir" && QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software timeout 60 "$program" 2>/dev/null)
+  head -c 8 "$dir/signature.png" | od -An -tx1 | grep -q '89 50 4e 47 0d 0a 1a 0a'
+  grep -q '"format":"scrivlet-strokes"' "$dir/strokes.json"
+  if [ -x "$prefix/bin/scrivlet" ]; then
+    "$prefix/bin/scrivlet" render "$dir/record.json" -o "$dir/record.pdf" >/dev/null
+    qpdf --check "$dir/record.pdf" >/dev/null
+  fi
+}
 if [ -x "$work/qml/sign_qml" ]; then
-  (cd "$work/out-cmake" && QT_QPA_PLATFORM=offscreen QT_QUICK_BACKEND=software timeout 60 "$work/qml/sign_qml" 2>/dev/null)
+  mkdir -p "$work/out-qml-cmake"
+  check_qml "$work/qml/sign_qml" "$work/out-qml-cmake"
 fi
 
 static=(); [ "$shared" = no ] && static=(--static)
@@ -48,4 +60,12 @@ export PKG_CONFIG_PATH="$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PAT
   $(pkg-config "${static[@]}" --cflags --libs scrivlet) -Wl,-rpath,"$prefix/lib"
 "$work/sign_headless_pc" "$work/out-pkg-config"
 check_record "$work/out-pkg-config"
+if [ -f "$prefix/lib/pkgconfig/scrivlet-quick.pc" ]; then  # Qt wants position-independent programs
+  mkdir -p "$work/qml-pc" "$work/out-qml-pkg-config"
+  # shellcheck disable=SC2046
+  "${CXX:-g++}" -std=c++20 -fPIC -o "$work/qml-pc/sign_qml" "$top/examples/qml/main.cpp" \
+    $(pkg-config "${static[@]}" --cflags --libs scrivlet-quick) -Wl,-rpath,"$prefix/lib"
+  cp "$top/examples/qml/Main.qml" "$work/qml-pc/"
+  check_qml "$work/qml-pc/sign_qml" "$work/out-qml-pkg-config"
+fi
 echo "The examples built against the installed package, with CMake and with pkg-config, and ran."

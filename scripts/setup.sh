@@ -8,9 +8,9 @@ packages=(
   libcairo2-dev fontconfig fonts-urw-base35
   libicu-dev uuid-dev libssl-dev libpoppler-cpp-dev nlohmann-json3-dev libpugixml-dev
   libqpdf-dev libpng-dev zlib1g-dev openssl
-  qt6-base-dev qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
+  qt6-base-dev qt6-base-private-dev qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
   qpdf poppler-utils libxml2-utils librsvg2-bin
-  locales xvfb
+  locales xvfb xauth
   clang libclang-rt-14-dev libxml2-dev
 )
 

@@ -13,8 +13,7 @@ namespace {
 using namespace qt_test;
 
 TEST(SignatureAreaQml, QmlSetsItsPropertiesTheMouseSignsAndDoneDeliversTheCanvas) {
-  QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
-  registerScrivletQuickTypes();
+  QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);  // the module registers itself on import
   QDir(SCRIVLET_TEST_OUTPUT_DIR).mkpath("qml");
   const QString file = QString(SCRIVLET_TEST_OUTPUT_DIR) + "/qml/area.qml";
   QFile qml(file);

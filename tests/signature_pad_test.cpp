@@ -1,5 +1,5 @@
-// The signature pad on the offscreen platform: properties with real values and their signals, what
-// input and the keys tell, and Done delivering exactly the canvas, after an undo and after loading.
+// The signature pad on the offscreen platform: properties with real values and their signals, and Done
+// delivering exactly the canvas, after an undo and after loading.
 #include <scrivlet/signature_pad.h>
 #include <scrivlet/stroke_json.h>
 
@@ -43,24 +43,19 @@ TEST_F(Pad, PropertiesHaveRealValuesAndSayWhenTheyChangeAndBadValuesAreClampedOr
   pad.setBackgroundColor(Qt::yellow), pad.setExportScale(0);
   EXPECT_EQ(surface()->palette().color(QPalette::Window), QColor(Qt::yellow));
   EXPECT_EQ(pad.exportScale(), 0.1);
+  // Widths reach 53 at most (the widest pen at full pressure); a policy that is none is refused.
+  pad.setMinWidth(-1), pad.setMaxWidth(100), pad.setDotSize(NAN), pad.setResizePolicy(SignaturePad::ResizePolicy(7));
+  EXPECT_EQ(std::tuple(pad.minWidth(), pad.maxWidth(), pad.dotSize(), pad.resizePolicy()),
+            std::tuple(0.0, 53.0, 0.0, SignaturePad::KeepInk));
 }
 
-TEST_F(Pad, InputAndKeysAreToldAndDoneAfterAnUndoDeliversTheCanvas) {
-  QSignalSpy began(&pad, &SignaturePad::strokeBegan), ended(&pad, &SignaturePad::strokeEnded),
-      empty(&pad, &SignaturePad::emptyChanged), changed(&pad, &SignaturePad::changed),
-      ready(&pad, &SignaturePad::signatureReady);
+// (The signals and keys of both pads: pad_features_test.cpp.)
+TEST_F(Pad, DoneAfterAnUndoDeliversTheCanvasAndAfterAClearNothing) {
+  QSignalSpy ready(&pad, &SignaturePad::signatureReady);
   const Path first = {{40, 60}, {80, 70}, {120, 65}}, second = {{200, 100}, {260, 120}};
   mouseStroke(surface(), first, 1000), mouseStroke(surface(), second, 2000);
-  QCoreApplication::processEvents();
-  EXPECT_EQ(began.size(), 2);
-  ASSERT_EQ(ended.size(), 2);
-  EXPECT_EQ(ended.at(1).at(0).toInt(), 5);
-  EXPECT_EQ(empty.size(), 1);
-  EXPECT_GE(changed.size(), 2);
   QTest::qWait(400);  // the record of both strokes is prepared
-  pad.setFocus();
-  QTest::keySequence(surface(), QKeySequence::Undo);
-  EXPECT_TRUE(pad.canRedo() && pad.canUndo());
+  pad.undo();
   pad.done();
   SignatureRecord record = waitForRecord(ready);
   EXPECT_EQ(traceOf(record.strokes()), Trace{first});
@@ -68,9 +63,7 @@ TEST_F(Pad, InputAndKeysAreToldAndDoneAfterAnUndoDeliversTheCanvas) {
   EXPECT_TRUE(record.pdf().startsWith("%PDF") && record.svg().startsWith("<svg") && record.xml().contains("SamplePoint"));
   EXPECT_EQ(record.hash().size(), 10);
   EXPECT_LT(std::abs(record.timestamp().secsTo(QDateTime::currentDateTimeUtc())), 60);
-  QTest::keySequence(surface(), QKeySequence::Redo);
   pad.clear();
-  EXPECT_TRUE(pad.isEmpty() && empty.size() == 2 && empty.last().at(0).toBool());
   QSignalSpy nothing(&pad, &SignaturePad::signedNothing);
   pad.done();
   EXPECT_EQ(nothing.size(), 1);

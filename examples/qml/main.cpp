@@ -1,12 +1,12 @@
-// Loads Main.qml, a signing area with a Done button, from beside the program.
-#include <scrivlet/signature_area.h>
-
+// Loads Main.qml from beside the program. Linking Scrivlet::quick makes `import Scrivlet` work.
 #include <QGuiApplication>
 #include <QQmlApplicationEngine>
 
 int main(int argc, char** argv) {
   QGuiApplication app(argc, argv);
-  scrivlet::registerScrivletQuickTypes();
-  QQmlApplicationEngine engine(QCoreApplication::applicationDirPath() + "/Main.qml");
-  return engine.rootObjects().isEmpty() ? 1 : app.exec();
+  QQmlApplicationEngine engine;
+  QObject::connect(&engine, &QQmlApplicationEngine::objectCreationFailed, &app, [] { QCoreApplication::exit(1); },
+                   Qt::QueuedConnection);
+  engine.load(QUrl::fromLocalFile(QCoreApplication::applicationDirPath() + "/Main.qml"));
+  return app.exec();
 }

@@ -64,8 +64,8 @@ DemoWindow::DemoWindow() {
   auto* top = new QHBoxLayout();
   pad_ = new SignaturePad(central);
   pad_->setMinimumSize(540, 300);
-  connect(pad_, &SignaturePad::strokeEnded, this, [this](int count) {
-    statusBar()->showMessage(QString("Stroke ended: %1 points on the canvas").arg(count));
+  connect(pad_, &SignaturePad::strokeEnded, this, [this](int index, int points) {
+    statusBar()->showMessage(QString("Stroke %1 ended with %2 points").arg(index + 1).arg(points));
   });
   connect(pad_, &SignaturePad::signatureReady, this, [this](const SignatureRecord& r) { showRecord(r.signature()); });
   connect(pad_, &SignaturePad::signedNothing, this, [this] { statusBar()->showMessage("Done with nothing signed."); });

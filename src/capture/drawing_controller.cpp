@@ -81,6 +81,7 @@ void QnDemoDrawingController::drawNextPoint(QnSignaturePoint point) {
   point.id = signaturePointID_++;
   point.diameter =
       static_cast<float>(calculateDiameterWithVelocityAndPressure(point.velocity, point.pressure));
+  if (diameterLimit_) point.diameter = diameterLimit_(point.diameter);
   pointArray_->push_back(point);
   updateCanvasWithDrawingArrayFinalizeStrokeFullRedraw(drawingArray_, false, false);
 }

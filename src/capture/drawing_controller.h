@@ -5,6 +5,7 @@
 #include <scrivlet/color.h>
 #include <scrivlet/signature_point.h>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -78,6 +79,9 @@ class QnDemoDrawingController {
   // A flag kept for the owner; nothing reads it.
   bool inkEnabled() const { return inkEnabled_; }
   void setInkEnabled(bool enabled) { inkEnabled_ = enabled; }
+  // A limit a host layer puts on each new point's diameter after the pen's rule (a minimum or maximum
+  // width); none by default, which keeps the rule's diameter.
+  void setDiameterLimit(std::function<float(float)> limit) { diameterLimit_ = std::move(limit); }
   // A back reference for an owner; nothing sets or reads it.
   const std::weak_ptr<void>& myController() const { return myController_; }
   void setMyController(std::weak_ptr<void> controller) { myController_ = std::move(controller); }
@@ -98,6 +102,7 @@ class QnDemoDrawingController {
   std::shared_ptr<QnDrawingView> canvasView_;
   std::optional<QnSignaturePoint> lastPoint_;
   std::weak_ptr<void> myController_;
+  std::function<float(float)> diameterLimit_;
 };
 
 }  // namespace scrivlet

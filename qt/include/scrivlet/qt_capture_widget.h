@@ -26,6 +26,10 @@ class SCRIVLET_QT_EXPORT QnQtCaptureWidget : public QWidget {
   void endAllTouches();
 
  protected:
+  // Feeds the given translator of the view's input (owned by the caller) instead of one of its own.
+  QnQtCaptureWidget(QWidget* parent, std::shared_ptr<QnView> view, QtInputTranslator* input);
+  // Whether input draws; a disabled widget takes none of any kind.
+  virtual bool takesInput() const { return isEnabled(); }
   bool event(QEvent* event) override;
   void tabletEvent(QTabletEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
@@ -36,12 +40,14 @@ class SCRIVLET_QT_EXPORT QnQtCaptureWidget : public QWidget {
   void paintEvent(QPaintEvent* event) override;
   void focusOutEvent(QFocusEvent* event) override;
   void hideEvent(QHideEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
   void updateFrame();
 
   std::shared_ptr<QnView> view_;
-  std::unique_ptr<QtInputTranslator> input_;
+  std::unique_ptr<QtInputTranslator> ownInput_;
+  QtInputTranslator* input_;
 };
 
 }  // namespace scrivlet

@@ -11,6 +11,7 @@
 #include <QObject>
 #include <QRectF>
 #include <QString>
+#include <QUrl>
 
 #include <memory>
 
@@ -26,6 +27,7 @@ class SCRIVLET_QT_EXPORT SignatureRecord {
   Q_PROPERTY(QString hash READ hash)
   Q_PROPERTY(QRectF frame READ frame)
   Q_PROPERTY(QDateTime timestamp READ timestamp)
+  Q_PROPERTY(QString strokesJson READ strokesJson)
 
  public:
   SignatureRecord() = default;
@@ -46,7 +48,15 @@ class SCRIVLET_QT_EXPORT SignatureRecord {
   QRectF frame() const;
   // When the record was made, in UTC.
   QDateTime timestamp() const;
+  // The strokes as the document of strokesToJson.
+  QString strokesJson() const;
   const std::shared_ptr<QnSignature>& signature() const { return signature_; }
+
+  // Writes a part of the record to a local file (a file: URL or a path): format "png", "pdf", "svg",
+  // "xml", "record" (the record file of recordToJson) or "strokes" (the strokes document); without a
+  // format, the file's suffix names it (".json" for the record file). Whether the file was written;
+  // a part the record lacks (a skipped PDF) writes nothing.
+  Q_INVOKABLE bool save(const QUrl& file, const QString& format = QString()) const;
 
  private:
   std::shared_ptr<QnSignature> signature_;

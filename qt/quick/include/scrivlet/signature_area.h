@@ -1,133 +1,65 @@
-// The signature pad as a Qt Quick item, Scrivlet.SignatureArea: the same properties, signals and slots
-// as the widget, drawn from the same ink cache, with touch, pen and mouse input.
+// The signature pad as a Qt Quick item, SignatureArea in the QML module Scrivlet (`import Scrivlet`,
+// no registration call): the widget's properties, signals and slots, drawn from the same ink cache,
+// with touch (every sample, none merged), pen and mouse input.
 #pragma once
 
-#include <scrivlet/signature_record.h>
-#include <scrivlet/signature_session.h>
+#include <scrivlet/signature_properties.h>
 
-#include <QColor>
 #include <QQuickPaintedItem>
+#include <QtQmlIntegration/qqmlintegration.h>
 
 #include <memory>
+#include <set>
 
 namespace scrivlet {
 
-class QtInputTranslator;
-class SignatureSettings;
+class SignaturePadCore;
 
-// Registers Scrivlet.SignatureArea 1.0 (and the record type) with QML: call once before loading QML
-// that imports Scrivlet.
+// Registers Scrivlet.SignatureArea with QML. Importing the module does this already; kept for hosts
+// that called it before.
 void registerScrivletQuickTypes();
 
+// The properties, signals and slots are those of scrivlet/signature_properties.h. Accessible as a
+// canvas named "Signature" (unless the QML sets Accessible.name), described "empty", "1 stroke",
+// "3 strokes". Disabled or read-only, it takes no input of any kind; Undo and Redo keys work when it
+// has active focus, which a click or Tab gives it.
 class SignatureArea : public QQuickPaintedItem {
   Q_OBJECT
-  Q_PROPERTY(QColor penColor READ penColor WRITE setPenColor NOTIFY penColorChanged)
-  Q_PROPERTY(double penWidth READ penWidth WRITE setPenWidth NOTIFY penWidthChanged)
-  Q_PROPERTY(double velocityReduction READ velocityReduction WRITE setVelocityReduction NOTIFY velocityReductionChanged)
-  Q_PROPERTY(bool calligraphic READ calligraphic WRITE setCalligraphic NOTIFY calligraphicChanged)
-  Q_PROPERTY(bool guidelineVisible READ guidelineVisible WRITE setGuidelineVisible NOTIFY guidelineVisibleChanged)
-  Q_PROPERTY(bool stylusOnly READ stylusOnly WRITE setStylusOnly NOTIFY stylusOnlyChanged)
-  Q_PROPERTY(bool swipeToUndo READ swipeToUndo WRITE setSwipeToUndo NOTIFY swipeToUndoChanged)
-  Q_PROPERTY(double exportScale READ exportScale WRITE setExportScale NOTIFY exportScaleChanged)
-  Q_PROPERTY(bool dateStamp READ dateStamp WRITE setDateStamp NOTIFY dateStampChanged)
-  Q_PROPERTY(bool timeStamp READ timeStamp WRITE setTimeStamp NOTIFY timeStampChanged)
-  Q_PROPERTY(bool hashStamp READ hashStamp WRITE setHashStamp NOTIFY hashStampChanged)
-  Q_PROPERTY(QString customHash READ customHash WRITE setCustomHash NOTIFY customHashChanged)
-  Q_PROPERTY(bool clipToBounds READ clipToBounds WRITE setClipToBounds NOTIFY clipToBoundsChanged)
-  Q_PROPERTY(bool skipPdf READ skipPdf WRITE setSkipPdf NOTIFY skipPdfChanged)
-  Q_PROPERTY(QColor backgroundColor READ backgroundColor WRITE setBackgroundColor NOTIFY backgroundColorChanged)
-  Q_PROPERTY(bool empty READ isEmpty NOTIFY emptyChanged)
+  QML_ELEMENT
+  SCRIVLET_SIGNATURE_PROPERTIES
 
  public:
   // Installs the Qt platform on first use; the QGuiApplication must exist.
   explicit SignatureArea(QQuickItem* parent = nullptr);
   ~SignatureArea() override;
 
-  QColor penColor() const;
-  void setPenColor(const QColor& value);
-  double penWidth() const;
-  void setPenWidth(double value);
-  double velocityReduction() const;
-  void setVelocityReduction(double value);
-  bool calligraphic() const;
-  void setCalligraphic(bool value);
-  bool guidelineVisible() const;
-  void setGuidelineVisible(bool value);
-  bool stylusOnly() const;
-  void setStylusOnly(bool value);
-  bool swipeToUndo() const;
-  void setSwipeToUndo(bool value);
-  double exportScale() const;
-  void setExportScale(double value);
-  bool dateStamp() const;
-  void setDateStamp(bool value);
-  bool timeStamp() const;
-  void setTimeStamp(bool value);
-  bool hashStamp() const;
-  void setHashStamp(bool value);
-  QString customHash() const;
-  void setCustomHash(const QString& value);
-  bool clipToBounds() const;
-  void setClipToBounds(bool value);
-  bool skipPdf() const;
-  void setSkipPdf(bool value);
-  QColor backgroundColor() const;
-  void setBackgroundColor(const QColor& value);
-
-  bool isEmpty() const { return session_->isEmpty(); }
-  Q_INVOKABLE bool canUndo() const { return session_->canUndo(); }
-  Q_INVOKABLE bool canRedo() const { return session_->canRedo(); }
-  QnStrokeListRef strokes() const { return session_->strokes(); }
-  void setStrokes(const QnStrokeListRef& strokes);
-  SignatureSession& session() { return *session_; }
-
   void paint(QPainter* painter) override;
-
- public slots:
-  void clear();
-  void undo();
-  void redo();
-  void done();
-
- signals:
-  void strokeBegan();
-  void strokeEnded(int pointCount);
-  void changed();
-  void signatureReady(const scrivlet::SignatureRecord& record);
-  void signedNothing();
-  void emptyChanged(bool empty);
-  void penColorChanged(const QColor&);
-  void penWidthChanged(double);
-  void velocityReductionChanged(double);
-  void calligraphicChanged(bool);
-  void guidelineVisibleChanged(bool);
-  void stylusOnlyChanged(bool);
-  void swipeToUndoChanged(bool);
-  void exportScaleChanged(double);
-  void dateStampChanged(bool);
-  void timeStampChanged(bool);
-  void hashStampChanged(bool);
-  void customHashChanged(const QString&);
-  void clipToBoundsChanged(bool);
-  void skipPdfChanged(bool);
-  void backgroundColorChanged(const QColor&);
 
  protected:
   bool event(QEvent* event) override;
+  bool eventFilter(QObject* watched, QEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
-  void touchEvent(QTouchEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void itemChange(ItemChange change, const ItemChangeData& value) override;
   void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+  void componentComplete() override;
 
  private:
-  void noticeChanges();
+  bool takesInput() const;
+  // Whether this item is drawn topmost, among those taking input, at a point of the scene.
+  bool isTopmostAt(QPointF scenePosition) const;
+  // Touches and pens are taken from the window before Qt Quick merges touch moves.
+  bool takeTouch(QTouchEvent* event);
+  bool takeTablet(QTabletEvent* event);
+  void watchWindow(QQuickWindow* window);
+  void settingChanged();
+  void describe();
 
-  std::shared_ptr<QnView> view_;
-  std::unique_ptr<QtInputTranslator> input_;
-  std::unique_ptr<SignatureSession> session_;
-  std::unique_ptr<SignatureSettings> settings_;
-  SignatureSession::CanvasState seen_;
+  std::unique_ptr<SignaturePadCore> core_;
+  QQuickWindow* watched_ = nullptr;
+  std::set<int> touches_;  // the ids of the touch points pressed on this item and still down
 };
 
 }  // namespace scrivlet
