@@ -16,6 +16,33 @@ namespace scrivlet {
 namespace {
 // The tallest letters drawn, in device units (pixels, or PDF points): far past any page or bitmap.
 constexpr double kLargestTextSize = 1e5;
+// A shape covering less than this, in square device units, covers nothing at any zoom a reader offers.
+constexpr double kLeastArea = 1e-6;
+
+// Whether the current path encloses any area, each subpath counted by the size of its own.
+bool enclosesArea(cairo_t* cr) {
+  cairo_path_t* flat = cairo_copy_path_flat(cr);
+  double total = 0, twiceArea = 0;
+  cairo_path_data_t start{}, last{};
+  auto closeSubpath = [&] {
+    twiceArea += last.point.x * start.point.y - start.point.x * last.point.y;
+    total += std::fabs(twiceArea) / 2, twiceArea = 0;
+  };
+  for (int i = 0; flat->status == CAIRO_STATUS_SUCCESS && i < flat->num_data; i += flat->data[i].header.length) {
+    const cairo_path_data_t& data = flat->data[i];
+    if (data.header.type == CAIRO_PATH_MOVE_TO) {
+      closeSubpath();
+      start = last = flat->data[i + 1];
+    } else if (data.header.type == CAIRO_PATH_LINE_TO) {
+      const cairo_path_data_t& to = flat->data[i + 1];
+      twiceArea += last.point.x * to.point.y - to.point.x * last.point.y;
+      last = to;
+    }
+  }
+  closeSubpath();
+  cairo_path_destroy(flat);
+  return total >= kLeastArea;
+}
 }  // namespace
 
 CairoContext::CairoContext(cairo_t* cr) : cr_(cairo_reference(cr)) {
@@ -225,7 +252,12 @@ void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
   // A document page has nothing beneath its drawing to clear, and cairo would turn a clearing
   // operation into a raster fallback of the whole area.
   if (clearing && cairo_surface_get_type(cairo_get_target(cr_)) != CAIRO_SURFACE_TYPE_IMAGE) return;
+  // A pen of width 0 inks no pixel, and neither does the outline it leaves (out along the stroke and
+  // back); a document, which paints every pixel a shape touches, would draw either as a hairline.
   double width = cairo_get_line_width(cr_);
+  stroke = stroke && width > 0;
+  fill = fill && (cairo_surface_get_type(cairo_get_target(cr_)) == CAIRO_SURFACE_TYPE_IMAGE || enclosesArea(cr_));
+  if (!fill && !stroke) return;
   if (stroke) cairo_set_line_width(cr_, withinPixelLimit(width));
   if (shapes_ && hasShadow()) shapes_ = nullptr;
   if (shapes_) {
