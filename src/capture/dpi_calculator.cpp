@@ -1,5 +1,6 @@
 // Pixel densities of known devices and the metres-per-point factor derived from them.
 #include "capture/dpi_calculator.h"
+#include "platform/narrowing.h"
 
 #include <scrivlet/device.h>
 
@@ -48,7 +49,7 @@ float QnDPICalculator::metersPerPixel() {
   return reciprocal * 0.0254f;
 }
 
-float QnDPICalculator::pixelsPerPoint() { return static_cast<float>(QnDevice::nativeScale()); }
+float QnDPICalculator::pixelsPerPoint() { return narrowToFloat(QnDevice::nativeScale()); }
 
 float QnDPICalculator::metersPerPoint() { return metersPerPixel() * pixelsPerPoint(); }
 

@@ -3,6 +3,7 @@
 
 #include "capture/drawing_controller.h"
 #include "platform/image_view.h"
+#include "platform/narrowing.h"
 
 #include <cmath>
 
@@ -26,8 +27,8 @@ bool usableForLayout(QnSize size) {
 void QnScrivletController::layoutGuideline() {
   if (!guideline_) return;
   QnRect frame = guideline_->frame();
-  float gw = static_cast<float>(frame.size.width);
-  float gh = static_cast<float>(frame.size.height);
+  float gw = narrowToFloat(frame.size.width);
+  float gh = narrowToFloat(frame.size.height);
   // Once the width is 0 (a view of width 0 was laid out), the frame stays as it is. A controller
   // without a view lays out as on a view of zero size.
   if (frame.size.width > 0) {
