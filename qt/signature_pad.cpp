@@ -8,6 +8,7 @@
 #include "signature_settings.h"
 
 #include <QKeyEvent>
+#include <QResizeEvent>
 #include <QVBoxLayout>
 
 
@@ -24,6 +25,17 @@ class SignaturePad::Surface : public QnQtCaptureWidget {
     bool handled = QnQtCaptureWidget::event(event);
     if (event->isPointerEvent()) pad_->noticeChanges();
     return handled;
+  }
+  // A layout that leaves the pad no room (a collapsed splitter, a zero-height row) is not passed on:
+  // an empty capture view takes the signing line away for good and moves the ink with it. The view
+  // keeps its last size until the pad has one again.
+  void resizeEvent(QResizeEvent* event) override {
+    if (event->size().isEmpty()) return QWidget::resizeEvent(event);
+    QnQtCaptureWidget::resizeEvent(event);
+  }
+  void moveEvent(QMoveEvent* event) override {
+    if (size().isEmpty()) return QWidget::moveEvent(event);
+    QnQtCaptureWidget::moveEvent(event);
   }
 
  private:

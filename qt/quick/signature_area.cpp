@@ -186,6 +186,9 @@ void SignatureArea::touchEvent(QTouchEvent* event) { input_->touch(event), event
 
 void SignatureArea::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
   QQuickPaintedItem::geometryChange(newGeometry, oldGeometry);
+  // An empty size is not passed on: it would take the signing line away for good and move the ink
+  // with it. The view keeps its last size until the item has one again.
+  if (newGeometry.isEmpty()) return;
   view_->setFrame(makeRect(newGeometry.x(), newGeometry.y(), newGeometry.width(), newGeometry.height()));
 }
 
