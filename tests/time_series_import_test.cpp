@@ -22,22 +22,22 @@ class TimeSeriesDocument : public ControllerTest {};
 
 // A signature signed with a finger, or a stylus pressing between 0.2 and 0.9 of its force, through
 // a session on the current device: loops that speed up and slow down, 8 ms apart, on whole points.
-std::shared_ptr<QnSignature> sign(bool stylus) {
+std::shared_ptr<QnSignature> sign(bool stylus, int strokes = 3, int steps = 60) {
   ManualLoop manual;
   auto view = HeadlessView::create(makeRect(0, 0, 400, 200));
   SignatureSession session(view);
   std::shared_ptr<QnSignature> record;
   session.signatureReady = [&record](auto r) { record = r; };
   double t = 10;
-  for (int s = 0; s < 3; ++s, t += 0.8) {
+  for (int s = 0; s < strokes; ++s, t += 0.8) {
     auto touch = std::make_shared<HeadlessTouch>(QnPoint{40.0 + 110 * s, 100}, t, stylus ? kQnTouchTypeStylus : kQnTouchTypeDirect);
-    for (int i = 0; i <= 60; ++i) {
-      double u = i / 60.0, speed = u * u * (3 - 2 * u);  // slow, fast, slow
+    for (int i = 0; i <= steps; ++i) {
+      double u = double(i) / steps, speed = u * u * (3 - 2 * u);  // slow, fast, slow
       if (stylus) touch->setForce(0.2 + 0.7 * std::sin(u * M_PI), 1);
       if (i > 0) touch->moveTo({std::round(40 + 110 * s + 80 * speed + 20 * std::sin(speed * 6 * M_PI)),
                                 std::round(100 - 50 * std::sin(speed * 4 * M_PI + s))}, t + 0.008 * i);
       QnTouchSet fingers{touch};
-      view->deliverTouches(i == 0 ? QnTouchPhase::began : i == 60 ? QnTouchPhase::ended : QnTouchPhase::moved,
+      view->deliverTouches(i == 0 ? QnTouchPhase::began : i == steps ? QnTouchPhase::ended : QnTouchPhase::moved,
                            fingers, QnEvent(fingers));
     }
   }
@@ -90,6 +90,42 @@ TEST(TimeSeriesImport, ASignatureReadBackDrawsAsItWasSigned) {
     EXPECT_GT(ink, 2000);
     EXPECT_TRUE(largest <= (stylus ? 12 : 0) && moved <= ink / 100) << largest << ": " << moved << " pixels moved of " << ink;
   }
+}
+
+// A pad's document stored by an earlier build, which every later build reads the same: a stylus, two
+// strokes of 17 samples 8 ms apart, the second after a pause of 672 ms, at 157874 tenths of a point a
+// metre. The values are worked out from its channels and the pen's rules, in single precision.
+TEST(TimeSeriesImport, AStoredPadSignatureReadsAsSigned) {
+  const std::vector<uint8_t> stored = test_support::readBytes(SCRIVLET_TEST_DATA_DIR "/time_series_pad_signature.xml");
+  QnStrokeListRef strokes = strokesFromTimeSeriesXml(std::string(stored.begin(), stored.end()));
+  ASSERT_TRUE(strokes && strokes->size() == 2);
+  const QnStroke &first = *strokes->at(0), &second = *strokes->at(1);
+  ASSERT_EQ(std::pair(first.size(), second.size()), std::pair(size_t(17), size_t(17)));
+  // Y runs down from the highest sample, 980: the first sample, (0, 480), lies at (0, 50). At rest, its
+  // diameter is (3P + 4 + 2 x 2.6666667) / 3 with P = 392 / 1961.33 = 0.19986437.
+  EXPECT_EQ(std::tuple(first[0].location, first[0].timestamp, first[0].id, first[0].diameter),
+            std::tuple(QnPoint{0, 50}, 0.0, uint64_t(100), 3.3109753f));
+  // The next, (50, 550), 8 ms on: (5, -7) points in 8 ms at 10/157874 m a point is (0.0395885,
+  // -0.0554239) m/s, 0.7168604 of full speed (0.0950125 m/s). With P = 660 / 1961.33 = 0.3365063 the
+  // target 5.0095191 loses 0.85 x 0.7168604 of 4.5047595: 2.2646332, and (2.2646332 + 2 x 3.3109753) / 3.
+  EXPECT_EQ(first[1].location, (QnPoint{5, 43}));
+  EXPECT_NEAR(first[1].velocity.x, 0.0395885, 1e-7);
+  EXPECT_NEAR(first[1].velocity.y, -0.0554239, 1e-7);
+  EXPECT_EQ(first[1].diameter, 2.9621928f);
+  // The end takes the velocity before it; the second stroke begins at rest at 16 x 8 + 672 ms, its
+  // diameter blended with the first stroke's last one.
+  EXPECT_EQ(first[16].velocity, first[15].velocity);
+  const float p = second[0].pressure;
+  EXPECT_EQ(std::tuple(second[0].timestamp, second[0].velocity, second[0].id), std::tuple(0.8, QnPoint{0, 0}, uint64_t(117)));
+  EXPECT_EQ(second[0].diameter, (p * 3.0f + 4.0f + (first[16].diameter + first[16].diameter)) / 3.0f);
+  std::shared_ptr<QnSignature> record = renderRecordOfStrokes(strokes, {});
+  ASSERT_TRUE(record && record->imageData());
+  const QnImage image = QnImage::decodePNG(*record->imageData());
+  test_support::savePNG(image, "time_series/stored_pad_signature.png");
+  int ink = 0;
+  for (int y = 0; y < image.pixelHeight(); ++y)
+    for (int x = 0; x < image.pixelWidth(); ++x) ink += image.pixelAt(x, y).a > 128;
+  EXPECT_GT(ink, 800);
 }
 
 // Nothing is read in part: a second signature, something in the sample list or in a sample that is
