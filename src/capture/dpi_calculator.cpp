@@ -1,8 +1,9 @@
 // Pixel densities of known devices and the metres-per-point factor derived from them.
 #include "capture/dpi_calculator.h"
-#include "platform/narrowing.h"
 
 #include <scrivlet/device.h>
+
+#include "platform/narrowing.h"
 
 namespace scrivlet {
 

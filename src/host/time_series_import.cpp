@@ -1,7 +1,6 @@
 // The 19794-7 time series back into strokes, with pugixml, drawn again by the live stroke model.
 #include <scrivlet/time_series_import.h>
 
-#include "capture/dpi_calculator.h"
 #include "capture/drawing_controller.h"
 #include "platform/narrowing.h"
 
@@ -107,13 +106,14 @@ std::optional<Sample> sampleOf(const pugi::xml_node& point) {
 }
 
 // The signing device's metres per point, which its velocities were measured in: the orientation
-// channel's scaling value is ten times its points per metre. This device's when it is not given.
-float metersPerPointOf(const pugi::xml_node& representation) {
+// channel's scaling value is its points per metre, times ten.
+std::optional<float> metersPerPointOf(const pugi::xml_node& representation) {
   pugi::xml_node value = childNamed(
       childNamed(childNamed(representation, "ChannelDescriptionList"), "PenTipOrientationChannelDescription"),
       "ScalingValue");
   std::optional<long> pointsPerTenMeters = value ? integerOf(value, 1, 1'000'000'000) : std::nullopt;
-  return pointsPerTenMeters ? narrowToFloat(kLocationScale / *pointsPerTenMeters) : QnDPICalculator::metersPerPoint();
+  if (!pointsPerTenMeters) return std::nullopt;
+  return narrowToFloat(kLocationScale / *pointsPerTenMeters);
 }
 
 }  // namespace
@@ -150,8 +150,11 @@ QnStrokeListRef strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesP
   model.setStrokeWidthMax(pen.strokeWidthMax);
   model.setVelocityReduction(pen.velocityReduction);
   model.setUseCalligraphicBrush(pen.calligraphic);
-  model.setMetersPerPoint(metersPerPointOf(representation));
-  model.setVelocityMax(model.metersPerPoint() * kFullSpeedPointsPerSecond);
+  // Without the signing device's scale, this device's (the model's own) stands in.
+  if (std::optional<float> metersPerPoint = metersPerPointOf(representation)) {
+    model.setMetersPerPoint(*metersPerPoint);
+    model.setVelocityMax(*metersPerPoint * kFullSpeedPointsPerSecond);
+  }
   // A stroke begins at rest (no velocity, no acceleration, as every stroke's first point is) after a
   // pause, once the stroke before has its two points; it ends at the sample before the next begins.
   std::vector<bool> begins(samples.size());

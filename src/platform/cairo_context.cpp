@@ -21,7 +21,11 @@ constexpr double kLeastArea = 1e-6;
 
 // Whether the current path encloses any area, each subpath counted by the size of its own.
 bool enclosesArea(cairo_t* cr) {
+  cairo_matrix_t user;
+  cairo_get_matrix(cr, &user);
+  cairo_identity_matrix(cr);  // in device space
   cairo_path_t* flat = cairo_copy_path_flat(cr);
+  cairo_set_matrix(cr, &user);
   double total = 0, twiceArea = 0;
   cairo_path_data_t start{}, last{};
   auto closeSubpath = [&] {
