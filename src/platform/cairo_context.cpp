@@ -19,32 +19,36 @@ constexpr double kLargestTextSize = 1e5;
 // A shape covering less than this, in square device units, covers nothing at any zoom a reader offers.
 constexpr double kLeastArea = 1e-6;
 
-// Whether the current path encloses any area, each subpath counted by the size of its own.
+// Whether the current path, in device space, encloses any area, each subpath counted by the area of
+// its polygon of points and control points: a path that runs out and back along the same curve (the
+// outline of a pen of width 0) has none, and no other shape is that thin.
 bool enclosesArea(cairo_t* cr) {
   cairo_matrix_t user;
   cairo_get_matrix(cr, &user);
-  cairo_identity_matrix(cr);  // in device space
-  cairo_path_t* flat = cairo_copy_path_flat(cr);
+  cairo_identity_matrix(cr);
+  cairo_path_t* path = cairo_copy_path(cr);
   cairo_set_matrix(cr, &user);
   double total = 0, twiceArea = 0;
   cairo_path_data_t start{}, last{};
+  auto lineTo = [&](const cairo_path_data_t& to) {
+    twiceArea += last.point.x * to.point.y - to.point.x * last.point.y;
+    last = to;
+  };
   auto closeSubpath = [&] {
-    twiceArea += last.point.x * start.point.y - start.point.x * last.point.y;
+    lineTo(start);
     total += std::fabs(twiceArea) / 2, twiceArea = 0;
   };
-  for (int i = 0; flat->status == CAIRO_STATUS_SUCCESS && i < flat->num_data; i += flat->data[i].header.length) {
-    const cairo_path_data_t& data = flat->data[i];
-    if (data.header.type == CAIRO_PATH_MOVE_TO) {
-      closeSubpath();
-      start = last = flat->data[i + 1];
-    } else if (data.header.type == CAIRO_PATH_LINE_TO) {
-      const cairo_path_data_t& to = flat->data[i + 1];
-      twiceArea += last.point.x * to.point.y - to.point.x * last.point.y;
-      last = to;
+  for (int i = 0; path->status == CAIRO_STATUS_SUCCESS && i < path->num_data; i += path->data[i].header.length) {
+    const cairo_path_data_t* data = &path->data[i];
+    switch (data->header.type) {
+      case CAIRO_PATH_MOVE_TO: closeSubpath(), start = last = data[1]; break;
+      case CAIRO_PATH_LINE_TO: lineTo(data[1]); break;
+      case CAIRO_PATH_CURVE_TO: lineTo(data[1]), lineTo(data[2]), lineTo(data[3]); break;
+      case CAIRO_PATH_CLOSE_PATH: break;
     }
   }
   closeSubpath();
-  cairo_path_destroy(flat);
+  cairo_path_destroy(path);
   return total >= kLeastArea;
 }
 }  // namespace
