@@ -22,22 +22,23 @@ class TimeSeriesDocument : public ControllerTest {};
 
 // A signature signed with a finger, or a stylus pressing between 0.2 and 0.9 of its force, through
 // a session on the current device: loops that speed up and slow down, 8 ms apart, on whole points.
-std::shared_ptr<QnSignature> sign(bool stylus, int strokes = 3, int steps = 60) {
+std::shared_ptr<QnSignature> sign(bool stylus) {
+  constexpr int kSteps = 60;
   ManualLoop manual;
   auto view = HeadlessView::create(makeRect(0, 0, 400, 200));
   SignatureSession session(view);
   std::shared_ptr<QnSignature> record;
   session.signatureReady = [&record](auto r) { record = r; };
   double t = 10;
-  for (int s = 0; s < strokes; ++s, t += 0.8) {
+  for (int s = 0; s < 3; ++s, t += 0.8) {
     auto touch = std::make_shared<HeadlessTouch>(QnPoint{40.0 + 110 * s, 100}, t, stylus ? kQnTouchTypeStylus : kQnTouchTypeDirect);
-    for (int i = 0; i <= steps; ++i) {
-      double u = double(i) / steps, speed = u * u * (3 - 2 * u);  // slow, fast, slow
+    for (int i = 0; i <= kSteps; ++i) {
+      double u = double(i) / kSteps, speed = u * u * (3 - 2 * u);  // slow, fast, slow
       if (stylus) touch->setForce(0.2 + 0.7 * std::sin(u * M_PI), 1);
       if (i > 0) touch->moveTo({std::round(40 + 110 * s + 80 * speed + 20 * std::sin(speed * 6 * M_PI)),
                                 std::round(100 - 50 * std::sin(speed * 4 * M_PI + s))}, t + 0.008 * i);
       QnTouchSet fingers{touch};
-      view->deliverTouches(i == 0 ? QnTouchPhase::began : i == steps ? QnTouchPhase::ended : QnTouchPhase::moved,
+      view->deliverTouches(i == 0 ? QnTouchPhase::began : i == kSteps ? QnTouchPhase::ended : QnTouchPhase::moved,
                            fingers, QnEvent(fingers));
     }
   }
