@@ -39,13 +39,18 @@ class SignaturePad::Surface : public QnQtCaptureWidget {
     if (event->isPointerEvent()) core_->noticeChanges();
     return handled;
   }
-  // Qt moves a widget before resizing it, and either gives the view the widget's whole geometry.
+  // Qt moves a widget before resizing it, and either gives the view the widget's whole geometry. A
+  // layout that leaves the pad no room (a collapsed splitter, a zero-height row) is not passed on: an
+  // empty capture view takes the signing line away for good and moves the ink with it. The view keeps
+  // its last size until the pad has one again.
   void resizeEvent(QResizeEvent* event) override {
+    if (event->size().isEmpty()) return QWidget::resizeEvent(event);
     core_->beforeResize();
     QnQtCaptureWidget::resizeEvent(event);
     core_->afterResize();
   }
   void moveEvent(QMoveEvent* event) override {
+    if (size().isEmpty()) return QWidget::moveEvent(event);
     core_->beforeResize();
     QnQtCaptureWidget::moveEvent(event);
     core_->afterResize();

@@ -1,5 +1,6 @@
 // The facade in a host's view and as a modal screen, the modal screen's prompt and buttons, and the
 // version symbols.
+#include <scrivlet/headless_view.h>
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/popup.h>
 #include <scrivlet/version.h>
@@ -146,6 +147,44 @@ TEST_F(Facade, APresenterThatHoldsTheOwnerKeepsAModalFacadeAliveUntilItsOwedAnsw
   manual.loop->advance(0.25), manual.loop->runUntilIdle(), manual.loop->advance(0.25);
   EXPECT_EQ(log.calls, (Calls{"didEndLine 3", "willComplete #1", "didComplete #1"}));  // from the facade
   EXPECT_TRUE(weak.expired());
+}
+
+// Pixels with any ink: not transparent in the PNG and the SVG's picture, not white on the PDF's page.
+int inkedPixels(const QnImage& image, bool onWhite) {
+  int inked = 0;
+  for (int y = 0; y < image.pixelHeight(); ++y)
+    for (int x = 0; x < image.pixelWidth(); ++x) {
+      QnImage::Pixel p = image.pixelAt(x, y);
+      inked += onWhite ? p.r < 255 || p.g < 255 || p.b < 255 : p.a > 0;
+    }
+  return inked;
+}
+
+// A pen of width 0 inks nothing, and every output says so alike: in a PDF a line width of 0 would
+// otherwise mean the thinnest line the reader can draw.
+TEST_F(Facade, APenOfWidthZeroInksNoOutputAndAnOrdinaryPenInksEvery) {
+  for (float width : {0.0f, 4.0f}) {
+    SCOPED_TRACE(testing::Message() << "pen width " << width);
+    auto view = HeadlessView::create(makeRect(0, 0, 300, 200));
+    log.facade = facade = QnScrivlet::scrivletWithViewDelegate(view, log.delegate);
+    facade->setStrokeWidth(width);
+    touchPaths(*view, {{{40, 60}, {80, 90}, {140, 70}, {200, 120}, {230, 100}}}, 1);
+    touchPaths(*view, {{{60, 140}}}, 2);  // a tap
+    manual.loop->advance(0.25), manual.loop->runUntilIdle();
+    log.records.clear(), facade->done(nullptr);
+    ASSERT_EQ(log.records.size(), 1u);
+    const QnSignature& record = *log.records[0];
+    ASSERT_TRUE(record.imageData() && record.pdfData() && record.svgString());
+    const std::string name = "facade/pen" + std::to_string(int(width));
+    const std::string pdf = writeOutput(name + ".pdf", *record.pdfData());
+    const std::string svg = writeOutput(name + ".svg", *record.svgString());
+    const int png = inkedPixels(QnImage::decodePNG(*record.imageData()), false);
+    const int page = inkedPixels(pdfPageImage(pdf), true), picture = inkedPixels(svgImage(svg), false);
+    if (width == 0)
+      EXPECT_EQ(std::tuple(png, page, picture), std::tuple(0, 0, 0));
+    else
+      EXPECT_TRUE(png > 500 && page > 500 && picture > 500) << png << " " << page << " " << picture;
+  }
 }
 
 // The height of the text wrapped to the width at a size, as a label measures it.

@@ -94,11 +94,12 @@ TEST_F(HostileInput, SamplesThatAreNotFiniteAreDroppedAtTheTouchAndCostTheStroke
     for (const QnSignaturePoint& p : *stroke) EXPECT_TRUE(std::isfinite(p.location.x) && std::isfinite(p.location.y));
 }
 
-TEST_F(HostileInput, ViewSizesThatAreNotFiniteEmptyOrAbsurdNeverMoveTheInk) {
+TEST_F(HostileInput, ViewSizesThatAreNotNumbersOrWouldCarryInkBeyondTheNumbersNeverMoveIt) {
   touchPaths(*view, {{{10, 10}, {50, 20}, {90, 15}}}, 1);
+  touchPaths(*view, {{{20, 1.5e308}}}, 2);  // the guideline's move to 0.56e308 would carry it past 1.8e308
   const Trace before = traceOf(c->drawingController()->drawingArray());
   const QnPoint guideline = c->guideline()->frame().origin;
-  for (QnSize size : {QnSize{NAN, 300}, QnSize{400, INFINITY}, QnSize{1e300, 1e300}, QnSize{0, 0}, QnSize{-5, 300},
+  for (QnSize size : {QnSize{NAN, 300}, QnSize{400, INFINITY}, QnSize{-INFINITY, NAN}, QnSize{400, 1e308},
                       QnSize{400, 300}}) {
     view->setFrame({{0, 0}, size});
     EXPECT_EQ(traceOf(c->drawingController()->drawingArray()), before) << size.width << " x " << size.height;

@@ -44,9 +44,14 @@ TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
   EXPECT_EQ(read->device.pixelsPerInch, 264);
 
   std::string good = recordFileToJson(file);
+  auto withDensity = [&good](const std::string& ppi) {
+    std::string text = good;
+    return text.replace(text.find("\"pixelsPerInch\":264"), 19, "\"pixelsPerInch\":" + ppi);
+  };
   for (std::string bad :
        {std::string("[]"), std::string("{\"format\":\"scrivlet-record\",\"version\":2}"),
-        good.substr(0, good.size() - 2), std::string("{\"format\":\"scrivlet-record\",\"version\":1}")}) {
+        good.substr(0, good.size() - 2), std::string("{\"format\":\"scrivlet-record\",\"version\":1}"),
+        withDensity("4294967297"), withDensity("0"), withDensity("-264")}) {
     testing::internal::CaptureStderr();
     EXPECT_FALSE(recordFromJson(bad)) << bad;
     std::string said = testing::internal::GetCapturedStderr();

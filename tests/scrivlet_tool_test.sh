@@ -39,6 +39,9 @@ expect_failure "$tool" frobnicate
 expect_failure "$tool" render
 expect_failure "$tool" render strokes.json --formats gif
 expect_failure "$tool" render no-such-file.json
+sed 's/"diameter":3.0/"diameter":0.0/g' strokes.json >inkless.json  # nothing to see: not a blank picture
+expect_failure "$tool" render inkless.json --out-dir inkless
+[ ! -e inkless/inkless.png ] || fail "a picture of strokes without ink"
 expect_failure "$tool" seal --record strokes.json --document strokes.json --examiner examiner.pem -o x.sealed
 expect_failure "$tool" stamp --document strokes.json --evidence strokes.json --rect 1,2,3 -o x.pdf
 expect_failure "$tool" verify --evidence garbage.sealed strokes.json

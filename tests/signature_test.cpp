@@ -2,8 +2,6 @@
 #include <scrivlet/pdf_document.h>
 #include <scrivlet/signature.h>
 
-#include <ranges>
-
 #include "export_fixture.h"
 #include "platform/image_view.h"
 
@@ -63,8 +61,9 @@ TEST_F(SignaturePreparation, ClippedRecordHoldsCopiesAndEmptiesStrokesOutsideThe
   const QnStrokeListRef& raw = record->rawPoints();
   ASSERT_TRUE(raw && raw != strokes && raw->size() == 4);
   auto locations = [](const QnStrokeRef& stroke) {
-    auto v = *stroke | std::views::transform(&QnSignaturePoint::location);
-    return std::vector<QnPoint>(v.begin(), v.end());
+    std::vector<QnPoint> at;
+    for (const QnSignaturePoint& p : *stroke) at.push_back(p.location);
+    return at;
   };
   const std::vector<QnPoint> expected[] = {
       locations((*strokes)[0]), locations((*strokes)[1]), {}, {{280, 150}, {290, 190}}};

@@ -153,5 +153,22 @@ TEST(Guideline, ZeroWidthViewLeavesAZeroWidthGuidelineFromThenOn) {
   EXPECT_NO_THROW(empty->updateLayout());
 }
 
+TEST(Guideline, AViewResizedToNothingTakesTheGuidelineToItsCornerForGoodAndTheInkWithIt) {
+  for (QnSize nothing : {QnSize{0, 0}, QnSize{0, 300}}) {
+    auto view = HeadlessView::create(makeRect(0, 0, 540, 527));
+    auto controller = QnScrivletController::create(view, {}, {});
+    const auto& guideline = controller->guideline();
+    controller->drawingController()->setDrawingArray(someInk());
+    const double y = nothing.height * 9 / 16;
+    auto moved = locations(*controller, -kX540, y - kY527);
+    view->setFrame({{0, 0}, nothing});
+    EXPECT_EQ(guideline->frame(), makeRect(0, y, 0, 0));
+    EXPECT_EQ(locations(*controller), moved);
+    view->setFrame(makeRect(0, 0, 540, 527));  // an empty guideline is never placed again
+    EXPECT_EQ(guideline->frame(), makeRect(0, y, 0, 0));
+    EXPECT_EQ(locations(*controller), moved);
+  }
+}
+
 }  // namespace
 }  // namespace scrivlet

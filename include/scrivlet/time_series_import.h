@@ -1,4 +1,4 @@
-// Reading back the ISO/IEC 19794-7 time series this library writes, as strokes.
+// Reading back the ISO/IEC 19794-7 time series this library writes, as strokes that draw as signed.
 #pragma once
 
 #include <scrivlet/export.h>
@@ -8,18 +8,32 @@
 
 namespace scrivlet {
 
+// The pen the samples are drawn again with: live capture's unless the signing pad had another.
+struct TimeSeriesPen {
+  float strokeWidthMax = 4;        // the facade's strokeWidth, the pad's penWidth
+  float velocityReduction = 0.85f;
+  bool calligraphic = false;
+};
+
 // The samples of the document's sample point list, to the precision its channels keep: positions to
 // a tenth of a point (relative to the signature's top-left corner), time steps to the millisecond,
-// velocity and acceleration to a hundredth, force, and the pen's elevation to the degree. The document
-// keeps the azimuth only modulo 2/pi radians: it comes back in [-pi/2, 2/pi - pi/2). Pen diameters
-// are not in the document and come back as 0; ids run from 100.
+// force, and the pen's elevation to the degree. The document keeps the azimuth only modulo 2/pi
+// radians: it comes back in [-pi/2, 2/pi - pi/2).
+//
+// The samples run through the stroke model as the touches did while signing: each point gets its
+// velocity and acceleration from the positions and times (in the signing device's metres per point,
+// which the document gives), its diameter from the pen, and its id, from 100. A signature signed with
+// the given pen draws again as it was signed, to the precision of the channels (the force's 1/1961
+// moves a diameter by at most 0.0008 points).
 //
 // The document does not mark strokes: a sample starts a new stroke where the pen was at rest (no
 // velocity, no acceleration, as every stroke's first point is), after a pause of at least 30 ms, and
 // the stroke before has its two points at least.
 //
-// Anything else (not XML, another root, a sample without its channels, numbers out of their range,
-// more than a million samples) gives nothing, with one line on standard error.
-SCRIVLET_EXPORT QnStrokeListRef strokesFromTimeSeriesXml(std::string_view xml);
+// A document this reader cannot read in full gives nothing, with one line on standard error: not XML,
+// another root, more than one representation, anything but sample points in the sample list, a sample
+// without its channels or with others, numbers out of their range, a pen above the surface (Z other
+// than 0), more than a million samples.
+SCRIVLET_EXPORT QnStrokeListRef strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesPen& pen = {});
 
 }  // namespace scrivlet

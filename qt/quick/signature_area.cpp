@@ -198,6 +198,9 @@ void SignatureArea::itemChange(ItemChange change, const ItemChangeData& value) {
 void SignatureArea::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
   QQuickPaintedItem::geometryChange(newGeometry, oldGeometry);
   if (newGeometry.size() == oldGeometry.size()) return;
+  // An empty size is not passed on: it would take the signing line away for good and move the ink
+  // with it. The view keeps its last size until the item has one again.
+  if (newGeometry.isEmpty()) return;
   // The view has the item's size at the origin: a move alone changes nothing in it.
   core_->beforeResize();
   core_->view()->setFrame(makeRect(0, 0, newGeometry.width(), newGeometry.height()));

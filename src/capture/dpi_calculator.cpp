@@ -3,6 +3,8 @@
 
 #include <scrivlet/device.h>
 
+#include "platform/narrowing.h"
+
 namespace scrivlet {
 
 std::string QnDPICalculator::deviceModel() { return QnDevice::modelIdentifier(); }
@@ -48,7 +50,7 @@ float QnDPICalculator::metersPerPixel() {
   return reciprocal * 0.0254f;
 }
 
-float QnDPICalculator::pixelsPerPoint() { return static_cast<float>(QnDevice::nativeScale()); }
+float QnDPICalculator::pixelsPerPoint() { return narrowToFloat(QnDevice::nativeScale()); }
 
 float QnDPICalculator::metersPerPoint() { return metersPerPixel() * pixelsPerPoint(); }
 

@@ -4,6 +4,7 @@
 #include <scrivlet/view.h>
 
 #include "capture/dpi_calculator.h"
+#include "platform/narrowing.h"
 #include "render/drawing_view.h"
 
 #include <cmath>
@@ -80,7 +81,7 @@ void QnDemoDrawingController::drawTouchEndedWithTimestamp(double) {}
 void QnDemoDrawingController::drawNextPoint(QnSignaturePoint point) {
   point.id = signaturePointID_++;
   point.diameter =
-      static_cast<float>(calculateDiameterWithVelocityAndPressure(point.velocity, point.pressure));
+      narrowToFloat(calculateDiameterWithVelocityAndPressure(point.velocity, point.pressure));
   if (diameterLimit_) point.diameter = diameterLimit_(point.diameter);
   pointArray_->push_back(point);
   updateCanvasWithDrawingArrayFinalizeStrokeFullRedraw(drawingArray_, false, false);
@@ -91,7 +92,7 @@ double QnDemoDrawingController::calculateDiameterWithVelocityAndPressure(QnPoint
   float width = strokeWidthMax_;
   float reduction = useCalligraphicBrush_ ? velocityReduction_ / 3.0f : velocityReduction_;
   float previous = lastPoint_ ? lastPoint_->diameter : 0.0f;
-  float speed = static_cast<float>(std::sqrt(velocity.x * velocity.x + velocity.y * velocity.y));
+  float speed = narrowToFloat(std::sqrt(velocity.x * velocity.x + velocity.y * velocity.y));
   float s = speed / velocityMax_;
   s = s < 1.0f ? s : 1.0f;  // an unknown speed counts as full speed
   float p3 = pressure * 3.0f;

@@ -4,6 +4,7 @@
 #include <scrivlet/touch.h>
 
 #include "platform/format.h"
+#include "platform/narrowing.h"
 
 namespace scrivlet {
 
@@ -33,12 +34,12 @@ QnPoint QnSignaturePoint::locationOfTouchInView(const QnTouch* touch, const QnVi
 
 float QnSignaturePoint::azimuthAngleForTouchInView(const QnTouch* touch, const QnView* view) {
   if (!touch) return 0;
-  return static_cast<float>(touch->azimuthAngleInView(view).value_or(0.0));
+  return narrowToFloat(touch->azimuthAngleInView(view).value_or(0.0));
 }
 
 float QnSignaturePoint::altitudeAngleForTouch(const QnTouch* touch) {
   if (!touch) return kUprightAltitude;
-  if (auto altitude = touch->altitudeAngle()) return static_cast<float>(*altitude);
+  if (auto altitude = touch->altitudeAngle()) return narrowToFloat(*altitude);
   return kUprightAltitude;
 }
 
@@ -46,7 +47,7 @@ float QnSignaturePoint::pressureForTouch(const QnTouch* touch) {
   if (!touch) return 0;
   std::optional<double> maximum = touch->maximumPossibleForce();
   if (!maximum || *maximum == 0) return 0;
-  return static_cast<float>(touch->force().value_or(0.0) / *maximum);
+  return narrowToFloat(touch->force().value_or(0.0) / *maximum);
 }
 
 void QnSignaturePoint::updateVelocityAndAccelerationWithPreviousPointMetersPerPoint(

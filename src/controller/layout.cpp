@@ -3,6 +3,7 @@
 
 #include "capture/drawing_controller.h"
 #include "platform/image_view.h"
+#include "platform/narrowing.h"
 
 #include <cmath>
 
@@ -13,21 +14,23 @@ namespace {
 constexpr double kGuidelineWidthFactor = 0.949999988079071;
 constexpr double kGuidelineMarginFactor = 0.050000011920928955;
 constexpr double kNineSixteenths = 9 * 0.0625;
-// Beyond this a view's side is taken for garbage rather than a screen.
-constexpr double kLargestViewSide = 1e6;
 
-// A view size that layout can use: finite, not empty, not absurdly large.
-bool usableForLayout(QnSize size) {
-  return std::isfinite(size.width) && std::isfinite(size.height) && size.width > 0 && size.height > 0 &&
-         size.width <= kLargestViewSide && size.height <= kLargestViewSide;
+// Whether moving the ink by the offset would carry a point beyond the largest number (a view sized
+// near it), where the point would be lost.
+bool carriesInkOutOfRange(const QnStrokeListRef& strokes, QnPoint offset) {
+  auto lost = [](double at, double by) { return std::isfinite(at) && !std::isfinite(at + by); };
+  for (const QnStrokeRef& stroke : *strokes)
+    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
+      if (lost(p.location.x, offset.x) || lost(p.location.y, offset.y)) return true;
+  return false;
 }
 }  // namespace
 
 void QnScrivletController::layoutGuideline() {
   if (!guideline_) return;
   QnRect frame = guideline_->frame();
-  float gw = static_cast<float>(frame.size.width);
-  float gh = static_cast<float>(frame.size.height);
+  float gw = narrowToFloat(frame.size.width);
+  float gh = narrowToFloat(frame.size.height);
   // Once the width is 0 (a view of width 0 was laid out), the frame stays as it is. A controller
   // without a view lays out as on a view of zero size.
   if (frame.size.width > 0) {
@@ -42,16 +45,23 @@ void QnScrivletController::layoutGuideline() {
 }
 
 void QnScrivletController::updateLayout() {
-  // Until the view has a usable size again, nothing is laid out: the guideline and the ink keep
-  // their places, so that a passing empty or garbage size cannot move the ink for good.
-  if (scrivletView_ && !usableForLayout(scrivletView_->frame().size)) return;
-  QnPoint before = guideline_ ? guideline_->frame().origin : QnPoint{};
+  // A size that is not a number has no place to lay anything out at: the guideline and the ink keep
+  // theirs until the view has one again. Every other size is laid out, an empty one included (which
+  // leaves the guideline empty for good, and moves the ink with it).
+  QnSize size = scrivletView_ ? scrivletView_->frame().size : QnSize{};
+  if (!std::isfinite(size.width) || !std::isfinite(size.height)) return;
+  QnRect before = guideline_ ? guideline_->frame() : QnRect{};
   layoutGuideline();
   QnPoint after = guideline_ ? guideline_->frame().origin : QnPoint{};
   if (!drawingController_) return;
-  QnPoint offset{after.x - before.x, after.y - before.y};
+  QnPoint offset{after.x - before.origin.x, after.y - before.origin.y};
   // A guideline first placed on a garbage size has no place to carry the ink from.
   if (!std::isfinite(offset.x) || !std::isfinite(offset.y)) offset = {0, 0};
+  // Nor is ink carried where it would be lost: the guideline goes back to the ink.
+  if (carriesInkOutOfRange(drawingController_->drawingArray(), offset)) {
+    guideline_->setFrame(before);
+    return;
+  }
   drawingController_->setDrawingArray(drawingController_->drawingArrayWithOffset(offset));
   drawingController_->updateLayout();
 }

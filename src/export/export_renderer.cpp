@@ -10,6 +10,7 @@
 #include "platform/drawing_log.h"
 #include "platform/fonts.h"
 #include "platform/image.h"
+#include "platform/narrowing.h"
 #include "platform/pdf_context.h"
 #include "render/combo_context.h"
 #include "render/drawing_view.h"
@@ -95,7 +96,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
       W = e * w;
     }
     double d = showDate ? dateSize + kDateMargin : kDateMargin;
-    if (static_cast<float>(h - d) < hashH) {
+    if (narrowToFloat(h - d) < hashH) {
       h = d + hashH;
       H = e * h;
     }
@@ -104,8 +105,8 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
   QnSize canvas = rectIntegral(makeRect(x0 * s, y0 * s, W, H)).size;
   W = canvas.width;
   H = canvas.height;
-  float cw = std::ceil(static_cast<float>(w)), ch = std::ceil(static_cast<float>(h));
-  float cx = std::ceil(static_cast<float>(x0)), cy = std::ceil(static_cast<float>(y0));
+  float cw = std::ceil(narrowToFloat(w)), ch = std::ceil(narrowToFloat(h));
+  float cx = std::ceil(narrowToFloat(x0)), cy = std::ceil(narrowToFloat(y0));
 
   std::unique_ptr<QnPDFContext> pdf;
   std::unique_ptr<QnBitmapContext> bitmap;
@@ -124,7 +125,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     drawing = std::make_unique<DrawingLog>();
     combo = std::make_unique<QnComboContext>(drawing.get());
   }
-  combo->setScaleCTMXY(static_cast<float>(e), static_cast<float>(e));
+  combo->setScaleCTMXY(narrowToFloat(e), narrowToFloat(e));
   renderSignature(combo.get(), strokes, integerPart(cx), integerPart(cy), controller);
   if (showDate) renderDate(combo.get(), date, ch, dateSize);
   if (showHash) renderHashWithContext(combo.get(), showDate, controller, ch, dateSize);

@@ -7,6 +7,7 @@
 #include "platform/cg_context.h"
 #include "platform/crypto.h"
 #include "platform/format.h"
+#include "platform/narrowing.h"
 #include "render/combo_context.h"
 
 namespace scrivlet {
@@ -54,7 +55,7 @@ void renderHashWithContext(QnComboContext* context, bool showDate,
   context->setFillColorWithColor(QnColor(kSVGBadgeGrey, kSVGBadgeGrey, kSVGBadgeGrey, 1.0));
   context->setAlpha(kSVGBadgeAlpha);
   context->showTextAtPointTextSize({kTextX, textRow + 5.0}, hash, controller->exportHashFontSize());
-  context->setTranslateCTMXY(static_cast<float>(lockOrigin.x), static_cast<float>(lockOrigin.y));
+  context->setTranslateCTMXY(narrowToFloat(lockOrigin.x), narrowToFloat(lockOrigin.y));
   QnScrivletStyleKit::addQn_lockPath(*context);
   context->drawPath(kQnPathFill);
   context->setTranslateCTMXY(0, 0);

@@ -5,6 +5,7 @@
 #include "export/xml_serializer.h"
 #include "platform/clock.h"
 #include "platform/format.h"
+#include "platform/narrowing.h"
 
 #include <cmath>
 
@@ -23,7 +24,7 @@ constexpr double kDegreesPerRadian = 57.29577951308232;
 constexpr float kNewtonsPerUnitForce = 19.6133f;
 
 // Halves away from zero, in single precision; the result is taken as a 32-bit integer.
-int roundSingle(double value) { return static_cast<int>(std::lround(static_cast<float>(value))); }
+int roundSingle(double value) { return static_cast<int>(std::lround(narrowToFloat(value))); }
 
 }  // namespace
 

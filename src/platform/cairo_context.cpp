@@ -16,6 +16,41 @@ namespace scrivlet {
 namespace {
 // The tallest letters drawn, in device units (pixels, or PDF points): far past any page or bitmap.
 constexpr double kLargestTextSize = 1e5;
+// A shape covering less than this, in square device units, covers nothing at any zoom a reader offers.
+constexpr double kLeastArea = 1e-6;
+
+// Whether the current path, in device space, encloses any area, each subpath counted by the area of
+// its polygon of points and control points: a path that runs out and back along the same curve (the
+// outline of a pen of width 0) has none, and no other shape is that thin.
+bool enclosesArea(cairo_t* cr) {
+  cairo_matrix_t user;
+  cairo_get_matrix(cr, &user);
+  cairo_identity_matrix(cr);
+  cairo_path_t* path = cairo_copy_path(cr);
+  cairo_set_matrix(cr, &user);
+  double total = 0, twiceArea = 0;
+  cairo_path_data_t start{}, last{};
+  auto lineTo = [&](const cairo_path_data_t& to) {
+    twiceArea += last.point.x * to.point.y - to.point.x * last.point.y;
+    last = to;
+  };
+  auto closeSubpath = [&] {
+    lineTo(start);
+    total += std::fabs(twiceArea) / 2, twiceArea = 0;
+  };
+  for (int i = 0; path->status == CAIRO_STATUS_SUCCESS && i < path->num_data; i += path->data[i].header.length) {
+    const cairo_path_data_t* data = &path->data[i];
+    switch (data->header.type) {
+      case CAIRO_PATH_MOVE_TO: closeSubpath(), start = last = data[1]; break;
+      case CAIRO_PATH_LINE_TO: lineTo(data[1]); break;
+      case CAIRO_PATH_CURVE_TO: lineTo(data[1]), lineTo(data[2]), lineTo(data[3]); break;
+      case CAIRO_PATH_CLOSE_PATH: break;
+    }
+  }
+  closeSubpath();
+  cairo_path_destroy(path);
+  return total >= kLeastArea;
+}
 }  // namespace
 
 CairoContext::CairoContext(cairo_t* cr) : cr_(cairo_reference(cr)) {
@@ -225,7 +260,12 @@ void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
   // A document page has nothing beneath its drawing to clear, and cairo would turn a clearing
   // operation into a raster fallback of the whole area.
   if (clearing && cairo_surface_get_type(cairo_get_target(cr_)) != CAIRO_SURFACE_TYPE_IMAGE) return;
+  // A pen of width 0 inks no pixel, and neither does the outline it leaves (out along the stroke and
+  // back); a document, which paints every pixel a shape touches, would draw either as a hairline.
   double width = cairo_get_line_width(cr_);
+  stroke = stroke && width > 0;
+  fill = fill && (cairo_surface_get_type(cairo_get_target(cr_)) == CAIRO_SURFACE_TYPE_IMAGE || enclosesArea(cr_));
+  if (!fill && !stroke) return;
   if (stroke) cairo_set_line_width(cr_, withinPixelLimit(width));
   if (shapes_ && hasShadow()) shapes_ = nullptr;
   if (shapes_) {

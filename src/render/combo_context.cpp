@@ -3,6 +3,7 @@
 
 #include "platform/cg_context.h"
 #include "platform/format.h"
+#include "platform/narrowing.h"
 
 #include <cmath>
 
@@ -71,7 +72,7 @@ void QnComboContext::setAlpha(double alpha) {
 
 void QnComboContext::setLineWidth(double width) {
   if (isSVG_)
-    strokeLineWidth_ = static_cast<float>(width);
+    strokeLineWidth_ = narrowToFloat(width);
   else if (context_)
     context_->setLineWidth(width);
 }
@@ -133,13 +134,13 @@ void QnComboContext::addArcRadiusStartAngleEndAngleClockwise(QnPoint center, dou
   }
   QnPoint c = st(center);
   double r = scale_.x * radius;  // the x factor serves both radii
-  float span = static_cast<float>(endAngle - startAngle);
+  float span = narrowToFloat(endAngle - startAngle);
   int large = ((std::fabs(span) > kPi) != (clockwise == 0)) ? 1 : 0;
   int sweep = clockwise == 0 ? 1 : 0;
   // The end is taken from the start angle: the opposite point for the half circles the renderer
   // draws counter-clockwise, the start point itself otherwise.
-  float dx = static_cast<float>(r * std::cos(startAngle));
-  float dy = static_cast<float>(r * std::sin(startAngle));
+  float dx = narrowToFloat(r * std::cos(startAngle));
+  float dy = narrowToFloat(r * std::sin(startAngle));
   QnPoint end = clockwise == 0 ? QnPoint{c.x - dx, c.y - dy} : QnPoint{c.x + dx, c.y + dy};
   appendToPath(cformat("A %f %f 0 %d %d %f %f", r, r, large, sweep, end.x, end.y));
 }
@@ -193,7 +194,7 @@ QnPoint QnComboContext::st(QnPoint point) const {
 
 std::string QnComboContext::hexStringFromColor(const QnColor& color) {
   QnColor::RGBA c = rgbaFromColor(color);
-  auto channel = [](double v) { return std::lround(static_cast<float>(v * 255.0)); };
+  auto channel = [](double v) { return std::lround(narrowToFloat(v * 255.0)); };
   return cformat("#%02lX%02lX%02lX", static_cast<unsigned long>(channel(c.r)),
                  static_cast<unsigned long>(channel(c.g)), static_cast<unsigned long>(channel(c.b)));
 }
@@ -204,7 +205,7 @@ std::string QnComboContext::serializeSVG(QnSize size) const {
   std::string svg = cformat(
       "<svg style=\"border: 1px solid black\" width=\"%f\" height=\"%f\" viewBox=\"0 0 %f %f\" "
       "xmlns=\"%s\">",
-      static_cast<double>(static_cast<float>(width)), static_cast<double>(static_cast<float>(height)),
+      static_cast<double>(narrowToFloat(width)), static_cast<double>(narrowToFloat(height)),
       width, height, kSVGNamespace);
   for (const std::string& element : pathArray_) svg += element;
   svg += "</svg>";

@@ -6,6 +6,7 @@
 
 #include "platform/image.h"
 #include "platform/main_thread.h"
+#include "platform/narrowing.h"
 #include "render/combo_context.h"
 
 #include <algorithm>
@@ -140,7 +141,7 @@ void QnDrawingView::strokeWidthChanged(const QnNotification& notification) {
     if (const float* width = std::any_cast<float>(&found->second))
       strokeWidth_ = *width;
     else if (const double* wide = std::any_cast<double>(&found->second))
-      strokeWidth_ = static_cast<float>(*wide);
+      strokeWidth_ = narrowToFloat(*wide);
   }
   setNeedsDisplay();
 }
@@ -270,10 +271,10 @@ void QnDrawingView::requestRedisplay(const QnStrokeList* strokes, bool fullRedra
   size_t n = last.size();
   const QnSignaturePoint& l = last[n - 1];
   const QnSignaturePoint& k = last[n < 3 ? 0 : n - 3];
-  QnRect dirty = makeRect(static_cast<float>(std::min(l.location.x, k.location.x)),
-                          static_cast<float>(std::min(l.location.y, k.location.y)),
-                          static_cast<float>(std::fabs(l.location.x - k.location.x)),
-                          static_cast<float>(std::fabs(l.location.y - k.location.y)));
+  QnRect dirty = makeRect(narrowToFloat(std::min(l.location.x, k.location.x)),
+                          narrowToFloat(std::min(l.location.y, k.location.y)),
+                          narrowToFloat(std::fabs(l.location.x - k.location.x)),
+                          narrowToFloat(std::fabs(l.location.y - k.location.y)));
   double grow = std::max(l.diameter, k.diameter) * 0.5 + kDirtyMargin;
   setNeedsDisplayInRect(rectInset(dirty, -grow, -grow));
 }

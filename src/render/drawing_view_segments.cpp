@@ -2,6 +2,7 @@
 #include "render/drawing_view.h"
 
 #include "platform/cg_context.h"
+#include "platform/narrowing.h"
 #include "render/combo_context.h"
 
 #include <cmath>
@@ -19,15 +20,15 @@ constexpr double kMinimumDistance = 0.0001;
 
 // A sine or cosine narrowed from double: the correctly rounded single-precision value, where cosf and
 // sinf may differ in the last bit.
-float narrowedCos(float angle) { return static_cast<float>(std::cos(static_cast<double>(angle))); }
-float narrowedSin(float angle) { return static_cast<float>(std::sin(static_cast<double>(angle))); }
+float narrowedCos(float angle) { return narrowToFloat(std::cos(static_cast<double>(angle))); }
+float narrowedSin(float angle) { return narrowToFloat(std::sin(static_cast<double>(angle))); }
 
 // Both angles take x as the first argument of atan2: the angle between the vectors is unchanged
 // once wrapped, while the collinearity test sees the swapped angles.
 // The components are narrowed to float; atan2 itself runs in double and its result is narrowed.
 float swappedAngle(QnPoint v) {
-  double x = static_cast<float>(v.x), y = static_cast<float>(v.y);
-  return static_cast<float>(std::atan2(x, y));
+  double x = narrowToFloat(v.x), y = narrowToFloat(v.y);
+  return narrowToFloat(std::atan2(x, y));
 }
 
 }  // namespace
@@ -50,7 +51,7 @@ double QnDrawingView::distanceBetweenAnd(QnPoint a, QnPoint b) {
 
 float QnDrawingView::angleBetweenVector1Vector2(QnPoint v1, QnPoint v2) {
   float d = std::fabs(swappedAngle(v2) - swappedAngle(v1));
-  if (static_cast<double>(d) > kPi) return static_cast<float>(kTwoPi - d);
+  if (static_cast<double>(d) > kPi) return narrowToFloat(kTwoPi - d);
   return d;
 }
 
@@ -88,29 +89,29 @@ void QnDrawingView::
         QnComboContext* context, QnPoint origin, QnPoint destination, float startingDiameter,
         float endingDiameter, QnPoint startingControlPoint, QnPoint endingControlPoint) {
   // The arms of each end, u2 pointing from the destination back towards its control point.
-  float u1x = static_cast<float>(startingControlPoint.x - origin.x);
-  float u1y = static_cast<float>(startingControlPoint.y - origin.y);
-  float u2x = static_cast<float>(endingControlPoint.x - destination.x);
-  float u2y = static_cast<float>(endingControlPoint.y - destination.y);
+  float u1x = narrowToFloat(startingControlPoint.x - origin.x);
+  float u1y = narrowToFloat(startingControlPoint.y - origin.y);
+  float u2x = narrowToFloat(endingControlPoint.x - destination.x);
+  float u2y = narrowToFloat(endingControlPoint.y - destination.y);
 
-  float a = static_cast<float>(std::atan2(double(u1y), double(u1x)) - kHalfPi);
-  float aOpposite = static_cast<float>(a + kPi);
+  float a = narrowToFloat(std::atan2(double(u1y), double(u1x)) - kHalfPi);
+  float aOpposite = narrowToFloat(a + kPi);
   // The radii, the arms' scale factors and every product are formed in double; only the arms, the
   // angles, their sines and cosines, and the side lengths are single precision.
   double r0 = startingDiameter * 0.5;
   QnPoint s1{origin.x + r0 * narrowedCos(a), origin.y + r0 * narrowedSin(a)};
   QnPoint s2{origin.x + r0 * narrowedCos(aOpposite), origin.y + r0 * narrowedSin(aOpposite)};
 
-  float b = static_cast<float>(std::atan2(double(u2y), double(u2x)) + kHalfPi);
-  float bOpposite = static_cast<float>(b + kPi);
+  float b = narrowToFloat(std::atan2(double(u2y), double(u2x)) + kHalfPi);
+  float bOpposite = narrowToFloat(b + kPi);
   double r1 = endingDiameter * 0.5;
   QnPoint e1{destination.x + r1 * narrowedCos(b), destination.y + r1 * narrowedSin(b)};
   QnPoint e2{destination.x + r1 * narrowedCos(bOpposite), destination.y + r1 * narrowedSin(bOpposite)};
 
   // Each side's arms are scaled by its length against the mean, so the outer edge of a bend gets
   // the longer arms.
-  float l1 = static_cast<float>(distanceBetweenAnd(s1, e1));
-  float l2 = static_cast<float>(distanceBetweenAnd(s2, e2));
+  float l1 = narrowToFloat(distanceBetweenAnd(s1, e1));
+  float l2 = narrowToFloat(distanceBetweenAnd(s2, e2));
   double m = (static_cast<double>(l1) + l2) * 0.5;
   double k1 = l1 / m;
   double k2 = l2 / m;

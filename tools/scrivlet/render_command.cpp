@@ -44,6 +44,14 @@ std::optional<QnColor> colorOf(const std::string& text) {
   return QnColor(red / 255.0, green / 255.0, blue / 255.0, 1.0);
 }
 
+// Whether any point is drawn with a pen wider than nothing.
+bool hasInk(const QnStrokeListRef& strokes) {
+  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{})
+    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
+      if (p.diameter > 0) return true;
+  return false;
+}
+
 }  // namespace
 
 std::optional<RecordFile> loadSignature(const std::string& path, std::string* error) {
@@ -105,6 +113,7 @@ int renderCommand(int argc, char** argv) {
     std::string error;
     std::optional<RecordFile> signature = loadSignature(input, &error);
     if (!signature) return error.empty() ? 1 : failure("render", error);
+    if (!hasInk(signature->strokes)) return failure("render", input + " has no ink to draw: no point has a pen wider than 0");
     RecordRenderSettings these = settings;
     if (!signature->hash.empty()) these.hash = signature->hash;
     if (args.has("hash-text")) these.hash = args.value("hash-text");
