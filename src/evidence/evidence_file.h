@@ -37,6 +37,16 @@ std::optional<EvidenceManifest> manifestFromJson(std::string_view json, std::str
 
 std::string evidenceFileToJson(const EvidenceFile& file);
 
+// What the examiner's envelope holds: the record (its image left out) and what it was sealed for.
+struct BiometricDocument {
+  std::string documentSha256;
+  uint64_t documentSize = 0;
+  std::string imageSha256;
+  RecordFile record;
+};
+std::string biometricDocumentToJson(const BiometricDocument& document);
+std::optional<BiometricDocument> biometricDocumentFromJson(std::string_view json, std::string* error);
+
 // The SHA-256 of the bytes in lower-case hexadecimal, as the manifest keeps digests.
 std::string sha256Hex(std::string_view bytes);
 // Digests compared in constant time: a forger learns nothing from how long a comparison took.
