@@ -51,8 +51,8 @@ bool setKeyParameters(CMS_RecipientInfo* info, bool rsa) {
     return EVP_PKEY_CTX_set_rsa_padding(context, RSA_PKCS1_OAEP_PADDING) > 0 &&
            EVP_PKEY_CTX_set_rsa_oaep_md(context, EVP_sha256()) > 0 &&
            EVP_PKEY_CTX_set_rsa_mgf1_md(context, EVP_sha256()) > 0;
-  return EVP_PKEY_CTX_set_ecdh_kdf_type(context, EVP_PKEY_ECDH_KDF_X9_63) > 0 &&
-         EVP_PKEY_CTX_set_ecdh_kdf_md(context, EVP_sha256()) > 0;
+  // Only the digest: OpenSSL sets the X9.63 derivation itself, and refuses one already set.
+  return EVP_PKEY_CTX_set_ecdh_kdf_md(context, EVP_sha256()) > 0;
 }
 
 time_t signedSigningTime(CMS_SignerInfo* signer) {

@@ -172,9 +172,11 @@ std::vector<std::string> changesBeyondSignatures(std::string_view pdf, size_t be
     auto found = oldTable.find(id);
     if (found == oldTable.end()) continue;  // new objects matter only where changed objects use them
     const QPDFXRefEntry& old = found->second;
-    if (old.getType() == entry.getType() && old.getOffset() == entry.getOffset() &&
-        old.getObjStreamNumber() == entry.getObjStreamNumber() && old.getObjStreamIndex() == entry.getObjStreamIndex())
-      continue;
+    bool unchanged = old.getType() == entry.getType() &&
+                     (entry.getType() == 1 ? old.getOffset() == entry.getOffset()
+                                           : old.getObjStreamNumber() == entry.getObjStreamNumber() &&
+                                                 old.getObjStreamIndex() == entry.getObjStreamIndex());
+    if (unchanged) continue;
     QPDFObjectHandle before = older.getObject(id), after = newer.getObject(id);
     std::string what = "object " + std::to_string(id.getObj());
     if (id == oldCatalog.getObjGen()) {

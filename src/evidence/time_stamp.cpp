@@ -109,7 +109,9 @@ bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, Evide
   if (status != 0 && status != 1)
     return fail(error, Code::TimeStampFailed, "the time-stamping authority refused (status " + std::to_string(status) + ")"), false;
   // The token is for this request: its version, imprint and nonce.
+  // The authority's signature is checked when verifying, against the verifier's trusted certificates.
   VerifyPtr context(TS_REQ_to_TS_VERIFY_CTX(request.get(), nullptr));
+  if (context) TS_VERIFY_CTX_set_flags(context.get(), TS_VFY_VERSION | TS_VFY_IMPRINT | TS_VFY_NONCE);
   if (!context || TS_RESP_verify_response(context.get(), response.get()) != 1)
     return fail(error, Code::TimeStampFailed, "the time-stamp is not for this request"), false;
   unsigned char* token = nullptr;
