@@ -69,13 +69,14 @@ std::optional<EvidenceManifest> manifestFromJson(std::string_view text, std::str
              &device = jsonField(document, "device"), &library = jsonField(document, "library");
   if (!doc.is_object() || !isDigest(jsonField(doc, "sha256")) || !jsonField(doc, "size").is_number_unsigned() ||
       !jsonField(doc, "name").is_string() || !image.is_object() || !isDigest(jsonField(image, "sha256")) ||
-      !bio.is_object() || !isDigest(jsonField(bio, "sha256")) || jsonField(bio, "content") != kBiometricContent ||
+      jsonField(image, "mediaType") != "image/png" || !bio.is_object() || !isDigest(jsonField(bio, "sha256")) ||
+      jsonField(bio, "content") != kBiometricContent || jsonField(bio, "mediaType") != "application/cms" ||
       !signing.is_object() || !jsonField(signing, "hash").is_string() ||
       !isFiniteNumber(jsonField(signing, "timestamp")) || !device.is_object() ||
       !jsonField(device, "model").is_string() || !isFiniteNumber(jsonField(device, "screenScale")) ||
       !jsonField(device, "pixelsPerInch").is_number_integer() || jsonField(device, "pixelsPerInch") < 0 ||
       jsonField(device, "pixelsPerInch") > 1000000 || !library.is_object() ||
-      !jsonField(library, "version").is_string() || !jsonField(document, "sealedAt").is_string())
+      jsonField(library, "name") != "Scrivlet" || !jsonField(library, "version").is_string() || !jsonField(document, "sealedAt").is_string())
     return refuse<EvidenceManifest>(error, "the manifest lacks a field or has one of the wrong type");
   EvidenceManifest m;
   auto string = [](const json& object, const char* key) { return jsonField(object, key).get<std::string>(); };
