@@ -119,6 +119,28 @@ TEST_F(Evidence, SealsVerifiesAndOpensForRsaAndEcExaminersAndPublicKeys) {
   }
 }
 
+TEST_F(Evidence, SealsTheRecordOnTheCapturingDeviceForTheDocumentItShows) {
+  QnSignature signing;  // as the session or the pad delivers it
+  signing.setRawPoints(record().strokes);
+  signing.setImageData(kPng);
+  signing.setHashString("A1B2C3D4");
+  signing.setTimestamp(786000000.25);
+  EvidenceError error;
+  std::optional<std::string> sealed =
+      sealSignatureForDocument(signing, kDocument, "contract.pdf", certificates->ecExaminer.certificate,
+                               {certificates->signer.certificate, certificates->signer.key,
+                                certificates->intermediate.certificate},
+                               &error);
+  ASSERT_TRUE(sealed) << error.message;
+  EXPECT_EQ(verifyEvidence(*sealed, kDocument, trusting(certificates->root)).verdict, Verdict::Valid);
+  std::optional<RecordFile> opened =
+      openEvidence(*sealed, certificates->ecExaminer.key, trusting(certificates->root), &error);
+  ASSERT_TRUE(opened) << error.message;
+  EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));
+  EXPECT_EQ(opened->hash, "A1B2C3D4");
+  EXPECT_EQ(opened->device.model, currentCaptureDevice().model);
+}
+
 TEST_F(Evidence, OpenSslsOwnCommandDecryptsTheEnvelopeAndVerifiesTheManifestThroughTheIntermediate) {
   for (const TestIdentity* examiner : {&certificates->rsaExaminer, &certificates->ecExaminer}) {
     std::string sealed = seal(request(examiner->certificate));

@@ -7,6 +7,7 @@
 #include "evidence/time_stamp.h"
 
 #include <openssl/err.h>
+#include <openssl/ess.h>
 #include <openssl/rsa.h>
 #include <openssl/x509v3.h>
 
@@ -53,6 +54,20 @@ bool setKeyParameters(CMS_RecipientInfo* info, bool rsa) {
            EVP_PKEY_CTX_set_rsa_mgf1_md(context, EVP_sha256()) > 0;
   // Only the digest: OpenSSL sets the X9.63 derivation itself, and refuses one already set.
   return EVP_PKEY_CTX_set_ecdh_kdf_md(context, EVP_sha256()) > 0;
+}
+
+// The signing-certificate-v2 attribute, when present, must name the signer's own certificate: a
+// certificate swapped in with the same key is caught.
+bool namesItsSigner(CMS_SignerInfo* signer, X509* certificate) {
+  int index = CMS_signed_get_attr_by_NID(signer, NID_id_smime_aa_signingCertificateV2, -1);
+  if (index < 0) return true;
+  ASN1_TYPE* value = X509_ATTRIBUTE_get0_type(CMS_signed_get_attr(signer, index), 0);
+  const unsigned char* p = value && value->type == V_ASN1_SEQUENCE ? value->value.sequence->data : nullptr;
+  std::unique_ptr<ESS_SIGNING_CERT_V2, Deleter<ESS_SIGNING_CERT_V2, ESS_SIGNING_CERT_V2_free>> named(
+      p ? d2i_ESS_SIGNING_CERT_V2(nullptr, &p, value->value.sequence->length) : nullptr);
+  CertificatesPtr chain(sk_X509_new_null());
+  return named && chain && sk_X509_push(chain.get(), X509_dup(certificate)) &&
+         OSSL_ESS_check_signing_certs(nullptr, named.get(), chain.get(), 1) == 1;
 }
 
 time_t signedSigningTime(CMS_SignerInfo* signer) {
@@ -148,6 +163,8 @@ SignatureCheck verifyDetached(std::string_view der, std::string_view content, st
   X509* certificate = nullptr;
   CMS_SignerInfo_get0_algs(signer, nullptr, &certificate, nullptr, nullptr);
   if (!certificate) return failed(EvidenceVerdict::Unreadable, "the signature does not carry its signer's certificate");
+  if (!namesItsSigner(signer, certificate))
+    return failed(EvidenceVerdict::Tampered, "the signing-certificate-v2 attribute does not name the signer's certificate");
   check.signer = subjectOf(certificate);
   check.signingCertificateV2 = CMS_signed_get_attr_by_NID(signer, NID_id_smime_aa_signingCertificateV2, -1) >= 0;
 

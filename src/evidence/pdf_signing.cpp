@@ -28,7 +28,7 @@ using pdf::Refusal;
 using Code = EvidenceErrorCode;
 
 // Room for the CMS signature: the signer's chain and a time-stamp token fit several times over.
-constexpr size_t kReservedSignatureBytes = 32768;
+constexpr size_t kReservedSignatureBytes = 16384;
 // Coordinates past this are no use on any page and would print as very long numbers.
 constexpr double kMaxCoordinate = 1e7;
 
