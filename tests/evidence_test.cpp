@@ -90,8 +90,8 @@ class Evidence : public ::testing::Test {
 };
 
 TEST_F(Evidence, SealsVerifiesAndOpensForRsaAndEcExaminersAndPublicKeys) {
-  const std::map<std::string, bool> allPassed{{"container", true}, {"manifest", true}, {"manifest signature", true},
-                                              {"signer", true},    {"document", true}, {"image", true},
+  const std::map<std::string, bool> allPassed{{"container", true},     {"manifest", true}, {"manifest signature", true},
+                                              {"signer", true},        {"document", true}, {"image", true},
                                               {"biometric data", true}};
   for (const TestIdentity* examiner : {&certificates->rsaExaminer, &certificates->ecExaminer}) {
     for (bool bareKey : {false, true}) {
@@ -126,11 +126,9 @@ TEST_F(Evidence, SealsTheRecordOnTheCapturingDeviceForTheDocumentItShows) {
   signing.setHashString("A1B2C3D4");
   signing.setTimestamp(786000000.25);
   EvidenceError error;
-  std::optional<std::string> sealed =
-      sealSignatureForDocument(signing, kDocument, "contract.pdf", certificates->ecExaminer.certificate,
-                               {certificates->signer.certificate, certificates->signer.key,
-                                certificates->intermediate.certificate},
-                               &error);
+  std::optional<std::string> sealed = sealSignatureForDocument(
+      signing, kDocument, "contract.pdf", certificates->ecExaminer.certificate,
+      {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, &error);
   ASSERT_TRUE(sealed) << error.message;
   EXPECT_EQ(verifyEvidence(*sealed, kDocument, trusting(certificates->root)).verdict, Verdict::Valid);
   std::optional<RecordFile> opened =
@@ -153,11 +151,13 @@ TEST_F(Evidence, OpenSslsOwnCommandDecryptsTheEnvelopeAndVerifiesTheManifestThro
     EXPECT_NE(plaintext.find(strokesToJson(record().strokes)), std::string::npos);
     std::string structure = outputOf("openssl cms -cmsout -print -inform DER -in " + bio);
     EXPECT_NE(structure.find("aes-256-gcm"), std::string::npos);
-    EXPECT_NE(structure.find(examiner == &certificates->rsaExaminer ? "rsaesOaep" : "dhSinglePass-stdDH-sha256kdf-scheme"),
-              std::string::npos)
+    EXPECT_NE(
+        structure.find(examiner == &certificates->rsaExaminer ? "rsaesOaep" : "dhSinglePass-stdDH-sha256kdf-scheme"),
+        std::string::npos)
         << structure;
 
-    std::string manifest = save("manifest.json", parts.manifest), signature = save("manifest.sig", *parts.manifestSignature),
+    std::string manifest = save("manifest.json", parts.manifest),
+                signature = save("manifest.sig", *parts.manifestSignature),
                 root = save("root.pem", certificates->root.certificate);
     std::string verify = "openssl cms -verify -binary -inform DER -in " + signature + " -content " + manifest +
                          " -CAfile " + root + " -purpose any -out /dev/null";
@@ -193,13 +193,15 @@ TEST_F(Evidence, EveryChangedPartFailsItsOwnCheckWithItsVerdict) {
   };
   const std::vector<Case> cases{
       {"image", tampered(sealed, &EvidenceFile::image, 3), kDocument, "image", Verdict::Tampered},
-      {"biometric data", tampered(sealed, &EvidenceFile::biometricData, 100), kDocument, "biometric data", Verdict::Tampered},
+      {"biometric data", tampered(sealed, &EvidenceFile::biometricData, 100), kDocument, "biometric data",
+       Verdict::Tampered},
       {"signature", evidenceFileToJson(badSignature), kDocument, "manifest signature", Verdict::Tampered},
       {"manifest bytes", tampered(sealed, &EvidenceFile::manifest, 50), kDocument, "manifest", Verdict::Tampered},
       {"manifest rehashed", evidenceFileToJson(resigned), kDocument, "manifest signature", Verdict::Tampered},
       {"other document", sealed, changedDocument, "document", Verdict::Tampered},
       {"truncated document", sealed, kDocument.substr(0, 20), "document", Verdict::Tampered},
-      {"a correction appended", sealed, kDocument + "Correction: I owe you EUR 50,000\n", "document", Verdict::Tampered},
+      {"a correction appended", sealed, kDocument + "Correction: I owe you EUR 50,000\n", "document",
+       Verdict::Tampered},
       {"random bytes appended", sealed, kDocument + std::string(1000, '\xA7'), "document", Verdict::Tampered},
       {"truncated file", sealed.substr(0, sealed.size() / 2), kDocument, "container", Verdict::Unreadable},
       {"garbage", "\x89PNG not a sealed file at all", kDocument, "container", Verdict::Unreadable},
@@ -229,8 +231,9 @@ TEST_F(Evidence, OnlyASignerChainingToTheTrustedRootMakesEvidenceValid) {
     EvidenceFile file = *evidenceFileFromJson(sealed, nullptr);
     std::string manifest = save("manifest.json", file.manifest), cert = save("signer.pem", signer.certificate),
                 key = save("signer.key", signer.key), certs = save("chain.pem", chain);
-    file.manifestSignature = outputOf("openssl cms -sign -binary -outform DER -md sha256 -in " + manifest + " -signer " +
-                                      cert + " -inkey " + key + (chain.empty() ? "" : " -certfile " + certs));
+    file.manifestSignature =
+        outputOf("openssl cms -sign -binary -outform DER -md sha256 -in " + manifest + " -signer " + cert + " -inkey " +
+                 key + (chain.empty() ? "" : " -certfile " + certs));
     EXPECT_FALSE(file.manifestSignature->empty());
     return evidenceFileToJson(file);
   };
@@ -255,8 +258,8 @@ TEST_F(Evidence, OnlyASignerChainingToTheTrustedRootMakesEvidenceValid) {
        Verdict::Untrusted, "Code Signing"},
       {"a TLS client certificate", sealedBy(certificates->tlsClient, intermediate), trusting(certificates->root),
        Verdict::Untrusted, "TLS Web Client Authentication"},
-      {"the intermediate left out", sealedBy(certificates->signer, ""), trusting(certificates->root), Verdict::Untrusted,
-       "unknown issuer"},
+      {"the intermediate left out", sealedBy(certificates->signer, ""), trusting(certificates->root),
+       Verdict::Untrusted, "unknown issuer"},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -295,9 +298,10 @@ TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOr
     file.manifest.replace(file.manifest.find(sha256Hex(evidenceFileFromJson(into, nullptr)->biometricData)), 64,
                           sha256Hex(donor.biometricData));
     file.manifestSha256 = sha256Hex(file.manifest);
-    file.manifestSignature = cms::signDetached(file.manifest, {certificates->signer.certificate, certificates->signer.key,
-                                                               certificates->intermediate.certificate},
-                                               false, "", nullptr);
+    file.manifestSignature = cms::signDetached(
+        file.manifest,
+        {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
+        nullptr);
     return evidenceFileToJson(file);
   };
   std::string swappedStrokes = transplanted(seal(otherSigning), sealed);
@@ -312,32 +316,36 @@ TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOr
 
 TEST_F(Evidence, AlgorithmsThisLibraryDoesNotWriteAreRefusedByName) {
   std::string sealed = seal(request(certificates->rsaExaminer.certificate));
-  std::string plain = save("plain.json", "{}"), examiner = save("rsa-examiner.pem", certificates->rsaExaminer.certificate);
+  std::string plain = save("plain.json", "{}"),
+              examiner = save("rsa-examiner.pem", certificates->rsaExaminer.certificate);
   struct Weak {
     const char* options;
     const char* name;
   };
-  for (const Weak& weak : {Weak{"-des3", "des-ede3-cbc"}, Weak{"-aes-256-cbc", "aes-256-cbc"},
-                           Weak{"-aes-256-gcm", "rsaEncryption"}}) {
+  for (const Weak& weak :
+       {Weak{"-des3", "des-ede3-cbc"}, Weak{"-aes-256-cbc", "aes-256-cbc"}, Weak{"-aes-256-gcm", "rsaEncryption"}}) {
     SCOPED_TRACE(weak.options);
-    std::string der = outputOf("openssl cms -encrypt -binary -outform DER " + std::string(weak.options) + " -in " + plain +
-                               " " + examiner);
+    std::string der = outputOf("openssl cms -encrypt -binary -outform DER " + std::string(weak.options) + " -in " +
+                               plain + " " + examiner);
     ASSERT_FALSE(der.empty());
     EvidenceFile file = *evidenceFileFromJson(sealed, nullptr);
     std::string oldDigest = sha256Hex(file.biometricData);
     file.biometricData = der;
     file.manifest.replace(file.manifest.find(oldDigest), 64, sha256Hex(der));
     file.manifestSha256 = sha256Hex(file.manifest);
-    file.manifestSignature = cms::signDetached(file.manifest, {certificates->signer.certificate, certificates->signer.key,
-                                                               certificates->intermediate.certificate},
-                                               false, "", nullptr);
+    file.manifestSignature = cms::signDetached(
+        file.manifest,
+        {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
+        nullptr);
     EvidenceError error;
-    EXPECT_FALSE(openEvidence(evidenceFileToJson(file), certificates->rsaExaminer.key, trusting(certificates->root), &error));
+    EXPECT_FALSE(
+        openEvidence(evidenceFileToJson(file), certificates->rsaExaminer.key, trusting(certificates->root), &error));
     EXPECT_EQ(error.code, EvidenceErrorCode::UnsupportedAlgorithm);
     EXPECT_NE(error.message.find(weak.name), std::string::npos) << error.message;
   }
   EvidenceFile parts = *evidenceFileFromJson(sealed, nullptr);
-  std::string manifest = save("weak-manifest.json", parts.manifest), cert = save("signer.pem", certificates->signer.certificate),
+  std::string manifest = save("weak-manifest.json", parts.manifest),
+              cert = save("signer.pem", certificates->signer.certificate),
               key = save("signer.key", certificates->signer.key);
   for (const char* digest : {"sha1", "md5"}) {
     SCOPED_TRACE(digest);
@@ -376,8 +384,8 @@ TEST_F(Evidence, SealingRefusesDamagedExaminersImagesThatAreNotPngsEmptyDocument
        EvidenceErrorCode::InvalidArgument},
       {"no strokes", [](EvidenceSealRequest& r) { r.record.strokes = std::make_shared<QnStrokeList>(); },
        EvidenceErrorCode::InvalidArgument},
-      {"signer's key not the certificate's", [](EvidenceSealRequest& r) { r.manifestSigner.key = certificates->ecSigner.key; },
-       EvidenceErrorCode::BadKey},
+      {"signer's key not the certificate's",
+       [](EvidenceSealRequest& r) { r.manifestSigner.key = certificates->ecSigner.key; }, EvidenceErrorCode::BadKey},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);

@@ -102,7 +102,8 @@ std::string withRevision(const std::string& pdf, const std::function<void(QPDF&,
 std::string withPaintingRevision(const std::string& pdf) {
   return withRevision(pdf, [](QPDF& qpdf, pdf::IncrementalUpdate& update) {
     QPDFObjectHandle page = QPDFPageDocumentHelper(qpdf).getAllPages()[0].getObjectHandle();
-    int paint = update.writeStream("", "q 1 1 1 rg 45 420 300 30 re f 1 0 0 rg BT /F9 24 Tf 50 442 Td (EUR 12,000.00) Tj ET Q");
+    int paint =
+        update.writeStream("", "q 1 1 1 rg 45 420 300 30 re f 1 0 0 rg BT /F9 24 Tf 50 442 Td (EUR 12,000.00) Tj ET Q");
     std::string contents = "[" + page.getKey("/Contents").unparse() + " " + pdf::reference(paint) + "]";
     update.writeObject(page.getObjGen(), pdf::unparseWith(page, {{"Contents", contents}}));
   });
@@ -164,7 +165,8 @@ TEST_F(PdfSignature, SignsAsAnIncrementalUpdateThatPdfsigQpdfAndOpenSslAccept) {
       {"plain", document},
       {"object-streams", rewrittenByQpdf(document, "--object-streams=generate", "object-streams")},
       {"attached", rewrittenByQpdf(document, "--add-attachment " + save("notes.txt", "notes\n") + " --", "attached")}};
-  std::string root = save("root.pem", certificates->root.certificate), key = save("examiner.key", certificates->ecExaminer.key);
+  std::string root = save("root.pem", certificates->root.certificate),
+              key = save("examiner.key", certificates->ecExaminer.key);
   for (const auto& [name, original] : inputs) {
     SCOPED_TRACE(name);
     std::string sealed = sealedFor(original), result = signedPdf(original, request(sealed));
@@ -180,7 +182,8 @@ TEST_F(PdfSignature, SignsAsAnIncrementalUpdateThatPdfsigQpdfAndOpenSslAccept) {
     size_t gap = result.rfind("/Contents <"), gapStart = gap + 10, gapEnd = result.find('>', gapStart) + 1;
     std::string der;
     for (size_t i = gapStart + 1; i + 1 < gapEnd; i += 2) der += char(std::stoi(result.substr(i, 2), nullptr, 16));
-    std::string signature = save("signature.der", der), content = save("signed-bytes.bin", result.substr(0, gapStart) + result.substr(gapEnd));
+    std::string signature = save("signature.der", der),
+                content = save("signed-bytes.bin", result.substr(0, gapStart) + result.substr(gapEnd));
     EXPECT_EQ(failureOf("openssl cms -verify -binary -inform DER -in " + signature + " -content " + content +
                         " -CAfile " + root + " -purpose any -out /dev/null"),
               "");
@@ -253,7 +256,8 @@ TEST_F(PdfSignature, TwoSignersEachWithTheirOwnEvidenceAreBothValid) {
   EXPECT_EQ(failureOf("qpdf --check " + path + " >/dev/null"), "");
   std::string pdfsig = outputOf("pdfsig " + path);
   size_t valid = 0;
-  for (size_t at = pdfsig.find("Signature is Valid."); at != std::string::npos; at = pdfsig.find("Signature is Valid.", at + 1))
+  for (size_t at = pdfsig.find("Signature is Valid."); at != std::string::npos;
+       at = pdfsig.find("Signature is Valid.", at + 1))
     ++valid;
   EXPECT_EQ(valid, 2u) << pdfsig;
 
@@ -298,9 +302,10 @@ TEST_F(PdfSignature, AnyRevisionAfterASignatureButASignatureIsAModificationAfter
     QPDF qpdf;
     pdf::open(qpdf, signedOnce);
     QPDFObjectHandle catalog = qpdf.getRoot();
-    update.writeObject(catalog.getObjGen(),
-                       pdf::unparseWith(catalog, {{"Names", "<< /EmbeddedFiles << /Names [(scrivlet-evidence-Signature1.json) " +
-                                                                pdf::reference(spec) + "] >> >>"}}));
+    update.writeObject(
+        catalog.getObjGen(),
+        pdf::unparseWith(catalog, {{"Names", "<< /EmbeddedFiles << /Names [(scrivlet-evidence-Signature1.json) " +
+                                                 pdf::reference(spec) + "] >> >>"}}));
   });
   report = verifyPdf(replaced, trusted());
   EXPECT_EQ(report.verdict, Verdict::ModifiedAfterSigning);
@@ -324,7 +329,8 @@ TEST_F(PdfSignature, AnyRevisionAfterASignatureButASignatureIsAModificationAfter
 
 TEST_F(PdfSignature, CertificatesAreCheckedWhenSigningAndWhenVerifying) {
   std::string document = contract(), sealed = sealedFor(document);
-  for (const TestIdentity* signer : {&certificates->expiredSigner, &certificates->codeSigner, &certificates->tlsClient}) {
+  for (const TestIdentity* signer :
+       {&certificates->expiredSigner, &certificates->codeSigner, &certificates->tlsClient}) {
     EvidenceError error;
     EXPECT_FALSE(signPdf(document, request(sealed, *signer), &error));
     EXPECT_EQ(error.code, EvidenceErrorCode::CertificateRejected) << error.message;
@@ -349,12 +355,15 @@ class LocalTimeStampAuthority {
     test_support::writeOutput("pdf_signature/tsa/tsa.pem", certificates.timeStamping.certificate);
     test_support::writeOutput("pdf_signature/tsa/tsa.key", certificates.timeStamping.key);
     test_support::writeOutput("pdf_signature/tsa/serial", std::string("01\n"));
-    test_support::writeOutput("pdf_signature/tsa/tsa.cnf",
-                              "[ tsa ]\ndefault_tsa = local\n[ local ]\nserial = " + dir + "serial\n"
-                              "crypto_device = builtin\nsigner_cert = " + dir + "tsa.pem\nsigner_key = " + dir +
-                              "tsa.key\nsigner_digest = sha256\ndefault_policy = 1.2.3.4.1\n"
-                              "digests = sha256, sha384, sha512\naccuracy = secs:1\nordering = yes\ntsa_name = yes\n"
-                              "ess_cert_id_chain = no\ness_cert_id_alg = sha256\n");
+    test_support::writeOutput(
+        "pdf_signature/tsa/tsa.cnf",
+        "[ tsa ]\ndefault_tsa = local\n[ local ]\nserial = " + dir +
+            "serial\n"
+            "crypto_device = builtin\nsigner_cert = " +
+            dir + "tsa.pem\nsigner_key = " + dir +
+            "tsa.key\nsigner_digest = sha256\ndefault_policy = 1.2.3.4.1\n"
+            "digests = sha256, sha384, sha512\naccuracy = secs:1\nordering = yes\ntsa_name = yes\n"
+            "ess_cert_id_chain = no\ness_cert_id_alg = sha256\n");
     log = dir + "tokens.txt";
     std::filesystem::remove(log);
     server = popen(("exec python3 " SCRIVLET_TEST_SOURCE_DIR "/tsa_server.py " + dir + "tsa.cnf " + log).c_str(), "r");
@@ -433,7 +442,8 @@ TEST_F(PdfSignature, EmbeddedFilesAreReadNoLargerThanTheirLimit) {
   });
   QPDF qpdf;
   pdf::open(qpdf, bomb);
-  struct rusage before {}, after {};
+  struct rusage before {
+  }, after{};
   getrusage(RUSAGE_SELF, &before);
   std::string reason;
   EXPECT_FALSE(pdf::boundedEmbeddedFile(qpdf, "bomb.json", size_t(256) << 20, &reason));
@@ -461,9 +471,10 @@ TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
   };
   const std::vector<Case> cases{
       {"random bytes", "not a PDF at all", [](auto&) {}, EvidenceErrorCode::NotThisDocument, "not the document"},
-      {"evidence for another PDF", document + " ", [](auto&) {}, EvidenceErrorCode::NotThisDocument, "not the document"},
-      {"image replaced in the sealed file", document, [&](auto& r) { r.sealedEvidence = evidenceFileToJson(forgedImage); },
-       EvidenceErrorCode::Tampered, "image"},
+      {"evidence for another PDF", document + " ", [](auto&) {}, EvidenceErrorCode::NotThisDocument,
+       "not the document"},
+      {"image replaced in the sealed file", document,
+       [&](auto& r) { r.sealedEvidence = evidenceFileToJson(forgedImage); }, EvidenceErrorCode::Tampered, "image"},
       {"image whose manifest was changed to match", document,
        [&](auto& r) { r.sealedEvidence = evidenceFileToJson(otherImage); }, EvidenceErrorCode::Tampered,
        "manifest signature"},

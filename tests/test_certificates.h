@@ -71,8 +71,8 @@ class TestCertificates {
   }
 
   // A certificate valid from `fromDays` to `toDays` days from now, issued by `issuer` (or itself).
-  static TestIdentity make(const std::string& name, const std::string& keyType, const TestIdentity* issuer, long fromDays,
-                           long toDays, const std::map<std::string, std::string>& extensions) {
+  static TestIdentity make(const std::string& name, const std::string& keyType, const TestIdentity* issuer,
+                           long fromDays, long toDays, const std::map<std::string, std::string>& extensions) {
     KeyPtr key(keyType == "ec"        ? EVP_EC_gen("P-256")
                : keyType == "rsa3072" ? EVP_RSA_gen(3072)
                                       : EVP_RSA_gen(2048),
@@ -89,7 +89,8 @@ class TestCertificates {
     X509Ptr issuerCert = issuer ? read(issuer->certificate) : X509Ptr(nullptr, X509_free);
     KeyPtr issuerKey(nullptr, EVP_PKEY_free);
     if (issuer) {
-      std::unique_ptr<BIO, decltype(&BIO_free)> in(BIO_new_mem_buf(issuer->key.data(), int(issuer->key.size())), BIO_free);
+      std::unique_ptr<BIO, decltype(&BIO_free)> in(BIO_new_mem_buf(issuer->key.data(), int(issuer->key.size())),
+                                                   BIO_free);
       issuerKey.reset(PEM_read_bio_PrivateKey(in.get(), nullptr, nullptr, nullptr));
     }
     X509_set_issuer_name(cert.get(), X509_get_subject_name(issuer ? issuerCert.get() : cert.get()));
@@ -98,15 +99,16 @@ class TestCertificates {
     std::map<std::string, std::string> all = extensions;
     all["subjectKeyIdentifier"] = "hash";
     if (issuer) all["authorityKeyIdentifier"] = "keyid";
-    for (const char* order : {"subjectKeyIdentifier", "authorityKeyIdentifier", "basicConstraints", "keyUsage",
-                              "extendedKeyUsage"})
+    for (const char* order :
+         {"subjectKeyIdentifier", "authorityKeyIdentifier", "basicConstraints", "keyUsage", "extendedKeyUsage"})
       if (all.count(order)) {
         X509_EXTENSION* extension = X509V3_EXT_conf(nullptr, &context, order, all[order].c_str());
         X509_add_ext(cert.get(), extension, -1);
         X509_EXTENSION_free(extension);
       }
     X509_sign(cert.get(), issuer ? issuerKey.get() : key.get(), EVP_sha256());
-    std::unique_ptr<BIO, decltype(&BIO_free)> certOut(BIO_new(BIO_s_mem()), BIO_free), keyOut(BIO_new(BIO_s_mem()), BIO_free);
+    std::unique_ptr<BIO, decltype(&BIO_free)> certOut(BIO_new(BIO_s_mem()), BIO_free),
+        keyOut(BIO_new(BIO_s_mem()), BIO_free);
     PEM_write_bio_X509(certOut.get(), cert.get());
     PEM_write_bio_PrivateKey(keyOut.get(), key.get(), nullptr, nullptr, 0, nullptr, nullptr);
     return {contents(certOut.get()), contents(keyOut.get())};

@@ -77,8 +77,8 @@ struct EvidenceSealRequest {
   std::array<uint8_t, 32> documentSha256{};  // of the document signed, as its bytes stand
   uint64_t documentSize = 0;                 // at least one byte
   std::string documentName;                  // for the reader; not checked
-  std::string examinerCertificate;  // X.509 (PEM or DER), or a PEM public key: RSA or EC
-  EvidenceSigner manifestSigner;    // optional: with a certificate and key, the manifest is signed
+  std::string examinerCertificate;           // X.509 (PEM or DER), or a PEM public key: RSA or EC
+  EvidenceSigner manifestSigner;             // optional: with a certificate and key, the manifest is signed
 };
 
 // The SHA-256 of a document's bytes, for a request.
@@ -100,7 +100,7 @@ SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealSignatureForDocument(
 struct EvidenceCheck {
   std::string name;  // "container", "manifest", "manifest signature", "document", "image", "biometric data"
   bool passed = false;
-  std::string detail;  // one line: what was found
+  std::string detail;                                   // one line: what was found
   EvidenceVerdict failure = EvidenceVerdict::Tampered;  // what a failure of this check means
 };
 

@@ -41,7 +41,7 @@ SCRIVLET_EVIDENCE_EXPORT std::optional<std::vector<uint8_t>> signPdf(std::string
                                                                      EvidenceError* error);
 
 struct PdfSignatureVerification {
-  std::string field;                  // the signature field's name
+  std::string field;  // the signature field's name
   EvidenceVerdict verdict = EvidenceVerdict::Unreadable;
   std::string reason;                 // why the verdict is not "valid"
   std::vector<EvidenceCheck> checks;  // "byte range", "signature", "signer", "time-stamp", "coverage",
@@ -50,7 +50,7 @@ struct PdfSignatureVerification {
   std::string signingTime;            // ISO 8601 UTC: the time-stamp's when there is one, else as claimed
   bool timeStamped = false;
   bool coversWholeDocument = false;
-  size_t laterRevisions = 0;  // revisions appended after this signature's
+  size_t laterRevisions = 0;                     // revisions appended after this signature's
   std::optional<EvidenceVerification> evidence;  // the sealed evidence this signature carries
 };
 

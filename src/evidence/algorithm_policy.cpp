@@ -54,12 +54,12 @@ std::string contentEncryptionOf(std::string_view der) {
   Element encrypted, contentType, algorithm, oid;
   if (!readElement(field.end, data.end, encrypted) ||  // after recipientInfos
       !readElement(encrypted.content, encrypted.end, contentType) ||
-      !readElement(contentType.end, encrypted.end, algorithm) ||
-      !readElement(algorithm.content, algorithm.end, oid) || oid.tag != V_ASN1_OBJECT)
+      !readElement(contentType.end, encrypted.end, algorithm) || !readElement(algorithm.content, algorithm.end, oid) ||
+      oid.tag != V_ASN1_OBJECT)
     return {};
   const unsigned char* p = oid.start;
   std::unique_ptr<ASN1_OBJECT, void (*)(ASN1_OBJECT*)> object(d2i_ASN1_OBJECT(nullptr, &p, oid.end - oid.start),
-                                                               ASN1_OBJECT_free);
+                                                              ASN1_OBJECT_free);
   return object ? nameOf(object.get()) : std::string();
 }
 
@@ -74,10 +74,9 @@ std::string oaepProblem(const X509_ALGOR* algorithm) {
   if (!parameters || !isStrongDigest(parameters->hashFunc) || !parameters->maskGenFunc)
     return "RSA-OAEP with SHA-1 is not accepted";
   std::unique_ptr<X509_ALGOR, void (*)(X509_ALGOR*)> maskHash(
-      parameters->maskGenFunc->parameter
-          ? static_cast<X509_ALGOR*>(
-                ASN1_TYPE_unpack_sequence(ASN1_ITEM_rptr(X509_ALGOR), parameters->maskGenFunc->parameter))
-          : nullptr,
+      parameters->maskGenFunc->parameter ? static_cast<X509_ALGOR*>(ASN1_TYPE_unpack_sequence(
+                                               ASN1_ITEM_rptr(X509_ALGOR), parameters->maskGenFunc->parameter))
+                                         : nullptr,
       X509_ALGOR_free);
   return maskHash && isStrongDigest(maskHash.get()) ? "" : "RSA-OAEP with a SHA-1 mask is not accepted";
 }
@@ -89,9 +88,10 @@ std::string signerAlgorithmProblem(CMS_SignerInfo* signer) {
   CMS_SignerInfo_get0_algs(signer, nullptr, nullptr, &digest, &signature);
   if (!digest || !signature) return "the signature names no algorithms";
   if (!isStrongDigest(digest)) return "the digest " + nameOf(digest->algorithm) + " is not accepted";
-  static const std::set<int> kSignatures{NID_rsaEncryption,   NID_sha256WithRSAEncryption, NID_sha384WithRSAEncryption,
-                                         NID_sha512WithRSAEncryption, NID_rsassaPss,   NID_ecdsa_with_SHA256,
-                                         NID_ecdsa_with_SHA384, NID_ecdsa_with_SHA512, NID_X9_62_id_ecPublicKey};
+  static const std::set<int> kSignatures{
+      NID_rsaEncryption,       NID_sha256WithRSAEncryption, NID_sha384WithRSAEncryption, NID_sha512WithRSAEncryption,
+      NID_rsassaPss,           NID_ecdsa_with_SHA256,       NID_ecdsa_with_SHA384,       NID_ecdsa_with_SHA512,
+      NID_X9_62_id_ecPublicKey};
   if (!kSignatures.count(OBJ_obj2nid(signature->algorithm)))
     return "the signature algorithm " + nameOf(signature->algorithm) + " is not accepted";
   return "";
@@ -99,8 +99,8 @@ std::string signerAlgorithmProblem(CMS_SignerInfo* signer) {
 
 std::string envelopeAlgorithmProblem(CMS_ContentInfo* envelope, std::string_view der) {
   std::string cipher = contentEncryptionOf(der);
-  static const std::set<std::string> kCiphers{"aes-128-gcm", "aes-192-gcm", "aes-256-gcm", "id-aes128-GCM",
-                                              "id-aes192-GCM", "id-aes256-GCM"};
+  static const std::set<std::string> kCiphers{"aes-128-gcm",   "aes-192-gcm",   "aes-256-gcm",
+                                              "id-aes128-GCM", "id-aes192-GCM", "id-aes256-GCM"};
   if (OBJ_obj2nid(CMS_get0_type(envelope)) != NID_id_smime_ct_authEnvelopedData || !kCiphers.count(cipher))
     return "the biometric data is encrypted with " + (cipher.empty() ? std::string("an unknown cipher") : cipher) +
            ", which is not accepted (AES-GCM is)";

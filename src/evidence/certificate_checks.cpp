@@ -28,8 +28,8 @@ std::string purposeProblem(X509* certificate) {
   if (!(keyUsage & (KU_DIGITAL_SIGNATURE | KU_NON_REPUDIATION)))
     return "its key usage allows neither digital signatures nor non-repudiation";
   int critical = 0;
-  UsagesPtr usages(static_cast<EXTENDED_KEY_USAGE*>(
-      X509_get_ext_d2i(certificate, NID_ext_key_usage, &critical, nullptr)));
+  UsagesPtr usages(
+      static_cast<EXTENDED_KEY_USAGE*>(X509_get_ext_d2i(certificate, NID_ext_key_usage, &critical, nullptr)));
   if (!usages) return critical == -1 ? "" : "its extended key usage does not read";
   std::string named;
   for (int i = 0; i < sk_ASN1_OBJECT_num(usages.get()); ++i) {
@@ -104,7 +104,8 @@ ChainCheck checkChain(X509* signer, STACK_OF(X509) * intermediates, std::string_
     check.reason = "the trusted certificates do not read";
     return check;
   }
-  for (int i = 0; i < sk_X509_num(anchors->get()); ++i) X509_STORE_add_cert(store.get(), sk_X509_value(anchors->get(), i));
+  for (int i = 0; i < sk_X509_num(anchors->get()); ++i)
+    X509_STORE_add_cert(store.get(), sk_X509_value(anchors->get(), i));
   std::unique_ptr<X509_STORE_CTX, Deleter<X509_STORE_CTX, X509_STORE_CTX_free>> context(X509_STORE_CTX_new());
   if (!context || !X509_STORE_CTX_init(context.get(), store.get(), signer, intermediates)) {
     check.reason = reasonWithOpenSsl("the chain cannot be checked");
@@ -117,8 +118,9 @@ ChainCheck checkChain(X509* signer, STACK_OF(X509) * intermediates, std::string_
     int code = X509_STORE_CTX_get_error(context.get());
     X509* at_fault = X509_STORE_CTX_get_current_cert(context.get());
     std::string whose = at_fault ? " (" + subjectOf(at_fault) + ")" : "";
-    bool unknown = code == X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY || code == X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT ||
-                   code == X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT || code == X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN;
+    bool unknown = code == X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT_LOCALLY ||
+                   code == X509_V_ERR_UNABLE_TO_GET_ISSUER_CERT || code == X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT ||
+                   code == X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN;
     check.reason = std::string(unknown ? "unknown issuer: " : "") + "the signer's chain fails at " + isoTime(at) +
                    ": " + X509_verify_cert_error_string(code) + whose;
     ERR_clear_error();

@@ -28,7 +28,7 @@ std::optional<X509Ptr> loadExaminer(std::string_view recipient, bool* byKeyIdent
 
 struct ChainCheck {
   EvidenceVerdict verdict = EvidenceVerdict::Untrusted;  // Valid or Untrusted
-  std::string reason;  // what is wrong: unknown issuer, expired at the time, purpose
+  std::string reason;                                    // what is wrong: unknown issuer, expired at the time, purpose
 };
 // The signer's certificate chains, through `intermediates`, to one of the trusted certificates
 // (PEM), every certificate valid at `at`, the signer's made for signing documents.

@@ -26,14 +26,13 @@ X509Ptr carrierCertificateOf(EVP_PKEY* key) {
   X509Ptr cert(X509_new());
   if (!signer || !cert) return nullptr;
   X509_NAME* name = X509_get_subject_name(cert.get());
-  X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC,
-                             reinterpret_cast<const unsigned char*>("Scrivlet examiner key"), -1, -1, 0);
+  X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("Scrivlet examiner key"),
+                             -1, -1, 0);
   X509V3_CTX context;
   X509V3_set_ctx(&context, cert.get(), cert.get(), nullptr, nullptr, 0);
   bool made = X509_set_version(cert.get(), X509_VERSION_3) && X509_set_issuer_name(cert.get(), name) &&
               X509_gmtime_adj(X509_getm_notBefore(cert.get()), 0) &&
-              X509_gmtime_adj(X509_getm_notAfter(cert.get()), 60L * 60 * 24 * 365) &&
-              X509_set_pubkey(cert.get(), key);
+              X509_gmtime_adj(X509_getm_notAfter(cert.get()), 60L * 60 * 24 * 365) && X509_set_pubkey(cert.get(), key);
   if (made) {
     // The key identifier is the hash of the key, so it needs the key in place first.
     std::unique_ptr<X509_EXTENSION, Deleter<X509_EXTENSION, X509_EXTENSION_free>> keyId(
@@ -100,8 +99,10 @@ std::optional<std::string> envelope(std::string_view content, std::string_view r
   if (!cms) return fail(error, Code::Failed, "the envelope cannot be made");
   CMS_RecipientInfo* info = CMS_add1_recipient_cert(cms.get(), cert->get(), flags);
   bool rsa = EVP_PKEY_is_a(X509_get0_pubkey(cert->get()), "RSA");
-  if (!info || !setKeyParameters(info, rsa)) return fail(error, Code::BadKey, "the examiner's key cannot receive an envelope");
-  if (!CMS_final(cms.get(), in.get(), nullptr, CMS_BINARY)) return fail(error, Code::Failed, "the envelope cannot be finished");
+  if (!info || !setKeyParameters(info, rsa))
+    return fail(error, Code::BadKey, "the examiner's key cannot receive an envelope");
+  if (!CMS_final(cms.get(), in.get(), nullptr, CMS_BINARY))
+    return fail(error, Code::Failed, "the envelope cannot be finished");
   std::string der = derOf(cms.get());
   // The envelope as an examiner will read it: it parses, and its algorithms are the accepted ones.
   CmsPtr reread = cmsOf(der);
@@ -116,7 +117,8 @@ std::optional<std::string> openEnvelope(std::string_view der, std::string_view p
   if (std::string problem = envelopeAlgorithmProblem(cms.get(), der); !problem.empty())
     return fail(error, Code::UnsupportedAlgorithm, problem);
   KeyPtr key = privateKeyOf(privateKey);
-  if (!key) return fail(error, Code::BadKey, "the private key does not read (a key protected by a pass phrase is refused)");
+  if (!key)
+    return fail(error, Code::BadKey, "the private key does not read (a key protected by a pass phrase is refused)");
   BioPtr out(BIO_new(BIO_s_mem()));
   // With no certificate given, every recipient is tried with the key.
   if (!out || !CMS_decrypt(cms.get(), key.get(), nullptr, nullptr, out.get(), CMS_BINARY))
@@ -134,7 +136,8 @@ std::optional<std::string> signDetached(std::string_view content, const Evidence
   CmsPtr cms(CMS_sign(nullptr, nullptr, loaded->chain.get(), nullptr, flags));
   CMS_SignerInfo* info =
       cms ? CMS_add1_signer(cms.get(), loaded->certificate.get(), loaded->key.get(), EVP_sha256(), flags) : nullptr;
-  if (!info || !CMS_final(cms.get(), in.get(), nullptr, flags)) return fail(error, Code::Failed, "the signature cannot be made");
+  if (!info || !CMS_final(cms.get(), in.get(), nullptr, flags))
+    return fail(error, Code::Failed, "the signature cannot be made");
   if (!timeStampUrl.empty() && !addSignatureTimeStamp(info, timeStampUrl, error)) return std::nullopt;
   std::string der = derOf(cms.get());
   if (der.empty()) return fail(error, Code::Failed, "the signature cannot be written");
@@ -164,7 +167,8 @@ SignatureCheck verifyDetached(std::string_view der, std::string_view content, st
   CMS_SignerInfo_get0_algs(signer, nullptr, &certificate, nullptr, nullptr);
   if (!certificate) return failed(EvidenceVerdict::Unreadable, "the signature does not carry its signer's certificate");
   if (!namesItsSigner(signer, certificate))
-    return failed(EvidenceVerdict::Tampered, "the signing-certificate-v2 attribute does not name the signer's certificate");
+    return failed(EvidenceVerdict::Tampered,
+                  "the signing-certificate-v2 attribute does not name the signer's certificate");
   check.signer = subjectOf(certificate);
   check.signingCertificateV2 = CMS_signed_get_attr_by_NID(signer, NID_id_smime_aa_signingCertificateV2, -1) >= 0;
 

@@ -28,12 +28,12 @@ std::optional<std::string> signDetached(std::string_view content, const Evidence
 
 struct SignatureCheck {
   EvidenceVerdict verdict = EvidenceVerdict::Unreadable;  // Valid, Untrusted, Tampered or Unreadable
-  std::string reason;       // why not Valid
-  std::string signer;       // the signer's subject, one line
-  time_t signingTime = 0;   // the time-stamp's time, else the signed signing time, else now
+  std::string reason;                                     // why not Valid
+  std::string signer;                                     // the signer's subject, one line
+  time_t signingTime = 0;  // the time-stamp's time, else the signed signing time, else now
   bool timeStamped = false;
   bool signingCertificateV2 = false;  // the CAdES attribute naming the signer's certificate
-  std::string timeStampDetail;  // what the time-stamp check found
+  std::string timeStampDetail;        // what the time-stamp check found
 };
 // Checks a detached signature over the content: its algorithms, the signature itself, its time-stamp
 // if any, and the signer's chain to the trusted certificates (PEM) at the signing time.

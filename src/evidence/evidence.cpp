@@ -63,10 +63,12 @@ std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::st
                                                 EvidenceVerification& report) {
   std::string error;
   std::optional<EvidenceFile> file;
-  if (sealed.size() > kLargestSealedFile) error = "the file is larger than any sealed file";
-  else file = evidenceFileFromJson(sealed, &error);
-  report.checks.push_back(check("container", bool(file), file ? "a sealed evidence file, version 2" : error,
-                                Verdict::Unreadable));
+  if (sealed.size() > kLargestSealedFile)
+    error = "the file is larger than any sealed file";
+  else
+    file = evidenceFileFromJson(sealed, &error);
+  report.checks.push_back(
+      check("container", bool(file), file ? "a sealed evidence file, version 2" : error, Verdict::Unreadable));
   std::optional<ReadEvidence> read;
   if (file) {
     bool untouched = sameDigest(sha256Hex(file->manifest), file->manifestSha256);
@@ -96,11 +98,13 @@ std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::st
                                   intact ? Verdict::Tampered : signature.verdict));
     if (intact)
       report.checks.push_back(check("signer", signature.verdict == Verdict::Valid,
-                                    signature.verdict == Verdict::Valid ? signature.signer + " chains to a trusted certificate"
-                                                                        : signature.reason,
+                                    signature.verdict == Verdict::Valid
+                                        ? signature.signer + " chains to a trusted certificate"
+                                        : signature.reason,
                                     Verdict::Untrusted));
   } else if (signatureRequired) {
-    report.checks.push_back(check("manifest signature", false, "the manifest is hashed, not signed", Verdict::Unsigned));
+    report.checks.push_back(
+        check("manifest signature", false, "the manifest is hashed, not signed", Verdict::Unsigned));
   }
   if (document) report.checks.push_back(document(manifest));
   bool imageMatches = sameDigest(sha256Hex(read->file.image), manifest.imageSha256);
@@ -160,8 +164,7 @@ std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, Evid
 }
 
 std::optional<std::string> sealSignatureForDocument(const QnSignature& record, std::string_view document,
-                                                    std::string_view documentName,
-                                                    std::string_view examinerCertificate,
+                                                    std::string_view documentName, std::string_view examinerCertificate,
                                                     const EvidenceSigner& manifestSigner, EvidenceError* error) {
   EvidenceSealRequest request;
   request.record.strokes = record.rawPoints();
@@ -185,9 +188,9 @@ static DocumentCheck exactDocument(std::string_view document) {
       return check("document", true, "the document is the one sealed");
     if (document.size() > manifest.documentSize &&
         sameDigest(sha256Hex(document.substr(0, manifest.documentSize)), manifest.documentSha256))
-      return check("document", false,
-                   std::to_string(document.size() - manifest.documentSize) +
-                       " bytes were added after the document sealed");
+      return check(
+          "document", false,
+          std::to_string(document.size() - manifest.documentSize) + " bytes were added after the document sealed");
     return check("document", false, "the document is not the one sealed");
   };
 }
@@ -208,7 +211,8 @@ std::optional<RecordFile> openCheckedEvidence(const ReadEvidence& evidence, std:
   OPENSSL_cleanse(plaintext->data(), plaintext->size());
   if (!biometric) return failWith<RecordFile>(error, Code::Unreadable, reason);
   const EvidenceManifest& manifest = evidence.manifest;
-  if (!sameDigest(biometric->documentSha256, manifest.documentSha256) || biometric->documentSize != manifest.documentSize)
+  if (!sameDigest(biometric->documentSha256, manifest.documentSha256) ||
+      biometric->documentSize != manifest.documentSize)
     return failWith<RecordFile>(error, Code::Tampered, "the biometric data was sealed for another document");
   if (!sameDigest(biometric->imageSha256, manifest.imageSha256) || biometric->record.hash != manifest.hash ||
       biometric->record.timestamp != manifest.timestamp)
@@ -232,9 +236,9 @@ std::optional<RecordFile> openEvidence(std::string_view sealed, std::string_view
                                               {Verdict::ModifiedAfterSigning, Code::Tampered},
                                               {Verdict::Tampered, Code::Tampered}};
   if (!report.valid() || !read)
-    return failWith<RecordFile>(error, report.valid() ? Code::Unreadable : kCodes.at(report.verdict),
-                                std::string("not opened: the evidence is ") + evidenceVerdictName(report.verdict) +
-                                    " (" + report.reason + ")");
+    return failWith<RecordFile>(
+        error, report.valid() ? Code::Unreadable : kCodes.at(report.verdict),
+        std::string("not opened: the evidence is ") + evidenceVerdictName(report.verdict) + " (" + report.reason + ")");
   return openCheckedEvidence(*read, examinerKey, error);
 }
 
@@ -242,9 +246,13 @@ std::string evidenceVerificationToJson(const EvidenceVerification& v) {
   nlohmann::json checks = nlohmann::json::array();
   for (const EvidenceCheck& c : v.checks)
     checks.push_back({{"name", c.name}, {"passed", c.passed}, {"detail", c.detail}});
-  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict)}, {"reason", v.reason},
-                        {"signed", v.signedManifest}, {"signer", v.signer},
-                        {"hash", v.hash}, {"timestamp", v.timestamp}, {"checks", std::move(checks)}};
+  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict)},
+                        {"reason", v.reason},
+                        {"signed", v.signedManifest},
+                        {"signer", v.signer},
+                        {"hash", v.hash},
+                        {"timestamp", v.timestamp},
+                        {"checks", std::move(checks)}};
   return report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 

@@ -76,7 +76,8 @@ std::optional<EvidenceManifest> manifestFromJson(std::string_view text, std::str
       !jsonField(device, "model").is_string() || !isFiniteNumber(jsonField(device, "screenScale")) ||
       !jsonField(device, "pixelsPerInch").is_number_integer() || jsonField(device, "pixelsPerInch") < 0 ||
       jsonField(device, "pixelsPerInch") > 1000000 || !library.is_object() ||
-      jsonField(library, "name") != "Scrivlet" || !jsonField(library, "version").is_string() || !jsonField(document, "sealedAt").is_string())
+      jsonField(library, "name") != "Scrivlet" || !jsonField(library, "version").is_string() ||
+      !jsonField(document, "sealedAt").is_string())
     return refuse<EvidenceManifest>(error, "the manifest lacks a field or has one of the wrong type");
   EvidenceManifest m;
   auto string = [](const json& object, const char* key) { return jsonField(object, key).get<std::string>(); };

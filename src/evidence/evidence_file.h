@@ -24,11 +24,11 @@ struct EvidenceManifest {
 };
 
 struct EvidenceFile {
-  std::string manifest;           // the manifest's bytes, as signed
-  std::string manifestSha256;     // hexadecimal
+  std::string manifest;                          // the manifest's bytes, as signed
+  std::string manifestSha256;                    // hexadecimal
   std::optional<std::string> manifestSignature;  // DER
-  std::string image;              // PNG
-  std::string biometricData;      // DER
+  std::string image;                             // PNG
+  std::string biometricData;                     // DER
 };
 
 std::string manifestToJson(const EvidenceManifest& manifest);

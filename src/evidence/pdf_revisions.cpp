@@ -86,8 +86,8 @@ bool onlyChanges(const std::set<std::string>& changed, const std::set<std::strin
 
 bool isSignatureWidget(QPDFObjectHandle annotation) {
   if (!annotation.isDictionary() || annotation.getKey("/Subtype").unparse() != "/Widget") return false;
-  QPDFObjectHandle type = annotation.getKey("/FT").isNull() ? annotation.getKey("/Parent").getKey("/FT")
-                                                            : annotation.getKey("/FT");
+  QPDFObjectHandle type =
+      annotation.getKey("/FT").isNull() ? annotation.getKey("/Parent").getKey("/FT") : annotation.getKey("/FT");
   return type.unparse() == "/Sig";
 }
 
@@ -184,10 +184,12 @@ std::vector<std::string> changesBeyondSignatures(std::string_view pdf, size_t be
       if (!onlyChanges(keys, {"/AcroForm", "/Names"})) changes.push_back("the document catalog was changed");
       if (std::string form = formChange(before.getKey("/AcroForm"), after.getKey("/AcroForm")); !form.empty())
         changes.push_back(form);
-      if (std::string names = namesChange(older, before.getKey("/Names"), newer, after.getKey("/Names")); !names.empty())
+      if (std::string names = namesChange(older, before.getKey("/Names"), newer, after.getKey("/Names"));
+          !names.empty())
         changes.push_back(names);
     } else if (before.isDictionary() && !before.isStream() && before.getKey("/Type").unparse() == "/Page") {
-      if (!onlyChanges(changedKeys(before, after), {"/Annots"}) || !keepsItems(before.getKey("/Annots"), after.getKey("/Annots")))
+      if (!onlyChanges(changedKeys(before, after), {"/Annots"}) ||
+          !keepsItems(before.getKey("/Annots"), after.getKey("/Annots")))
         changes.push_back(what + " (a page) was changed");
       for (const std::string& item : itemsOf(after.getKey("/Annots")))
         if (!itemsOf(before.getKey("/Annots")).count(item)) addedAnnotations.insert(item);
@@ -203,8 +205,8 @@ std::vector<std::string> changesBeyondSignatures(std::string_view pdf, size_t be
   }
   // Whatever was added to a page or the form must be a signature field's widget.
   for (QPDFObjectHandle page : newer.getAllPages())
-    for (QPDFObjectHandle annotation : page.getKey("/Annots").isArray() ? page.getKey("/Annots").getArrayAsVector()
-                                                                        : std::vector<QPDFObjectHandle>{})
+    for (QPDFObjectHandle annotation :
+         page.getKey("/Annots").isArray() ? page.getKey("/Annots").getArrayAsVector() : std::vector<QPDFObjectHandle>{})
       if (addedAnnotations.count(annotation.unparse()) && !isSignatureWidget(annotation))
         changes.push_back("an annotation that is not a signature was added (" +
                           annotation.getKey("/Subtype").unparse() + ")");

@@ -46,7 +46,7 @@ ReadEvidence checkedEvidence(std::string_view pdf, const std::string& sealed) {
   std::optional<ReadEvidence> read = checkSealedEvidence(sealed, "", false, document, report);
   for (const EvidenceCheck& check : report.checks)
     if (!check.passed && check.name != "signer")
-      throw Refusal(check.name == "document" ? Code::NotThisDocument
+      throw Refusal(check.name == "document"                       ? Code::NotThisDocument
                     : check.failure == EvidenceVerdict::Unreadable ? Code::Unreadable
                                                                    : Code::Tampered,
                     "the sealed evidence: " + check.name + ": " + check.detail);
@@ -79,7 +79,8 @@ int writeAppearance(pdf::IncrementalUpdate& update, const SignatureImage& image,
                          std::to_string(image.height) + " /BitsPerComponent 8 /Filter /FlateDecode";
   std::string mask;
   if (!image.alpha.empty())
-    mask = " /SMask " + pdf::reference(update.writeStream(geometry + " /ColorSpace /DeviceGray", pdf::deflate(image.alpha)));
+    mask = " /SMask " +
+           pdf::reference(update.writeStream(geometry + " /ColorSpace /DeviceGray", pdf::deflate(image.alpha)));
   int picture = update.writeStream(geometry + " /ColorSpace /DeviceRGB" + mask, pdf::deflate(image.rgb));
 
   double fontSize = std::clamp(height * 0.1, 4.0, 9.0), lineHeight = fontSize * 1.25;
@@ -124,18 +125,21 @@ std::string arrayWith(QPDFObjectHandle array, int added) {
 // Writes the byte range into its placeholder and the signature into /Contents.
 void fillSignature(std::string& file, size_t dictionaryOffset, const PdfSignatureRequest& request) {
   size_t range = file.find("/ByteRange [", dictionaryOffset), contents = file.find("/Contents <", dictionaryOffset);
-  if (range == std::string::npos || contents == std::string::npos) throw Refusal(Code::Failed, "the signature has no room");
+  if (range == std::string::npos || contents == std::string::npos)
+    throw Refusal(Code::Failed, "the signature has no room");
   size_t gapStart = contents + 10, gapEnd = gapStart + 2 + 2 * kReservedSignatureBytes;
-  std::string numbers = "0 " + std::to_string(gapStart) + " " + std::to_string(gapEnd) + " " +
-                        std::to_string(file.size() - gapEnd);
+  std::string numbers =
+      "0 " + std::to_string(gapStart) + " " + std::to_string(gapEnd) + " " + std::to_string(file.size() - gapEnd);
   size_t slot = file.find(']', range) - (range + 12);
   if (numbers.size() > slot) throw Refusal(Code::Failed, "the byte range does not fit");
   file.replace(range + 12, slot, numbers + std::string(slot - numbers.size(), ' '));
   std::string signedBytes = file.substr(0, gapStart) + file.substr(gapEnd);
   EvidenceError error;
-  std::optional<std::string> signature = cms::signDetached(signedBytes, request.signer, true, request.timeStampUrl, &error);
+  std::optional<std::string> signature =
+      cms::signDetached(signedBytes, request.signer, true, request.timeStampUrl, &error);
   if (!signature) throw Refusal(error.code, error.message);
-  if (signature->size() > kReservedSignatureBytes) throw Refusal(Code::Failed, "the signature is larger than the room kept for it");
+  if (signature->size() > kReservedSignatureBytes)
+    throw Refusal(Code::Failed, "the signature is larger than the room kept for it");
   std::string hex = hexString(reinterpret_cast<const uint8_t*>(signature->data()), signature->size());
   file.replace(gapStart + 1, hex.size(), hex);
 }
@@ -197,15 +201,15 @@ std::vector<uint8_t> sign(std::string_view original, const PdfSignatureRequest& 
                                        QPDFObjectHandle::newUnicodeString(fileName).unparse() + " /EF << /F " +
                                        pdf::reference(file) + " /UF " + pdf::reference(file) +
                                        " >> /AFRelationship /Supplement /Desc (Sealed biometric evidence) >>");
-  std::string signatureEntries = "/Type /Sig /Filter /Adobe.PPKLite /SubFilter /ETSI.CAdES.detached /M " +
-                                 text(utcNow("D:%Y%m%d%H%M%SZ"));
+  std::string signatureEntries =
+      "/Type /Sig /Filter /Adobe.PPKLite /SubFilter /ETSI.CAdES.detached /M " + text(utcNow("D:%Y%m%d%H%M%SZ"));
   if (!request.signerName.empty()) signatureEntries += " /Name " + text(request.signerName);
   int signature = update.writeNewObject("<< " + signatureEntries + " /ByteRange [" + std::string(40, ' ') +
                                         "] /Contents <" + std::string(2 * kReservedSignatureBytes, '0') + "> >>");
   int widget = update.writeNewObject(
-      "<< /Type /Annot /Subtype /Widget /FT /Sig /T " + QPDFObjectHandle::newUnicodeString(field).unparse() +
-      " /V " + pdf::reference(signature) + " /F 132 /Rect [" + pdf::number(request.x) + " " + pdf::number(request.y) +
-      " " + pdf::number(request.x + request.width) + " " + pdf::number(request.y + request.height) + "] /P " +
+      "<< /Type /Annot /Subtype /Widget /FT /Sig /T " + QPDFObjectHandle::newUnicodeString(field).unparse() + " /V " +
+      pdf::reference(signature) + " /F 132 /Rect [" + pdf::number(request.x) + " " + pdf::number(request.y) + " " +
+      pdf::number(request.x + request.width) + " " + pdf::number(request.y + request.height) + "] /P " +
       page.unparse() + " /AP << /N " + pdf::reference(appearance) + " >> /AF [" + pdf::reference(filespec) + "] >>");
 
   QPDFObjectHandle annotations = page.getKey("/Annots");
@@ -218,16 +222,18 @@ std::vector<uint8_t> sign(std::string_view original, const PdfSignatureRequest& 
       {"SigFlags", "3"}};
   std::string formText = pdf::unparseWith(form.isDictionary() ? form : QPDFObjectHandle::newDictionary(), formEntries);
   std::map<std::string, std::string> catalogEntries;
-  if (form.isIndirect()) update.writeObject(form.getObjGen(), formText);
-  else catalogEntries["AcroForm"] = formText;
+  if (form.isIndirect())
+    update.writeObject(form.getObjGen(), formText);
+  else
+    catalogEntries["AcroForm"] = formText;
   QPDFObjectHandle names = catalog.getKey("/Names");
-  catalogEntries["Names"] =
-      pdf::unparseWith(names.isDictionary() ? names : QPDFObjectHandle::newDictionary(),
-                       {{"EmbeddedFiles", embeddedFilesWith(qpdf, names, fileName, filespec)}});
+  catalogEntries["Names"] = pdf::unparseWith(names.isDictionary() ? names : QPDFObjectHandle::newDictionary(),
+                                             {{"EmbeddedFiles", embeddedFilesWith(qpdf, names, fileName, filespec)}});
   update.writeObject(catalog.getObjGen(), pdf::unparseWith(catalog, catalogEntries));
 
   std::string trailerEntries = "/Root " + catalog.unparse();
-  if (QPDFObjectHandle info = trailer.getKey("/Info"); info.isDictionary()) trailerEntries += " /Info " + info.unparse();
+  if (QPDFObjectHandle info = trailer.getKey("/Info"); info.isDictionary())
+    trailerEntries += " /Info " + info.unparse();
   if (QPDFObjectHandle id = trailer.getKey("/ID"); id.isArray()) trailerEntries += " /ID " + id.unparse();
   size_t signatureOffset = update.offsetOf(signature);
   std::string signed_ = update.finish(trailerEntries, previousOffset);

@@ -56,14 +56,14 @@ std::string deflate(std::string_view data) {
   return packed;
 }
 
-
 // The offset given by the file's last "startxref", which an update names as /Prev. It must sit in
 // the tail, be followed by %%EOF and point at a cross-reference table or stream: a file cut short or
 // patched carelessly could otherwise gain an update that readers chain to the wrong section.
 long long lastCrossReferenceOffset(std::string_view file) {
   std::string_view tail = file.substr(file.size() - std::min<size_t>(file.size(), 2048));
   size_t keyword = tail.rfind("startxref");
-  if (keyword == std::string_view::npos) throw Refusal(EvidenceErrorCode::Unreadable, "the PDF has no startxref at its end");
+  if (keyword == std::string_view::npos)
+    throw Refusal(EvidenceErrorCode::Unreadable, "the PDF has no startxref at its end");
   std::string_view rest = tail.substr(keyword + 9);
   auto skipSpace = [](std::string_view text) {
     return text.substr(std::min(text.size(), text.find_first_not_of(" \t\r\n\f")));
@@ -84,9 +84,9 @@ long long lastCrossReferenceOffset(std::string_view file) {
 void requireStoredObject(QPDFObjectHandle object, const std::map<QPDFObjGen, QPDFXRefEntry>& crossReferences,
                          const char* what) {
   if (!object.isIndirect() || !object.isDictionary() || !crossReferences.count(object.getObjGen()))
-    throw Refusal(EvidenceErrorCode::Unreadable, std::string("the PDF's ") + what + " is not an object stored in the file");
+    throw Refusal(EvidenceErrorCode::Unreadable,
+                  std::string("the PDF's ") + what + " is not an object stored in the file");
 }
-
 
 IncrementalUpdate::IncrementalUpdate(std::string_view original, int firstNewNumber)
     : bytes_(original), nextNumber_(firstNewNumber) {

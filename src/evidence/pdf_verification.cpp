@@ -42,7 +42,9 @@ void collectSignatures(QPDFObjectHandle fields, const std::string& prefix, QPDFO
 }
 
 EvidenceCheck passed(const char* name, std::string detail) { return {name, true, std::move(detail), Verdict::Valid}; }
-EvidenceCheck failed(const char* name, Verdict verdict, std::string detail) { return {name, false, std::move(detail), verdict}; }
+EvidenceCheck failed(const char* name, Verdict verdict, std::string detail) {
+  return {name, false, std::move(detail), verdict};
+}
 
 struct SignedRange {
   size_t gapStart = 0, gapEnd = 0, end = 0;
@@ -59,8 +61,8 @@ std::optional<SignedRange> signedRangeOf(std::string_view pdf, QPDFObjectHandle 
   if (numbers.size() != 4 || range.getArrayNItems() != 4 || !contents.isString())
     return *problem = "the signature has no byte range of four numbers and contents", std::nullopt;
   SignedRange r{size_t(numbers[1]), size_t(numbers[2]), size_t(numbers[2]) + size_t(numbers[3]), {}};
-  if (numbers[0] != 0 || numbers[1] <= 0 || numbers[2] <= numbers[1] || numbers[3] < 0 ||
-      r.end > pdf.size() || r.end < r.gapEnd || pdf[r.gapStart] != '<' || pdf[r.gapEnd - 1] != '>')
+  if (numbers[0] != 0 || numbers[1] <= 0 || numbers[2] <= numbers[1] || numbers[3] < 0 || r.end > pdf.size() ||
+      r.end < r.gapEnd || pdf[r.gapStart] != '<' || pdf[r.gapEnd - 1] != '>')
     return *problem = "the byte range does not frame the signature's contents", std::nullopt;
   std::string_view hex = pdf.substr(r.gapStart + 1, r.gapEnd - r.gapStart - 2);
   if (hex.size() % 2 || hex.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
@@ -86,7 +88,8 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
   std::optional<SignedRange> range = signedRangeOf(pdf, field.value, &problem);
   auto revision = range ? std::find(ends.begin(), ends.end(), range->end) : ends.end();
   if (!range || revision == ends.end()) {
-    s.checks.push_back(failed("byte range", Verdict::Tampered, range ? "the signed bytes do not end a revision" : problem));
+    s.checks.push_back(
+        failed("byte range", Verdict::Tampered, range ? "the signed bytes do not end a revision" : problem));
     return conclude();
   }
   size_t index = size_t(revision - ends.begin());
@@ -97,7 +100,8 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
     s.checks.push_back(failed("signature", Verdict::Unreadable, "a signature of kind " + subFilter + " is not read"));
     return conclude();
   }
-  std::string signedBytes = std::string(pdf.substr(0, range->gapStart)) + std::string(pdf.substr(range->gapEnd, range->end - range->gapEnd));
+  std::string signedBytes =
+      std::string(pdf.substr(0, range->gapStart)) + std::string(pdf.substr(range->gapEnd, range->end - range->gapEnd));
   cms::SignatureCheck cms = cms::verifyDetached(range->der, signedBytes, options.trustedCertificates);
   s.signer = cms.signer;
   s.timeStamped = cms.timeStamped;
@@ -119,9 +123,10 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
 
   s.coversWholeDocument = range->end == pdf.size();
   s.laterRevisions = ends.size() - 1 - index;
-  s.checks.push_back(passed("coverage", s.coversWholeDocument ? "covers the whole document"
-                                                              : "covers the document up to byte " + std::to_string(range->end) +
-                                                                    " of " + std::to_string(pdf.size())));
+  s.checks.push_back(passed("coverage", s.coversWholeDocument
+                                            ? "covers the whole document"
+                                            : "covers the document up to byte " + std::to_string(range->end) + " of " +
+                                                  std::to_string(pdf.size())));
   std::vector<std::string> later;
   for (size_t next = index + 1; next < ends.size(); ++next) {
     auto signers = signaturesEnding.find(ends[next]);
@@ -132,9 +137,10 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
     for (const std::string& change : changes) later.push_back(what + ": " + change);
   }
   if (s.laterRevisions > 0 || !later.empty()) {
-    std::string detail = later.empty() ? std::to_string(s.laterRevisions) + " later revision(s), each a signature"
-                                       : "modified after signing: " + later.front() +
-                                             (later.size() > 1 ? " (and " + std::to_string(later.size() - 1) + " more)" : "");
+    std::string detail = later.empty()
+                             ? std::to_string(s.laterRevisions) + " later revision(s), each a signature"
+                             : "modified after signing: " + later.front() +
+                                   (later.size() > 1 ? " (and " + std::to_string(later.size() - 1) + " more)" : "");
     s.checks.push_back(later.empty() || options.allowLaterChanges
                            ? passed("later revisions", detail + (later.empty() ? "" : " (allowed)"))
                            : failed("later revisions", Verdict::ModifiedAfterSigning, detail));
@@ -148,7 +154,7 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
       pdf::boundedEmbeddedFile(signedRevision, evidenceAttachmentName(field.name), kLargestSealedFile, &reason);
   if (!sealed) {
     s.checks.push_back(reason.find("holds no") != std::string::npos ? passed("evidence", "none: " + reason)
-                                                                     : failed("evidence", Verdict::Tampered, reason));
+                                                                    : failed("evidence", Verdict::Tampered, reason));
     return conclude();
   }
   size_t revisionStart = index == 0 ? 0 : ends[index - 1];
@@ -232,9 +238,9 @@ PdfVerification verifyPdf(std::string_view pdf, const EvidenceVerifyOptions& opt
   return verifyGuarded(pdf, options, nullptr);
 }
 
-std::optional<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldName, std::string_view examinerKey,
-                                          const EvidenceVerifyOptions& options, EvidenceError* error,
-                                          PdfVerification* verification) {
+std::optional<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldName,
+                                          std::string_view examinerKey, const EvidenceVerifyOptions& options,
+                                          EvidenceError* error, PdfVerification* verification) {
   std::map<std::string, ReadEvidence> evidences;
   PdfVerification result = verifyGuarded(pdf, options, &evidences);
   if (verification) *verification = result;
@@ -242,8 +248,10 @@ std::optional<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view
     if (error) *error = {code, why};
     return std::nullopt;
   };
-  static const std::map<Verdict, Code> kCodes{{Verdict::Unreadable, Code::Unreadable}, {Verdict::Unsigned, Code::Unsigned},
-                                              {Verdict::Untrusted, Code::Untrusted}, {Verdict::ModifiedAfterSigning, Code::Tampered},
+  static const std::map<Verdict, Code> kCodes{{Verdict::Unreadable, Code::Unreadable},
+                                              {Verdict::Unsigned, Code::Unsigned},
+                                              {Verdict::Untrusted, Code::Untrusted},
+                                              {Verdict::ModifiedAfterSigning, Code::Tampered},
                                               {Verdict::Tampered, Code::Tampered}};
   if (!result.valid())
     return refuse(kCodes.at(result.verdict), std::string("not opened: the PDF is ") +
@@ -259,16 +267,22 @@ std::optional<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view
 std::string pdfVerificationToJson(const PdfVerification& v) {
   nlohmann::json signatures = nlohmann::json::array();
   for (const PdfSignatureVerification& s : v.signatures) {
-    nlohmann::json signature{{"field", s.field},           {"verdict", evidenceVerdictName(s.verdict)},
-                             {"reason", s.reason},         {"signer", s.signer},
-                             {"signingTime", s.signingTime}, {"timeStamped", s.timeStamped},
-                             {"coversWholeDocument", s.coversWholeDocument}, {"laterRevisions", s.laterRevisions},
+    nlohmann::json signature{{"field", s.field},
+                             {"verdict", evidenceVerdictName(s.verdict)},
+                             {"reason", s.reason},
+                             {"signer", s.signer},
+                             {"signingTime", s.signingTime},
+                             {"timeStamped", s.timeStamped},
+                             {"coversWholeDocument", s.coversWholeDocument},
+                             {"laterRevisions", s.laterRevisions},
                              {"checks", checksToJson(s.checks)}};
     if (s.evidence) signature["evidence"] = nlohmann::json::parse(evidenceVerificationToJson(*s.evidence));
     signatures.push_back(std::move(signature));
   }
-  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict)}, {"reason", v.reason},
-                        {"revisions", v.revisions}, {"signatures", std::move(signatures)}};
+  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict)},
+                        {"reason", v.reason},
+                        {"revisions", v.revisions},
+                        {"signatures", std::move(signatures)}};
   return report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 

@@ -55,8 +55,9 @@ std::optional<std::string> post(const std::string& url, const std::string& reque
   long status = 0;
   curl_easy_getinfo(curl.get(), CURLINFO_RESPONSE_CODE, &status);
   if (result != CURLE_OK)
-    return fail(error, Code::TimeStampFailed,
-                "the time-stamping authority did not answer: " + std::string(*reason ? reason : curl_easy_strerror(result)));
+    return fail(
+        error, Code::TimeStampFailed,
+        "the time-stamping authority did not answer: " + std::string(*reason ? reason : curl_easy_strerror(result)));
   if (status != 200)
     return fail(error, Code::TimeStampFailed, "the time-stamping authority answered HTTP " + std::to_string(status));
   return answer;
@@ -81,7 +82,8 @@ RequestPtr requestFor(const unsigned char* digest, unsigned size) {
 
 std::string signatureValueOf(CMS_SignerInfo* signer) {
   ASN1_OCTET_STRING* value = CMS_SignerInfo_get0_signature(signer);
-  return value ? std::string(reinterpret_cast<const char*>(ASN1_STRING_get0_data(value)), size_t(ASN1_STRING_length(value)))
+  return value ? std::string(reinterpret_cast<const char*>(ASN1_STRING_get0_data(value)),
+                             size_t(ASN1_STRING_length(value)))
                : std::string();
 }
 
@@ -107,7 +109,9 @@ bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, Evide
   if (!response) return fail(error, Code::TimeStampFailed, "the time-stamping authority's answer does not read"), false;
   long status = ASN1_INTEGER_get(TS_STATUS_INFO_get0_status(TS_RESP_get_status_info(response.get())));
   if (status != 0 && status != 1)
-    return fail(error, Code::TimeStampFailed, "the time-stamping authority refused (status " + std::to_string(status) + ")"), false;
+    return fail(error, Code::TimeStampFailed,
+                "the time-stamping authority refused (status " + std::to_string(status) + ")"),
+           false;
   // The token is for this request: its version, imprint and nonce.
   // The authority's signature is checked when verifying, against the verifier's trusted certificates.
   VerifyPtr context(TS_REQ_to_TS_VERIFY_CTX(request.get(), nullptr));
@@ -116,8 +120,8 @@ bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, Evide
     return fail(error, Code::TimeStampFailed, "the time-stamp is not for this request"), false;
   unsigned char* token = nullptr;
   int tokenSize = i2d_PKCS7(TS_RESP_get_token(response.get()), &token);
-  bool added = tokenSize > 0 && CMS_unsigned_add1_attr_by_NID(signer, NID_id_smime_aa_timeStampToken,
-                                                              V_ASN1_SEQUENCE, token, tokenSize);
+  bool added = tokenSize > 0 &&
+               CMS_unsigned_add1_attr_by_NID(signer, NID_id_smime_aa_timeStampToken, V_ASN1_SEQUENCE, token, tokenSize);
   OPENSSL_free(token);
   if (!added) return fail(error, Code::Failed, "the time-stamp cannot be added to the signature"), false;
   return true;
@@ -145,16 +149,18 @@ TimeStampCheck checkSignatureTimeStamp(CMS_SignerInfo* signer, std::string_view 
   std::optional<CertificatesPtr> anchors;
   StorePtr store(X509_STORE_new());
   if (!trusted.empty() && (anchors = certificatesOf(trusted)) && store) {
-    for (int i = 0; i < sk_X509_num(anchors->get()); ++i) X509_STORE_add_cert(store.get(), sk_X509_value(anchors->get(), i));
+    for (int i = 0; i < sk_X509_num(anchors->get()); ++i)
+      X509_STORE_add_cert(store.get(), sk_X509_value(anchors->get(), i));
     flags |= TS_VFY_SIGNATURE;
     TS_VERIFY_CTX_set_store(context.get(), store.release());
   }
   TS_VERIFY_CTX_set_flags(context.get(), flags);
   TS_VERIFY_CTX_set_data(context.get(), data.release());
   check.valid = TS_RESP_verify_token(context.get(), token.get()) == 1;
-  check.detail = check.valid ? "time-stamped " + isoTime(check.time) +
-                                   (flags & TS_VFY_SIGNATURE ? " by a trusted authority" : " (authority not checked)")
-                             : reasonWithOpenSsl("the time-stamp does not match the signature or its authority is not trusted");
+  check.detail = check.valid
+                     ? "time-stamped " + isoTime(check.time) +
+                           (flags & TS_VFY_SIGNATURE ? " by a trusted authority" : " (authority not checked)")
+                     : reasonWithOpenSsl("the time-stamp does not match the signature or its authority is not trusted");
   ERR_clear_error();
   return check;
 }

@@ -19,8 +19,8 @@ bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, Evide
 
 struct TimeStampCheck {
   bool present = false, valid = false;
-  time_t time = 0;      // the token's time
-  std::string detail;   // what was found
+  time_t time = 0;     // the token's time
+  std::string detail;  // what was found
 };
 // The signer's signature-time-stamp, if it has one: its imprint must be the signature value's
 // digest, and with trusted certificates (PEM) its signature must chain to one of them.

@@ -180,11 +180,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   std::string input(reinterpret_cast<const char*>(data) + 1, size - 1);
   switch (data[0] % 5) {
-    case 0:
-      checkSealed(input);
-      break;
+    case 0: checkSealed(input); break;
     case 1:
-      if (std::optional<RecordFile> record = openEvidence(input, fuzz::kExaminerKey, kTrust, nullptr); record && !record->strokes)
+      if (std::optional<RecordFile> record = openEvidence(input, fuzz::kExaminerKey, kTrust, nullptr);
+          record && !record->strokes)
         broken("an opened record without strokes");
       break;
     case 2: {
@@ -193,12 +192,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (!recordFromJson(recordFileToJson(*record), &reason)) broken("a record file does not read back");
       break;
     }
-    case 3:
-      checkPdf(input);
-      break;
-    default:
-      checkWrongTypes(input);
-      break;
+    case 3: checkPdf(input); break;
+    default: checkWrongTypes(input); break;
   }
   return 0;
 }

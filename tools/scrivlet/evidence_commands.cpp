@@ -82,18 +82,20 @@ int exitStatusOf(EvidenceVerdict verdict) {
   return 1;
 }
 
-std::optional<std::string> required(const Arguments& args, const std::string& option, size_t limit, std::string* error) {
+std::optional<std::string> required(const Arguments& args, const std::string& option, size_t limit,
+                                    std::string* error) {
   if (!args.has(option)) return *error = "--" + option + " is required (see --help)", std::nullopt;
   return readFile(args.value(option), limit, error);
 }
 
-std::optional<std::string> optional(const Arguments& args, const std::string& option, size_t limit, std::string* error) {
+std::optional<std::string> optional(const Arguments& args, const std::string& option, size_t limit,
+                                    std::string* error) {
   return args.has(option) ? readFile(args.value(option), limit, error) : std::optional<std::string>("");
 }
 
 int sealCommand(int argc, char** argv) {
-  Arguments args = parseArguments(argc, argv, 2,
-                                  {"record", "document", "examiner", "signer-cert", "signer-key", "chain", "output"}, {});
+  Arguments args = parseArguments(
+      argc, argv, 2, {"record", "document", "examiner", "signer-cert", "signer-key", "chain", "output"}, {});
   if (args.has("help")) return std::fputs(kSealUsage, stdout), 0;
   if (!args.error.empty()) return failure("seal", args.error);
   if (!args.inputs.empty()) return failure("seal", "unexpected argument " + args.inputs[0]);
@@ -166,9 +168,7 @@ int openCommand(int argc, char** argv) {
   settings.timestamp = record->timestamp;
   auto redrawn = renderRecordOfStrokes(record->strokes, settings);
   if (!redrawn) return failure("open", "the sealed strokes have no points to draw");
-  auto text = [](const auto& data) {
-    return data ? std::string(data->begin(), data->end()) : std::string();
-  };
+  auto text = [](const auto& data) { return data ? std::string(data->begin(), data->end()) : std::string(); };
   std::vector<std::pair<std::string, std::string>> files{
       {"strokes.json", strokesToJson(record->strokes)},
       {"record.json", recordFileToJson(*record)},
@@ -177,7 +177,8 @@ int openCommand(int argc, char** argv) {
       {"signature.pdf", text(redrawn->pdfData())},
       {"signature.svg", redrawn->svgString().value_or("")},
       {"signature.xml", redrawn->xmlString().value_or("")}};
-  if (!writeAll(folder, files)) return failure("open", "cannot write into " + folder.string() + ": nothing was left there");
+  if (!writeAll(folder, files))
+    return failure("open", "cannot write into " + folder.string() + ": nothing was left there");
   std::printf("verified and opened %s: hash %s, %zu strokes, written to %s\n", args.value("evidence").c_str(),
               record->hash.c_str(), record->strokes->size(), folder.c_str());
   return 0;

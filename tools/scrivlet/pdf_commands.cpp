@@ -68,19 +68,21 @@ std::string checkLines(const std::vector<EvidenceCheck>& checks, const char* ind
 
 std::string verdictLine(const std::string& what, EvidenceVerdict verdict, const std::string& reason) {
   return what + ": " +
-         (verdict == EvidenceVerdict::Valid ? "valid" : std::string("NOT VALID: ") + evidenceVerdictName(verdict) +
-                                                            (reason.empty() ? "" : " (" + reason + ")")) +
+         (verdict == EvidenceVerdict::Valid ? "valid"
+                                            : std::string("NOT VALID: ") + evidenceVerdictName(verdict) +
+                                                  (reason.empty() ? "" : " (" + reason + ")")) +
          "\n";
 }
 
 std::string humanReport(const std::string& path, const PdfVerification& report) {
   std::string text = verdictLine(path, report.verdict, report.reason);
   for (const PdfSignatureVerification& s : report.signatures) {
-    text += "  signature " + s.field + ": " +
-            (s.verdict == EvidenceVerdict::Valid ? "valid" : std::string("NOT VALID: ") + evidenceVerdictName(s.verdict)) +
-            (s.signer.empty() ? "" : ", by " + s.signer) +
-            (s.signingTime.empty() ? "" : (s.timeStamped ? ", time-stamped " : ", signed ") + s.signingTime) +
-            (s.coversWholeDocument ? ", covers the whole document" : ", does not cover the whole document") + "\n";
+    text +=
+        "  signature " + s.field + ": " +
+        (s.verdict == EvidenceVerdict::Valid ? "valid" : std::string("NOT VALID: ") + evidenceVerdictName(s.verdict)) +
+        (s.signer.empty() ? "" : ", by " + s.signer) +
+        (s.signingTime.empty() ? "" : (s.timeStamped ? ", time-stamped " : ", signed ") + s.signingTime) +
+        (s.coversWholeDocument ? ", covers the whole document" : ", does not cover the whole document") + "\n";
     text += checkLines(s.checks, "    ");
     if (s.evidence) text += checkLines(s.evidence->checks, "    evidence ");
   }
@@ -90,10 +92,10 @@ std::string humanReport(const std::string& path, const PdfVerification& report) 
 }  // namespace
 
 int signCommand(int argc, char** argv) {
-  Arguments args = parseArguments(argc, argv, 2,
-                                  {"document", "evidence", "signer-cert", "signer-key", "chain", "page", "rect", "name",
-                                   "field", "tsa", "output"},
-                                  {"date", "hash"});
+  Arguments args = parseArguments(
+      argc, argv, 2,
+      {"document", "evidence", "signer-cert", "signer-key", "chain", "page", "rect", "name", "field", "tsa", "output"},
+      {"date", "hash"});
   if (args.has("help")) return std::fputs(kSignUsage, stdout), 0;
   if (!args.error.empty()) return failure("sign", args.error);
   if (!args.inputs.empty()) return failure("sign", "unexpected argument " + args.inputs[0]);
