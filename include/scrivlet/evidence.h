@@ -98,7 +98,8 @@ SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealSignatureForDocument(
     std::string_view examinerCertificate, const EvidenceSigner& manifestSigner, EvidenceError* error);
 
 struct EvidenceCheck {
-  std::string name;  // "container", "manifest", "manifest signature", "document", "image", "biometric data"
+  // "container", "manifest", "manifest signature", "signer", "document", "image", "biometric data"
+  std::string name;
   bool passed = false;
   std::string detail;                                   // one line: what was found
   EvidenceVerdict failure = EvidenceVerdict::Tampered;  // what a failure of this check means
@@ -119,7 +120,7 @@ struct SCRIVLET_EVIDENCE_EXPORT EvidenceVerification {
   double timestamp = 0;
   CaptureDevice device;
   EvidenceVerdict verdict = EvidenceVerdict::Unreadable;
-  std::string reason;  // the first failed check's detail, or why the verdict is not "valid"
+  std::string reason;  // the worst failed check's name and detail: why the verdict is not "valid"
   bool valid() const { return verdict == EvidenceVerdict::Valid; }
 };
 
