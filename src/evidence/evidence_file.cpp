@@ -34,6 +34,28 @@ bool isDocument(const json& document, const char* format, int expectedVersion = 
   return jsonField(document, "format") == format && version.is_number_integer() && version == expectedVersion;
 }
 
+// Whether the JSON text nests arrays and objects deeper than `limit`: refused before anything parses
+// or serializes it recursively. None of this library's documents nests more than six deep.
+bool nestsDeeperThan(std::string_view text, int limit) {
+  int depth = 0;
+  bool inString = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (inString) {
+      if (c == '\\') ++i;
+      else if (c == '"') inString = false;
+    } else if (c == '"') {
+      inString = true;
+    } else if ((c == '[' || c == '{') && ++depth > limit) {
+      return true;
+    } else if (c == ']' || c == '}') {
+      --depth;
+    }
+  }
+  return false;
+}
+constexpr int kDeepestDocument = 16;
+
 bool isDigest(const json& value) {
   if (!value.is_string() || value.get_ref<const std::string&>().size() != 64) return false;
   for (char c : value.get_ref<const std::string&>())
@@ -61,6 +83,7 @@ std::string manifestToJson(const EvidenceManifest& m) {
 }
 
 std::optional<EvidenceManifest> manifestFromJson(std::string_view text, std::string* error) {
+  if (nestsDeeperThan(text, kDeepestDocument)) return refuse<EvidenceManifest>(error, "the manifest nests too deep");
   json document = json::parse(text, nullptr, false);
   if (document.is_discarded() || !isDocument(document, kManifestFormat))
     return refuse<EvidenceManifest>(error, "the manifest is not a manifest of this version");
@@ -107,6 +130,7 @@ std::string evidenceFileToJson(const EvidenceFile& file) {
 }
 
 std::optional<EvidenceFile> evidenceFileFromJson(std::string_view text, std::string* error) {
+  if (nestsDeeperThan(text, kDeepestDocument)) return refuse<EvidenceFile>(error, "the sealed file nests too deep");
   json document = json::parse(text, nullptr, false);
   if (document.is_discarded() || !isDocument(document, kFileFormat))
     return refuse<EvidenceFile>(error, "not a sealed evidence file of this version");
@@ -141,12 +165,17 @@ std::string biometricDocumentToJson(const BiometricDocument& b) {
 }
 
 std::optional<BiometricDocument> biometricDocumentFromJson(std::string_view text, std::string* error) {
+  if (nestsDeeperThan(text, kDeepestDocument))
+    return refuse<BiometricDocument>(error, "the biometric document nests too deep");
   json document = json::parse(text, nullptr, false);
   if (document.is_discarded() || !isDocument(document, kBiometricFormat, kBiometricVersion))
     return refuse<BiometricDocument>(error, "the biometric data is not a biometric document of this version");
   const json &sealedFor = jsonField(document, "document"), &record = jsonField(document, "record");
+  // The record and its strokes name their formats as text: the record reader takes nothing else.
+  const json& strokes = jsonField(record, "strokes");
   if (!isDigest(jsonField(sealedFor, "sha256")) || !jsonField(sealedFor, "size").is_number_unsigned() ||
-      !isDigest(jsonField(document, "imageSha256")) || !record.is_object())
+      !isDigest(jsonField(document, "imageSha256")) || !jsonField(record, "format").is_string() ||
+      !jsonField(strokes, "format").is_string())
     return refuse<BiometricDocument>(error, "the biometric document lacks a field or has one of the wrong type");
   BiometricDocument b;
   std::optional<RecordFile> read = recordFromJson(record.dump(), error);

@@ -67,7 +67,9 @@ std::optional<SignedRange> signedRangeOf(std::string_view pdf, QPDFObjectHandle 
   std::string_view hex = pdf.substr(r.gapStart + 1, r.gapEnd - r.gapStart - 2);
   if (hex.size() % 2 || hex.find_first_not_of("0123456789abcdefABCDEF") != std::string_view::npos)
     return *problem = "the excluded bytes are not a hexadecimal string", std::nullopt;
-  for (size_t i = 0; i < hex.size(); i += 2) r.der += char(std::stoi(std::string(hex.substr(i, 2)), nullptr, 16));
+  auto nibble = [](char c) { return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10; };
+  r.der.reserve(hex.size() / 2);
+  for (size_t i = 0; i < hex.size(); i += 2) r.der += char(nibble(hex[i]) << 4 | nibble(hex[i + 1]));
   if (r.der != contents.getStringValue())
     return *problem = "the excluded bytes are not the signature's own contents", std::nullopt;
   return r;

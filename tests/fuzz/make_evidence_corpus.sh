@@ -24,6 +24,7 @@ tail -c +2 "$corpus/pdf" >plain.pdf
 "$tool" sign --document plain.pdf --evidence plain.sealed --signer-cert kSigner.pem --signer-key kSignerKey.pem \
   --rect 10,10,100,40 -o signed.pdf >/dev/null
 { printf '\3'; cat signed.pdf; } >"$corpus/signed_pdf"
+{ printf '\203'; cat plain.pdf; } >"$corpus/pdf_to_sign"
 printf '\4\0\3\5' >"$corpus/wrong_type_sealed"
 printf '\4\1\2\4\1\3' >"$corpus/wrong_type_manifest"
 printf '\4\2\6\2' >"$corpus/wrong_type_record"
