@@ -25,7 +25,9 @@ std::optional<std::string> required(const Arguments& args, const std::string& op
 // The same for an option that may be absent: an empty text then.
 std::optional<std::string> optional(const Arguments& args, const std::string& option, size_t limit, std::string* error);
 
-// Keys, certificates and chains are small; anything larger is not one.
+// Keys, certificates and chains are small; anything larger is not one. Sealed files are read up to
+// the size the library reads.
 inline constexpr size_t kLargestKeyFile = size_t(1) << 20;
+inline constexpr size_t kLargestSealedFile = size_t(256) << 20;
 
 }  // namespace scrivlet::tool

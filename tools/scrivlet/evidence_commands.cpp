@@ -51,8 +51,6 @@ owner alone: they hold the biometric data in plain text.
   -h, --help            this help
 )";
 
-constexpr size_t kLargestSealedFile = size_t(256) << 20;
-
 bool isPdf(const std::string& bytes) { return bytes.rfind("%PDF-", 0) == 0; }
 
 // Writes every output into the folder, or none: what was written is removed when one fails.

@@ -57,8 +57,6 @@ check, or a JSON report with --json. Exit status: 0 valid, 3 unreadable, 4 unsig
   -h, --help            this help
 )";
 
-constexpr size_t kLargestSealedFile = size_t(256) << 20;
-
 std::string checkLines(const std::vector<EvidenceCheck>& checks, const char* indent) {
   std::string text;
   for (const EvidenceCheck& check : checks)
