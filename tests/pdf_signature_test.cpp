@@ -189,6 +189,7 @@ TEST_F(PdfSignature, SignsAsAnIncrementalUpdateThatPdfsigQpdfAndOpenSslAccept) {
               "");
     std::string structure = outputOf("openssl cms -cmsout -print -inform DER -in " + signature);
     EXPECT_NE(structure.find("id-smime-aa-signingCertificateV2"), std::string::npos);
+    EXPECT_EQ(structure.find("signingTime"), std::string::npos);  // PAdES keeps it in /M
     EXPECT_NE(structure.find("sha256"), std::string::npos);
     EXPECT_NE(structure.find("CN=Test Intermediate"), std::string::npos);  // the chain travels along
 

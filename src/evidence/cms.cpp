@@ -11,6 +11,9 @@
 #include <openssl/rsa.h>
 #include <openssl/x509v3.h>
 
+#include <algorithm>
+#include <vector>
+
 namespace scrivlet::cms {
 
 using namespace scrivlet::ssl;
@@ -69,14 +72,55 @@ bool namesItsSigner(CMS_SignerInfo* signer, X509* certificate) {
          OSSL_ESS_check_signing_certs(nullptr, named.get(), chain.get(), 1) == 1;
 }
 
-time_t signedSigningTime(CMS_SignerInfo* signer) {
+std::string derLength(size_t size) {
+  if (size < 0x80) return std::string(1, char(size));
+  std::string bytes;
+  for (; size; size >>= 8) bytes.insert(bytes.begin(), char(size & 0xff));
+  return char(0x80 | bytes.size()) + bytes;
+}
+
+// PAdES keeps the claimed signing time in the signature dictionary's /M, not in a signing-time
+// attribute, which OpenSSL always adds: it is removed, and the signed attributes (DER, a SET OF in
+// sorted order, as they are written) are signed again with the same key and digest.
+bool signWithoutSigningTime(CMS_SignerInfo* signer, EVP_PKEY* key) {
   int index = CMS_signed_get_attr_by_NID(signer, NID_pkcs9_signingTime, -1);
-  if (index < 0) return time(nullptr);
+  if (index < 0) return true;
+  if (!EVP_PKEY_is_a(key, "RSA") && !EVP_PKEY_is_a(key, "EC")) return false;
+  X509_ATTRIBUTE_free(CMS_signed_delete_attr(signer, index));
+  std::vector<std::string> attributes;
+  for (int i = 0; i < CMS_signed_get_attr_count(signer); ++i) {
+    unsigned char* der = nullptr;
+    int size = i2d_X509_ATTRIBUTE(CMS_signed_get_attr(signer, i), &der);
+    if (size <= 0) return false;
+    attributes.emplace_back(reinterpret_cast<char*>(der), size_t(size));
+    OPENSSL_free(der);
+  }
+  std::sort(attributes.begin(), attributes.end());
+  std::string content;
+  for (const std::string& attribute : attributes) content += attribute;
+  std::string set = "\x31" + derLength(content.size()) + content;
+  std::unique_ptr<EVP_MD_CTX, Deleter<EVP_MD_CTX, EVP_MD_CTX_free>> context(EVP_MD_CTX_new());
+  size_t size = 0;
+  auto data = reinterpret_cast<const unsigned char*>(set.data());
+  if (!context || EVP_DigestSignInit(context.get(), nullptr, EVP_sha256(), nullptr, key) != 1 ||
+      EVP_DigestSign(context.get(), nullptr, &size, data, set.size()) != 1)
+    return false;
+  std::string signature(size, '\0');
+  if (EVP_DigestSign(context.get(), reinterpret_cast<unsigned char*>(signature.data()), &size, data, set.size()) != 1)
+    return false;
+  return ASN1_STRING_set(CMS_SignerInfo_get0_signature(signer), signature.data(), int(size)) == 1;
+}
+
+// The time the signer claims: the signing-time attribute, else the one given (a PDF's /M), else now.
+time_t claimedSigningTime(CMS_SignerInfo* signer, time_t claimed) {
+  time_t fallback = claimed ? claimed : time(nullptr);
+  int index = CMS_signed_get_attr_by_NID(signer, NID_pkcs9_signingTime, -1);
+  if (index < 0) return fallback;
   ASN1_TYPE* value = X509_ATTRIBUTE_get0_type(CMS_signed_get_attr(signer, index), 0);
   struct tm when {};
   if (!value || (value->type != V_ASN1_UTCTIME && value->type != V_ASN1_GENERALIZEDTIME) ||
       !ASN1_TIME_to_tm(value->value.utctime, &when))
-    return time(nullptr);
+    return fallback;
   return timegm(&when);
 }
 
@@ -136,7 +180,8 @@ std::optional<std::string> signDetached(std::string_view content, const Evidence
   CmsPtr cms(CMS_sign(nullptr, nullptr, loaded->chain.get(), nullptr, flags));
   CMS_SignerInfo* info =
       cms ? CMS_add1_signer(cms.get(), loaded->certificate.get(), loaded->key.get(), EVP_sha256(), flags) : nullptr;
-  if (!info || !CMS_final(cms.get(), in.get(), nullptr, flags))
+  if (!info || !CMS_final(cms.get(), in.get(), nullptr, flags) ||
+      (cades && !signWithoutSigningTime(info, loaded->key.get())))
     return fail(error, Code::Failed, "the signature cannot be made");
   if (!timeStampUrl.empty() && !addSignatureTimeStamp(info, timeStampUrl, error)) return std::nullopt;
   std::string der = derOf(cms.get());
@@ -144,7 +189,8 @@ std::optional<std::string> signDetached(std::string_view content, const Evidence
   return der;
 }
 
-SignatureCheck verifyDetached(std::string_view der, std::string_view content, std::string_view trusted) {
+SignatureCheck verifyDetached(std::string_view der, std::string_view content, std::string_view trusted,
+                              time_t claimedTime) {
   SignatureCheck check;
   auto failed = [&](EvidenceVerdict verdict, const std::string& why) {
     check.verdict = verdict;
@@ -175,7 +221,7 @@ SignatureCheck verifyDetached(std::string_view der, std::string_view content, st
   TimeStampCheck stamp = checkSignatureTimeStamp(signer, trusted);
   check.timeStamped = stamp.present;
   check.timeStampDetail = stamp.detail;
-  check.signingTime = stamp.present && stamp.valid ? stamp.time : signedSigningTime(signer);
+  check.signingTime = stamp.present && stamp.valid ? stamp.time : claimedSigningTime(signer, claimedTime);
   CertificatesPtr certificates(CMS_get1_certs(cms.get()));
   ChainCheck chain = checkChain(certificate, certificates.get(), trusted, check.signingTime);
   check.verdict = chain.verdict;

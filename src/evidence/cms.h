@@ -21,8 +21,9 @@ std::optional<std::string> envelope(std::string_view content, std::string_view r
 std::optional<std::string> openEnvelope(std::string_view der, std::string_view privateKey, EvidenceError* error);
 
 // SignedData (DER) over the content, detached, SHA-256, by the signer (checked first), its chain
-// included. `cades` adds the signing-certificate-v2 attribute; `timeStampUrl` a time-stamp token over
-// the signature value as an unsigned attribute.
+// included. `cades` adds the signing-certificate-v2 attribute and leaves out the signing time (PAdES
+// keeps it in /M); `timeStampUrl` adds a time-stamp token over the signature value as an unsigned
+// attribute.
 std::optional<std::string> signDetached(std::string_view content, const EvidenceSigner& signer, bool cades,
                                         const std::string& timeStampUrl, EvidenceError* error);
 
@@ -36,7 +37,9 @@ struct SignatureCheck {
   std::string timeStampDetail;        // what the time-stamp check found
 };
 // Checks a detached signature over the content: its algorithms, the signature itself, its time-stamp
-// if any, and the signer's chain to the trusted certificates (PEM) at the signing time.
-SignatureCheck verifyDetached(std::string_view der, std::string_view content, std::string_view trusted);
+// if any, and the signer's chain to the trusted certificates (PEM) at the signing time: the
+// time-stamp's, else the signing-time attribute's, else `claimedTime` (a PDF's /M) when given, else now.
+SignatureCheck verifyDetached(std::string_view der, std::string_view content, std::string_view trusted,
+                              time_t claimedTime = 0);
 
 }  // namespace scrivlet::cms

@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cstdio>
 #include <map>
 
 namespace scrivlet {
@@ -39,6 +40,20 @@ void collectSignatures(QPDFObjectHandle fields, const std::string& prefix, QPDFO
       found.push_back({name, value});
     collectSignatures(field.getKey("/Kids"), name, type, found, seen, depth + 1);
   }
+}
+
+// A PDF date, "D:YYYYMMDDHHmmSS" with an optional offset (Z, +HH'mm' or -HH'mm'), as UTC; 0 when not one.
+time_t pdfDate(const std::string& text) {
+  struct tm when {};
+  int offsetHours = 0, offsetMinutes = 0;
+  char sign = 'Z';
+  if (std::sscanf(text.c_str(), "D:%4d%2d%2d%2d%2d%2d%c%2d'%2d", &when.tm_year, &when.tm_mon, &when.tm_mday,
+                  &when.tm_hour, &when.tm_min, &when.tm_sec, &sign, &offsetHours, &offsetMinutes) < 6)
+    return 0;
+  when.tm_year -= 1900, when.tm_mon -= 1;
+  time_t utc = timegm(&when);
+  int offset = (offsetHours * 60 + offsetMinutes) * 60;
+  return sign == '+' ? utc - offset : sign == '-' ? utc + offset : utc;
 }
 
 EvidenceCheck passed(const char* name, std::string detail) { return {name, true, std::move(detail), Verdict::Valid}; }
@@ -104,7 +119,9 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
   }
   std::string signedBytes =
       std::string(pdf.substr(0, range->gapStart)) + std::string(pdf.substr(range->gapEnd, range->end - range->gapEnd));
-  cms::SignatureCheck cms = cms::verifyDetached(range->der, signedBytes, options.trustedCertificates);
+  QPDFObjectHandle claimed = field.value.getKey("/M");  // within the signed bytes
+  cms::SignatureCheck cms = cms::verifyDetached(range->der, signedBytes, options.trustedCertificates,
+                                                claimed.isString() ? pdfDate(claimed.getStringValue()) : 0);
   s.signer = cms.signer;
   s.timeStamped = cms.timeStamped;
   s.signingTime = cms.signer.empty() ? "" : ssl::isoTime(cms.signingTime);
