@@ -1,84 +1,83 @@
 // Sealed evidence: round trips with RSA 3072 and P-256 examiners, files that OpenSSL's own command opens
-// and verifies, every tampered part failing its own check, and garbage refused.
+// and verifies, every tampered part failing its own check, verdicts that only a trusted signer makes
+// valid, opening that checks what the strokes were sealed for, and inputs refused with a reason.
 #include <scrivlet/evidence.h>
 #include <scrivlet/stroke_json.h>
 
 #include <gtest/gtest.h>
 
+#include "evidence/cms.h"
 #include "evidence/evidence_file.h"
+#include "output_support.h"
 #include "platform/crypto.h"
+#include "test_certificates.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <map>
 
 namespace scrivlet {
 namespace {
 
 namespace fs = std::filesystem;
+using test_support::failureOf;
+using test_support::outputOf;
+using test_support::TestCertificates;
+using test_support::TestIdentity;
+using Verdict = EvidenceVerdict;
 
-std::string slurp(const fs::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
+// The smallest PNG: one opaque red pixel.
+const std::vector<uint8_t> kPng{0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48,
+                                0x44, 0x52, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x08, 0x02, 0x00, 0x00,
+                                0x00, 0x90, 0x77, 0x53, 0xde, 0x00, 0x00, 0x00, 0x0c, 0x49, 0x44, 0x41, 0x54, 0x08,
+                                0xd7, 0x63, 0xf8, 0xcf, 0xc0, 0x00, 0x00, 0x03, 0x01, 0x01, 0x00, 0x18, 0xdd, 0x8d,
+                                0xb0, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
 
-void spill(const fs::path& path, std::string_view bytes) {
-  std::ofstream(path, std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
-}
-
-int run(const std::string& command) { return std::system((command + " >/dev/null 2>&1").c_str()); }
-
-// Keys and certificates made once with OpenSSL's command: examiners with RSA 3072 and P-256 keys, the
-// capturing application's signing certificate, and a stranger's.
 class Evidence : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    dir = fs::temp_directory_path() / ("scrivlet-evidence-" + std::to_string(getpid()));
-    fs::create_directories(dir);
-    auto certificate = [](const std::string& name, const std::string& key, const std::string& subject) {
-      ASSERT_EQ(run("openssl req -x509 -newkey " + key + " -nodes -days 30 -subj /CN=" + subject + " -keyout " +
-                    (dir / (name + ".key")).string() + " -out " + (dir / (name + ".pem")).string()),
-                0);
-    };
-    certificate("rsa", "rsa:3072", "RSA-Examiner");
-    certificate("ec", "ec -pkeyopt ec_paramgen_curve:P-256", "EC-Examiner");
-    certificate("app", "ec -pkeyopt ec_paramgen_curve:P-256", "Signing-App");
-    certificate("stranger", "ec -pkeyopt ec_paramgen_curve:P-256", "Stranger");
-    ASSERT_EQ(run("openssl pkey -in " + (dir / "ec.key").string() + " -pubout -out " + (dir / "ec.pub").string()), 0);
+  static void SetUpTestSuite() { certificates = new TestCertificates; }
+  static void TearDownTestSuite() { delete certificates; }
+
+  static std::string save(const std::string& name, std::string_view bytes) {
+    return test_support::writeOutput("evidence/" + name, bytes);
   }
-  static void TearDownTestSuite() { fs::remove_all(dir); }
 
-  static std::string file(const std::string& name) { return slurp(dir / name); }
-
-  static RecordFile record() {
+  static RecordFile record(double firstX = 10, const std::string& hash = "A1B2C3D4") {
     RecordFile r;
     auto stroke = std::make_shared<QnStroke>();
     for (int i = 0; i < 20; ++i) {
       QnSignaturePoint p;
-      p.location = {10 + 3.5 * i, 40 + (i % 5) * 1.25}, p.velocity = {0.1 * i, -0.2}, p.timestamp = 0.004 * i;
+      p.location = {firstX + 3.5 * i, 40 + (i % 5) * 1.25}, p.velocity = {0.1 * i, -0.2}, p.timestamp = 0.004 * i;
       p.pressure = 0.5f, p.altitudeAngle = 1.2f, p.diameter = 2.5f, p.id = 100 + i;
       stroke->push_back(p);
     }
     r.strokes = std::make_shared<QnStrokeList>(QnStrokeList{stroke});
-    r.png = {0x89, 'P', 'N', 'G', 1, 2, 3};  // the image is carried, not read
-    r.hash = "A1B2C3D4";
+    r.png = kPng;
+    r.hash = hash;
     r.timestamp = 786000000.25;
     r.device = {"iPad8,1", 2, 264};
     return r;
   }
 
-  static EvidenceSealRequest request(const std::string& examiner, bool signedByApp = true) {
+  static EvidenceSealRequest request(const std::string& examiner, const std::string& document = kDocument) {
     EvidenceSealRequest request;
     request.record = record();
-    request.documentSha256 = documentSha256Of(kDocument);
-    request.documentSize = kDocument.size();
+    request.documentSha256 = documentSha256Of(document);
+    request.documentSize = document.size();
     request.documentName = "contract.pdf";
-    request.examinerCertificate = file(examiner);
-    if (signedByApp) request.signerCertificate = file("app.pem"), request.signerKey = file("app.key");
+    request.examinerCertificate = examiner;
+    request.manifestSigner = {certificates->signer.certificate, certificates->signer.key,
+                              certificates->intermediate.certificate};
     return request;
   }
+
+  static std::string seal(const EvidenceSealRequest& request) {
+    EvidenceError error;
+    std::optional<std::string> sealed = sealEvidence(request, &error);
+    EXPECT_TRUE(sealed) << error.message;
+    return sealed.value_or("");
+  }
+
+  static EvidenceVerifyOptions trusting(const TestIdentity& anchor) { return {anchor.certificate, false}; }
 
   static std::map<std::string, bool> checks(const EvidenceVerification& report) {
     std::map<std::string, bool> passed;
@@ -86,76 +85,85 @@ class Evidence : public ::testing::Test {
     return passed;
   }
 
-  static inline fs::path dir;
+  static inline TestCertificates* certificates = nullptr;
   static inline const std::string kDocument = "%PDF-1.4 the contract being signed\n%%EOF\n";
 };
 
 TEST_F(Evidence, SealsVerifiesAndOpensForRsaAndEcExaminersAndPublicKeys) {
-  for (const char* examiner : {"rsa.pem", "ec.pem", "ec.pub"}) {
-    SCOPED_TRACE(examiner);
-    std::string error;
-    std::optional<std::string> sealed = sealEvidence(request(examiner), &error);
-    ASSERT_TRUE(sealed) << error;
-    // The strokes travel encrypted only: no coordinate of theirs is in the sealed file.
-    EXPECT_EQ(sealed->find("\"x\""), std::string::npos);
-    EXPECT_EQ(base64Decode(*sealed).has_value(), false);
+  const std::map<std::string, bool> allPassed{{"container", true},     {"manifest", true}, {"manifest signature", true},
+                                              {"signer", true},        {"document", true}, {"image", true},
+                                              {"biometric data", true}};
+  for (const TestIdentity* examiner : {&certificates->rsaExaminer, &certificates->ecExaminer}) {
+    for (bool bareKey : {false, true}) {
+      SCOPED_TRACE(examiner->certificate.substr(30, 20) + (bareKey ? " as a public key" : ""));
+      std::string sealed = seal(request(bareKey ? TestCertificates::publicKeyOf(*examiner) : examiner->certificate));
+      EXPECT_EQ(sealed.find("\"x\""), std::string::npos);  // no plaintext coordinate
 
-    EvidenceVerification report = verifyEvidence(*sealed, kDocument);
-    EXPECT_TRUE(report.valid());
-    std::map<std::string, bool> expected{{"container", true}, {"manifest", true}, {"manifest signature", true},
-                                         {"document", true},  {"image", true},    {"biometric data", true}};
-    EXPECT_EQ(checks(report), expected);
-    EXPECT_EQ(report.signer, "/CN=Signing-App");
-    EXPECT_EQ(report.hash, "A1B2C3D4");
-    EXPECT_EQ(report.timestamp, 786000000.25);
-    EXPECT_EQ(report.device.model, "iPad8,1");
-    EXPECT_EQ(report.device.pixelsPerInch, 264);
+      EvidenceVerification report = verifyEvidence(sealed, kDocument, trusting(certificates->root));
+      EXPECT_EQ(report.verdict, Verdict::Valid) << report.reason;
+      EXPECT_EQ(checks(report), allPassed);
+      EXPECT_EQ(report.signer, "/CN=Tablet App");
+      EXPECT_EQ(report.hash, "A1B2C3D4");
+      EXPECT_EQ(report.device.pixelsPerInch, 264);
 
-    std::string key = file(std::string(examiner).substr(0, std::string(examiner).find('.')) + ".key");
-    std::optional<RecordFile> opened = openEvidence(*sealed, key, &error);
-    ASSERT_TRUE(opened) << error;
-    EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));  // to the bit
-    EXPECT_EQ(opened->png, record().png);
-    EXPECT_EQ(opened->hash, "A1B2C3D4");
-    EXPECT_EQ(opened->timestamp, 786000000.25);
-    EXPECT_EQ(opened->device.screenScale, 2);
-
-    EXPECT_FALSE(openEvidence(*sealed, file("stranger.key"), &error));
-    EXPECT_NE(error.find("does not open"), std::string::npos) << error;
+      EvidenceError error;
+      std::optional<RecordFile> opened = openEvidence(sealed, examiner->key, trusting(certificates->root), &error);
+      ASSERT_TRUE(opened) << error.message;
+      EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));  // to the bit
+      EXPECT_EQ(opened->png, kPng);
+      EXPECT_EQ(opened->hash, "A1B2C3D4");
+      EXPECT_EQ(opened->timestamp, 786000000.25);
+      EXPECT_FALSE(openEvidence(sealed, certificates->signer.key, trusting(certificates->root), &error));
+      EXPECT_EQ(error.code, EvidenceErrorCode::BadKey);
+    }
   }
 }
 
-TEST_F(Evidence, OpenSslsOwnCommandDecryptsTheEnvelopeAndVerifiesTheManifest) {
-  for (const char* examiner : {"rsa", "ec"}) {
-    SCOPED_TRACE(examiner);
-    std::string error;
-    std::optional<std::string> sealed = sealEvidence(request(std::string(examiner) + ".pem"), &error);
-    ASSERT_TRUE(sealed) << error;
-    std::optional<EvidenceFile> parts = evidenceFileFromJson(*sealed, &error);
-    ASSERT_TRUE(parts && parts->manifestSignature);
-    spill(dir / "bio.der", parts->biometricData);
-    spill(dir / "manifest.json", parts->manifest);
-    spill(dir / "manifest.sig", *parts->manifestSignature);
+TEST_F(Evidence, SealsTheRecordOnTheCapturingDeviceForTheDocumentItShows) {
+  QnSignature signing;  // as the session or the pad delivers it
+  signing.setRawPoints(record().strokes);
+  signing.setImageData(kPng);
+  signing.setHashString("A1B2C3D4");
+  signing.setTimestamp(786000000.25);
+  EvidenceError error;
+  std::optional<std::string> sealed = sealSignatureForDocument(
+      signing, kDocument, "contract.pdf", certificates->ecExaminer.certificate,
+      {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, &error);
+  ASSERT_TRUE(sealed) << error.message;
+  EXPECT_EQ(verifyEvidence(*sealed, kDocument, trusting(certificates->root)).verdict, Verdict::Valid);
+  std::optional<RecordFile> opened =
+      openEvidence(*sealed, certificates->ecExaminer.key, trusting(certificates->root), &error);
+  ASSERT_TRUE(opened) << error.message;
+  EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));
+  EXPECT_EQ(opened->hash, "A1B2C3D4");
+  EXPECT_EQ(opened->device.model, currentCaptureDevice().model);
+}
 
-    std::string d = dir.string() + "/";
-    ASSERT_EQ(run("openssl cms -decrypt -inform DER -in " + d + "bio.der -inkey " + d + examiner + ".key -out " + d +
-                  "strokes.json"),
-              0);
-    EXPECT_EQ(file("strokes.json"), strokesToJson(record().strokes));
-    ASSERT_EQ(run("openssl cms -cmsout -print -inform DER -in " + d + "bio.der -out " + d + "bio.txt"), 0);
-    std::string structure = file("bio.txt");
-    EXPECT_NE(structure.find("authEnvelopedData"), std::string::npos);
+TEST_F(Evidence, OpenSslsOwnCommandDecryptsTheEnvelopeAndVerifiesTheManifestThroughTheIntermediate) {
+  for (const TestIdentity* examiner : {&certificates->rsaExaminer, &certificates->ecExaminer}) {
+    std::string sealed = seal(request(examiner->certificate));
+    EvidenceFile parts = *evidenceFileFromJson(sealed, nullptr);
+    std::string bio = save("bio.der", parts.biometricData), key = save("examiner.key", examiner->key);
+    std::string plaintext = outputOf("openssl cms -decrypt -inform DER -in " + bio + " -inkey " + key);
+    // The strokes travel with what they were given for: the document's digest and the record's hash.
+    EXPECT_NE(plaintext.find(hexString(documentSha256Of(kDocument))), std::string::npos);
+    EXPECT_NE(plaintext.find("\"hash\":\"A1B2C3D4\""), std::string::npos);
+    EXPECT_NE(plaintext.find(strokesToJson(record().strokes)), std::string::npos);
+    std::string structure = outputOf("openssl cms -cmsout -print -inform DER -in " + bio);
     EXPECT_NE(structure.find("aes-256-gcm"), std::string::npos);
-    EXPECT_NE(structure.find(std::string(examiner) == "rsa" ? "rsaesOaep" : "dhSinglePass"), std::string::npos)
+    EXPECT_NE(
+        structure.find(examiner == &certificates->rsaExaminer ? "rsaesOaep" : "dhSinglePass-stdDH-sha256kdf-scheme"),
+        std::string::npos)
         << structure;
 
-    EXPECT_EQ(run("openssl cms -verify -binary -inform DER -in " + d + "manifest.sig -content " + d +
-                  "manifest.json -CAfile " + d + "app.pem -purpose any"),
-              0);
-    spill(dir / "manifest.json", parts->manifest + " ");
-    EXPECT_NE(run("openssl cms -verify -binary -inform DER -in " + d + "manifest.sig -content " + d +
-                  "manifest.json -CAfile " + d + "app.pem -purpose any"),
-              0);
+    std::string manifest = save("manifest.json", parts.manifest),
+                signature = save("manifest.sig", *parts.manifestSignature),
+                root = save("root.pem", certificates->root.certificate);
+    std::string verify = "openssl cms -verify -binary -inform DER -in " + signature + " -content " + manifest +
+                         " -CAfile " + root + " -purpose any -out /dev/null";
+    EXPECT_EQ(failureOf(verify), "");  // the intermediate travels in the signature
+    save("manifest.json", parts.manifest + " ");
+    EXPECT_NE(failureOf(verify), "");
   }
 }
 
@@ -167,91 +175,227 @@ std::string tampered(const std::string& sealed, std::string EvidenceFile::*part,
   return evidenceFileToJson(file);
 }
 
-TEST_F(Evidence, EveryChangedPartFailsItsOwnCheckAndNoOther) {
-  std::string error;
-  std::string sealed = *sealEvidence(request("ec.pem"), &error);
+TEST_F(Evidence, EveryChangedPartFailsItsOwnCheckWithItsVerdict) {
+  std::string sealed = seal(request(certificates->ecExaminer.certificate));
   EvidenceFile parts = *evidenceFileFromJson(sealed, nullptr);
-
-  struct Case {
-    const char* name;
-    std::string sealed, document;
-    std::map<std::string, bool> checks;
-  };
-  const std::map<std::string, bool> all{{"container", true}, {"manifest", true}, {"manifest signature", true},
-                                        {"document", true},  {"image", true},    {"biometric data", true}};
-  auto failing = [&](const std::string& check) {
-    auto c = all;
-    c[check] = false;
-    return c;
-  };
   EvidenceFile resigned = parts;  // a changed manifest whose digest was made to match
   resigned.manifest.replace(resigned.manifest.find("A1B2C3D4"), 8, "EVILHASH");
-  resigned.manifestSha256 = hexString(sha256Digest(resigned.manifest));
-  EvidenceFile unsignedFile = parts;
-  unsignedFile.manifestSignature.reset();
+  resigned.manifestSha256 = sha256Hex(resigned.manifest);
   EvidenceFile badSignature = parts;
   (*badSignature.manifestSignature)[badSignature.manifestSignature->size() - 5] ^= 0x01;
   std::string changedDocument = kDocument;
   changedDocument[12] ^= 0x20;
-
-  std::vector<Case> cases{
-      {"image", tampered(sealed, &EvidenceFile::image, 3), kDocument, failing("image")},
-      {"biometric data", tampered(sealed, &EvidenceFile::biometricData, 100), kDocument, failing("biometric data")},
-      {"signature", evidenceFileToJson(badSignature), kDocument, failing("manifest signature")},
-      {"manifest bytes",
-       tampered(sealed, &EvidenceFile::manifest, 50),
-       kDocument,
-       {{"container", true}, {"manifest", false}}},
-      {"manifest rehashed", evidenceFileToJson(resigned), kDocument, failing("manifest signature")},
-      {"other document", sealed, changedDocument, failing("document")},
-      {"truncated document", sealed, kDocument.substr(0, 20), failing("document")},
-      {"truncated file", sealed.substr(0, sealed.size() / 2), kDocument, {{"container", false}}},
-      {"garbage", "\x89PNG not a sealed file at all", kDocument, {{"container", false}}},
-      {"empty", "", kDocument, {{"container", false}}},
-      {"unsigned",
-       evidenceFileToJson(unsignedFile),
-       kDocument,
-       {{"container", true}, {"manifest", true}, {"document", true}, {"image", true}, {"biometric data", true}}},
+  struct Case {
+    const char* name;
+    std::string sealed, document;
+    std::string failing;
+    Verdict verdict;
+  };
+  const std::vector<Case> cases{
+      {"image", tampered(sealed, &EvidenceFile::image, 3), kDocument, "image", Verdict::Tampered},
+      {"biometric data", tampered(sealed, &EvidenceFile::biometricData, 100), kDocument, "biometric data",
+       Verdict::Tampered},
+      {"signature", evidenceFileToJson(badSignature), kDocument, "manifest signature", Verdict::Tampered},
+      {"manifest bytes", tampered(sealed, &EvidenceFile::manifest, 50), kDocument, "manifest", Verdict::Tampered},
+      {"manifest rehashed", evidenceFileToJson(resigned), kDocument, "manifest signature", Verdict::Tampered},
+      {"other document", sealed, changedDocument, "document", Verdict::Tampered},
+      {"truncated document", sealed, kDocument.substr(0, 20), "document", Verdict::Tampered},
+      {"a correction appended", sealed, kDocument + "Correction: I owe you EUR 50,000\n", "document",
+       Verdict::Tampered},
+      {"random bytes appended", sealed, kDocument + std::string(1000, '\xA7'), "document", Verdict::Tampered},
+      {"truncated file", sealed.substr(0, sealed.size() / 2), kDocument, "container", Verdict::Unreadable},
+      {"garbage", "\x89PNG not a sealed file at all", kDocument, "container", Verdict::Unreadable},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
-    EvidenceVerification report = verifyEvidence(c.sealed, c.document);
-    EXPECT_EQ(checks(report), c.checks);
-    EXPECT_EQ(report.valid(), std::string(c.name) == "unsigned");
+    EvidenceVerification report = verifyEvidence(c.sealed, c.document, trusting(certificates->root));
+    EXPECT_EQ(report.verdict, c.verdict) << report.reason;
+    std::vector<std::string> failed;
+    for (const EvidenceCheck& check : report.checks)
+      if (!check.passed) failed.push_back(check.name);
+    EXPECT_EQ(failed, std::vector<std::string>{c.failing});
   }
-  // Opening refuses changed biometric data before it tries the key.
-  EXPECT_FALSE(openEvidence(cases[1].sealed, file("ec.key"), &error));
-  EXPECT_EQ(error, "the biometric data was changed since sealing");
+  EXPECT_NE(verifyEvidence(cases[7].sealed, cases[7].document).reason.find("33 bytes were added"), std::string::npos);
+  EvidenceError error;
+  EXPECT_FALSE(openEvidence(cases[1].sealed, certificates->ecExaminer.key, trusting(certificates->root), &error));
+  EXPECT_EQ(error.code, EvidenceErrorCode::Tampered);
+  EXPECT_NE(error.message.find("biometric data: changed since sealing"), std::string::npos) << error.message;
 }
 
-TEST_F(Evidence, TrustedCertificatesDecideWhoMaySignTheManifest) {
-  std::string error;
-  std::string sealed = *sealEvidence(request("rsa.pem"), &error);
-  EvidenceVerification trusted = verifyEvidence(sealed, kDocument, file("app.pem"));
-  EXPECT_TRUE(trusted.valid());
-  EXPECT_NE(trusted.checks[2].detail.find("a trusted signer"), std::string::npos) << trusted.checks[2].detail;
-  EvidenceVerification stranger = verifyEvidence(sealed, kDocument, file("stranger.pem"));
-  EXPECT_FALSE(stranger.valid());
-  EXPECT_FALSE(checks(stranger)["manifest signature"]);
-  EXPECT_FALSE(verifyEvidence(sealed, kDocument, "not a certificate").valid());
+TEST_F(Evidence, OnlyASignerChainingToTheTrustedRootMakesEvidenceValid) {
+  std::string sealed = seal(request(certificates->rsaExaminer.certificate));
+  EvidenceFile stripped = *evidenceFileFromJson(sealed, nullptr);
+  stripped.manifestSignature.reset();
+  // Manifests signed by openssl's own command, by certificates this library would not sign with.
+  auto sealedBy = [&](const TestIdentity& signer, const std::string& chain) {
+    EvidenceFile file = *evidenceFileFromJson(sealed, nullptr);
+    std::string manifest = save("manifest.json", file.manifest), cert = save("signer.pem", signer.certificate),
+                key = save("signer.key", signer.key), certs = save("chain.pem", chain);
+    file.manifestSignature =
+        outputOf("openssl cms -sign -binary -outform DER -md sha256 -in " + manifest + " -signer " + cert + " -inkey " +
+                 key + (chain.empty() ? "" : " -certfile " + certs));
+    EXPECT_FALSE(file.manifestSignature->empty());
+    return evidenceFileToJson(file);
+  };
+  struct Case {
+    const char* name;
+    std::string sealed;
+    EvidenceVerifyOptions options;
+    Verdict verdict;
+    std::string reasonMentions;
+  };
+  const std::string intermediate = certificates->intermediate.certificate;
+  const std::vector<Case> cases{
+      {"through the intermediate", sealed, trusting(certificates->root), Verdict::Valid, ""},
+      {"no trust given", sealed, {}, Verdict::Untrusted, "no trusted certificates"},
+      {"signature stripped, trust given", evidenceFileToJson(stripped), trusting(certificates->root), Verdict::Unsigned,
+       "not signed"},
+      {"signature stripped, no trust", evidenceFileToJson(stripped), {}, Verdict::Unsigned, "not signed"},
+      {"a look-alike self-made signer", sealedBy(certificates->lookAlike, certificates->strangerRoot.certificate),
+       trusting(certificates->root), Verdict::Untrusted, "unknown issuer"},
+      {"a look-alike without trust", sealedBy(certificates->lookAlike, ""), {}, Verdict::Untrusted, "no trusted"},
+      {"a code-signing certificate", sealedBy(certificates->codeSigner, intermediate), trusting(certificates->root),
+       Verdict::Untrusted, "Code Signing"},
+      {"a TLS client certificate", sealedBy(certificates->tlsClient, intermediate), trusting(certificates->root),
+       Verdict::Untrusted, "TLS Web Client Authentication"},
+      {"the intermediate left out", sealedBy(certificates->signer, ""), trusting(certificates->root),
+       Verdict::Untrusted, "unknown issuer"},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    EvidenceVerification report = verifyEvidence(c.sealed, kDocument, c.options);
+    EXPECT_EQ(report.verdict, c.verdict) << report.reason;
+    EXPECT_NE(report.reason.find(c.reasonMentions), std::string::npos) << report.reason;
+  }
+  // An expired signer, or one not made for signing, cannot seal.
+  for (const TestIdentity* signer : {&certificates->expiredSigner, &certificates->codeSigner}) {
+    EvidenceSealRequest asked = request(certificates->rsaExaminer.certificate);
+    asked.manifestSigner = {signer->certificate, signer->key, intermediate};
+    EvidenceError error;
+    EXPECT_FALSE(sealEvidence(asked, &error));
+    EXPECT_EQ(error.code, EvidenceErrorCode::CertificateRejected) << error.message;
+  }
 }
 
-TEST_F(Evidence, BadKeysAndEmptyRecordsAreRefusedWithAReason) {
-  std::string error;
-  EvidenceSealRequest noExaminer = request("rsa.pem");
-  noExaminer.examinerCertificate = "-----BEGIN CERTIFICATE-----\ngarbage\n-----END CERTIFICATE-----\n";
-  EXPECT_FALSE(sealEvidence(noExaminer, &error));
-  EXPECT_NE(error.find("does not read"), std::string::npos) << error;
-  EvidenceSealRequest wrongSignerKey = request("rsa.pem");
-  wrongSignerKey.signerKey = file("stranger.key");
-  EXPECT_FALSE(sealEvidence(wrongSignerKey, &error));
-  EXPECT_EQ(error.rfind("the signer's key is not the certificate's", 0), 0u) << error;
-  EvidenceSealRequest empty = request("rsa.pem");
-  empty.record.strokes = std::make_shared<QnStrokeList>();
-  EXPECT_FALSE(sealEvidence(empty, &error));
-  EXPECT_FALSE(openEvidence("{}", file("rsa.key"), &error));
-  EXPECT_FALSE(openEvidence(*sealEvidence(request("rsa.pem"), nullptr), "garbage key", &error));
-  EXPECT_NE(error.find("private key does not read"), std::string::npos) << error;
+TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOrSigning) {
+  const TestIdentity& examiner = certificates->ecExaminer;
+  std::string sealed = seal(request(examiner.certificate));
+  EvidenceError error;
+  EXPECT_FALSE(openEvidence(sealed, examiner.key, {}, &error));  // no trust given: untrusted
+  EXPECT_EQ(error.code, EvidenceErrorCode::Untrusted) << error.message;
+  ASSERT_TRUE(openEvidence(sealed, examiner.key, trusting(certificates->root), &error, nullptr, kDocument));
+  EXPECT_FALSE(openEvidence(sealed, examiner.key, trusting(certificates->root), &error, nullptr, kDocument + "x"));
+  EXPECT_EQ(error.code, EvidenceErrorCode::Tampered);
+
+  // Whoever holds the application's key moves another signing's envelope under this manifest, or this
+  // signing's strokes under a manifest for another document, and signs the manifest again.
+  EvidenceSealRequest otherSigning = request(examiner.certificate);
+  otherSigning.record = record(60, "FFEE0011");
+  EvidenceSealRequest otherDocument = request(examiner.certificate, "%PDF-1.4 another contract\n");
+  auto transplanted = [&](const std::string& from, const std::string& into) {
+    EvidenceFile donor = *evidenceFileFromJson(from, nullptr), file = *evidenceFileFromJson(into, nullptr);
+    file.biometricData = donor.biometricData;
+    file.manifest.replace(file.manifest.find(sha256Hex(evidenceFileFromJson(into, nullptr)->biometricData)), 64,
+                          sha256Hex(donor.biometricData));
+    file.manifestSha256 = sha256Hex(file.manifest);
+    file.manifestSignature = cms::signDetached(
+        file.manifest,
+        {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
+        nullptr);
+    return evidenceFileToJson(file);
+  };
+  std::string swappedStrokes = transplanted(seal(otherSigning), sealed);
+  EXPECT_TRUE(verifyEvidence(swappedStrokes, kDocument, trusting(certificates->root)).valid());  // the digests agree
+  EXPECT_FALSE(openEvidence(swappedStrokes, examiner.key, trusting(certificates->root), &error));
+  EXPECT_EQ(error.code, EvidenceErrorCode::Tampered);
+  EXPECT_EQ(error.message, "the biometric data was sealed with another signing");
+  std::string reboundStrokes = transplanted(sealed, seal(otherDocument));
+  EXPECT_FALSE(openEvidence(reboundStrokes, examiner.key, trusting(certificates->root), &error));
+  EXPECT_EQ(error.message, "the biometric data was sealed for another document");
+}
+
+TEST_F(Evidence, AlgorithmsThisLibraryDoesNotWriteAreRefusedByName) {
+  std::string sealed = seal(request(certificates->rsaExaminer.certificate));
+  std::string plain = save("plain.json", "{}"),
+              examiner = save("rsa-examiner.pem", certificates->rsaExaminer.certificate);
+  struct Weak {
+    const char* options;
+    const char* name;
+  };
+  for (const Weak& weak :
+       {Weak{"-des3", "des-ede3-cbc"}, Weak{"-aes-256-cbc", "aes-256-cbc"}, Weak{"-aes-256-gcm", "rsaEncryption"}}) {
+    SCOPED_TRACE(weak.options);
+    std::string der = outputOf("openssl cms -encrypt -binary -outform DER " + std::string(weak.options) + " -in " +
+                               plain + " " + examiner);
+    ASSERT_FALSE(der.empty());
+    EvidenceFile file = *evidenceFileFromJson(sealed, nullptr);
+    std::string oldDigest = sha256Hex(file.biometricData);
+    file.biometricData = der;
+    file.manifest.replace(file.manifest.find(oldDigest), 64, sha256Hex(der));
+    file.manifestSha256 = sha256Hex(file.manifest);
+    file.manifestSignature = cms::signDetached(
+        file.manifest,
+        {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
+        nullptr);
+    EvidenceError error;
+    EXPECT_FALSE(
+        openEvidence(evidenceFileToJson(file), certificates->rsaExaminer.key, trusting(certificates->root), &error));
+    EXPECT_EQ(error.code, EvidenceErrorCode::UnsupportedAlgorithm);
+    EXPECT_NE(error.message.find(weak.name), std::string::npos) << error.message;
+  }
+  EvidenceFile parts = *evidenceFileFromJson(sealed, nullptr);
+  std::string manifest = save("weak-manifest.json", parts.manifest),
+              cert = save("signer.pem", certificates->signer.certificate),
+              key = save("signer.key", certificates->signer.key);
+  for (const char* digest : {"sha1", "md5"}) {
+    SCOPED_TRACE(digest);
+    EvidenceFile file = parts;
+    file.manifestSignature = outputOf("openssl cms -sign -binary -outform DER -noattr -md " + std::string(digest) +
+                                      " -in " + manifest + " -signer " + cert + " -inkey " + key);
+    EvidenceVerification report = verifyEvidence(evidenceFileToJson(file), kDocument, trusting(certificates->root));
+    EXPECT_EQ(report.verdict, Verdict::Untrusted);
+    EXPECT_NE(report.reason.find(digest), std::string::npos) << report.reason;
+  }
+}
+
+TEST_F(Evidence, SealingRefusesDamagedExaminersImagesThatAreNotPngsEmptyDocumentsAndWhatCouldNotBeReadBack) {
+  // One byte of the RSA examiner's modulus changed: the certificate still reads, its self-signature fails.
+  std::string damaged = certificates->rsaExaminer.certificate;
+  size_t inModulus = damaged.find("MII") + 400;
+  damaged[inModulus] = damaged[inModulus] == 'A' ? 'B' : 'A';
+  struct Case {
+    const char* name;
+    std::function<void(EvidenceSealRequest&)> change;
+    EvidenceErrorCode code;
+  };
+  const std::vector<Case> cases{
+      {"damaged examiner", [&](EvidenceSealRequest& r) { r.examinerCertificate = damaged; }, EvidenceErrorCode::BadKey},
+      {"garbage examiner", [](EvidenceSealRequest& r) { r.examinerCertificate = "-----BEGIN CERTIFICATE-----\nx\n"; },
+       EvidenceErrorCode::BadKey},
+      {"image not a PNG", [](EvidenceSealRequest& r) { r.record.png = {'G', 'I', 'F', '8', '9', 'a'}; },
+       EvidenceErrorCode::InvalidArgument},
+      {"image larger than a reader takes",
+       [](EvidenceSealRequest& r) {
+         r.record.png = kPng;  // a header claiming 20,000 x 20,000 pixels
+         r.record.png[18] = r.record.png[22] = 0x4e, r.record.png[19] = r.record.png[23] = 0x20;
+       },
+       EvidenceErrorCode::InvalidArgument},
+      {"empty document", [](EvidenceSealRequest& r) { r.documentSize = 0, r.documentSha256 = documentSha256Of(""); },
+       EvidenceErrorCode::InvalidArgument},
+      {"no strokes", [](EvidenceSealRequest& r) { r.record.strokes = std::make_shared<QnStrokeList>(); },
+       EvidenceErrorCode::InvalidArgument},
+      {"signer's key not the certificate's",
+       [](EvidenceSealRequest& r) { r.manifestSigner.key = certificates->ecSigner.key; }, EvidenceErrorCode::BadKey},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.name);
+    EvidenceSealRequest asked = request(certificates->rsaExaminer.certificate);
+    c.change(asked);
+    EvidenceError error;
+    EXPECT_FALSE(sealEvidence(asked, &error));
+    EXPECT_EQ(error.code, c.code) << error.message;
+    EXPECT_EQ(error.message.find('\n'), std::string::npos);
+  }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // Signature evidence: a record bound to the document it signs, its biometric data sealed for an
-// examiner, checked later piece by piece, opened by the examiner alone, and stamped into a PDF.
+// examiner together with the document's digest, checked later piece by piece, and opened by the
+// examiner alone. <scrivlet/pdf_signature.h> puts it into a PDF under a standard PDF signature.
 #pragma once
 
 #include <scrivlet/evidence_export.h>
@@ -14,43 +15,101 @@
 
 namespace scrivlet {
 
-// The sealed file (version 1) is one JSON object, every binary part in Base64:
-//   {"format": "scrivlet-evidence", "version": 1,
+// The sealed file (version 2) is one JSON object, every binary part in Base64:
+//   {"format": "scrivlet-evidence", "version": 2,
 //    "manifest": <the manifest's bytes>, "manifestSha256": "<hex>",
 //    "manifestSignature": <CMS SignedData over the manifest's bytes, detached, DER; absent if unsigned>,
 //    "image": <the signature's PNG>,
-//    "biometricData": <CMS AuthEnvelopedData (AES-256-GCM) of the strokes document, DER>}
-// The manifest is a JSON object binding the SHA-256 (hex) and size of the document, the SHA-256 of the
-// image and of the enveloped biometric data, the record's hash, time and device, and the library:
-//   {"format": "scrivlet-evidence-manifest", "version": 1,
+//    "biometricData": <CMS AuthEnvelopedData (AES-256-GCM) of the biometric document, DER>}
+// The manifest binds the SHA-256 (hex) and size of the document, the SHA-256 of the image and of the
+// enveloped biometric data, the record's hash, time and device, and the library:
+//   {"format": "scrivlet-evidence-manifest", "version": 2,
 //    "document": {"sha256", "size", "name"}, "image": {"sha256", "mediaType"},
 //    "biometricData": {"sha256", "mediaType", "content"},
-//    "signature": {"hash", "timestamp", "time"}, "device": {"model", "screenScale", "pixelsPerInch"},
+//    "signature": {"hash", "timestamp"}, "device": {"model", "screenScale", "pixelsPerInch"},
 //    "library": {"name", "version"}, "sealedAt"}
-inline constexpr const char* kEvidenceAttachmentName = "scrivlet-evidence.json";
+// The biometric document, the envelope's plaintext, holds the strokes beside what they were given
+// for, so that they cannot be bound to another document even by whoever can sign manifests:
+//   {"format": "scrivlet-biometric-data", "version": 1, "document": {"sha256", "size"},
+//    "imageSha256", "record": <a record file without its image>}
+
+// Why an operation did not give its result: a code to act on and one line to show.
+enum class EvidenceErrorCode {
+  None,
+  InvalidArgument,       // a request that cannot be carried out as given (no strokes, a bad rectangle)
+  Unreadable,            // an input that does not read as what it should be, or is too large
+  UnsupportedAlgorithm,  // made with an algorithm this library does not accept
+  BadKey,                // a key or certificate that does not read, is damaged, or does not match
+  CertificateRejected,   // a certificate expired, not yet valid, or not made for signing
+  NotThisDocument,       // evidence sealed for another document
+  Tampered,              // a part changed since it was sealed or signed
+  Untrusted,             // a signer that does not chain to a trusted certificate
+  Unsigned,              // no signature where one is required
+  TimeStampFailed,       // the time-stamping authority gave no usable token
+  Failed,                // anything else (out of memory, a library that failed)
+};
+
+struct EvidenceError {
+  EvidenceErrorCode code = EvidenceErrorCode::None;
+  std::string message;  // one line, no newline
+};
+
+// What a verification concluded, from best to worst: the first that applies names the failure.
+enum class EvidenceVerdict {
+  Valid,                 // every check passed and the signer chains to a trusted certificate
+  Unreadable,            // not a sealed file or signed PDF this library reads
+  Unsigned,              // intact but not signed (or not signed where a signature is required)
+  Untrusted,             // signed and intact, but the signer is not trusted (or no trust was given)
+  ModifiedAfterSigning,  // a signed PDF changed by a later revision that is not a signature
+  Tampered,              // a signature, digest or document does not match
+};
+// "valid", "unreadable", "unsigned", "untrusted", "modified after signing", "tampered".
+SCRIVLET_EVIDENCE_EXPORT const char* evidenceVerdictName(EvidenceVerdict verdict);
+
+// The certificates and key that sign (PEM): the signer's certificate, its private key (not protected
+// by a pass phrase), and the intermediate certificates up to, not including, the root.
+struct EvidenceSigner {
+  std::string certificate, key, chain;
+};
 
 struct EvidenceSealRequest {
   RecordFile record;                         // the strokes, image, hash, time and device
   std::array<uint8_t, 32> documentSha256{};  // of the document signed, as its bytes stand
-  uint64_t documentSize = 0;
-  std::string documentName;         // for the reader; not checked
-  std::string examinerCertificate;  // X.509 (PEM or DER), or a PEM public key: RSA or EC
-  std::string signerCertificate;    // with signerKey (PEM both): the manifest is signed
-  std::string signerKey;
+  uint64_t documentSize = 0;                 // at least one byte
+  std::string documentName;                  // for the reader; not checked
+  std::string examinerCertificate;           // X.509 (PEM or DER), or a PEM public key: RSA or EC
+  EvidenceSigner manifestSigner;             // optional: with a certificate and key, the manifest is signed
 };
 
 // The SHA-256 of a document's bytes, for a request.
 SCRIVLET_EVIDENCE_EXPORT std::array<uint8_t, 32> documentSha256Of(std::string_view document);
 
-// The sealed file, or nothing with the reason in *error. No plaintext biometric data is written
-// anywhere on the way.
+// The sealed file, or nothing with the reason in *error. The record's image must be a PNG; the
+// examiner's certificate must be intact (its self-signature, its key) and the signer's valid for
+// signing now. No plaintext biometric data is written anywhere on the way.
 SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealEvidence(const EvidenceSealRequest& request,
-                                                                 std::string* error);
+                                                                 EvidenceError* error);
+
+// Sealing on the device that captured the signature, at the moment of signing: the record as the
+// session or the pad delivered it, the document's bytes as the signer saw them, and the examiner's
+// certificate. The plain strokes need never leave the device.
+SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealSignatureForDocument(
+    const QnSignature& record, std::string_view document, std::string_view documentName,
+    std::string_view examinerCertificate, const EvidenceSigner& manifestSigner, EvidenceError* error);
 
 struct EvidenceCheck {
-  std::string name;  // "container", "manifest", "manifest signature", "document", "image", "biometric data"
+  // "container", "manifest", "manifest signature", "signer", "document", "image", "biometric data"
+  std::string name;
   bool passed = false;
-  std::string detail;  // one line: what was found
+  std::string detail;                                   // one line: what was found
+  EvidenceVerdict failure = EvidenceVerdict::Tampered;  // what a failure of this check means
+};
+
+// Only a signature whose signer chains to a trusted certificate makes evidence "valid": without trusted
+// certificates the best verdict is "untrusted", and unsigned evidence is "unsigned".
+struct EvidenceVerifyOptions {
+  std::string trustedCertificates;  // PEM: the signers' (and time-stamping authorities') anchors
+  bool allowLaterChanges = false;   // a signed PDF changed after signing is reported, but not failed
 };
 
 struct SCRIVLET_EVIDENCE_EXPORT EvidenceVerification {
@@ -60,40 +119,29 @@ struct SCRIVLET_EVIDENCE_EXPORT EvidenceVerification {
   std::string hash;                   // what the manifest says of the signing
   double timestamp = 0;
   CaptureDevice device;
-  // Every check passed (an unsigned manifest has no signature check, and may still pass).
-  bool valid() const;
+  EvidenceVerdict verdict = EvidenceVerdict::Unreadable;
+  std::string reason;  // the worst failed check's name and detail: why the verdict is not "valid"
+  bool valid() const { return verdict == EvidenceVerdict::Valid; }
 };
 
-// Each check of the sealed file against the document, separately. With trusted certificates (PEM)
-// the manifest's signer must chain to one of them. A stamped PDF is checked by its revision before
-// stamping. Garbage gives a failed "container" check, never a crash.
+// Each check of the sealed file against the document, whose bytes must be exactly those sealed. A
+// signed manifest is valid only when its signer chains to options.trustedCertificates; an unsigned
+// one is "unsigned". Garbage gives a failed "container" check, never a crash.
 SCRIVLET_EVIDENCE_EXPORT EvidenceVerification verifyEvidence(std::string_view sealed, std::string_view document,
-                                                             std::string_view trustedCertificates = {});
+                                                             const EvidenceVerifyOptions& options = {});
 
-// The record sealed in the file: the biometric data opened with the examiner's private key (PEM or
-// DER), with the manifest's hash, time and device and the sealed image; nothing, with the reason in
-// *error, when the key does not open it or any part was changed.
+// The record sealed in the file, opened with the examiner's private key (PEM or DER): the strokes,
+// with the manifest's hash, time and device and the sealed image. The file is checked first as
+// verifyEvidence checks it (without a document, the document check is left out), and the
+// plaintext's document digest and record hash must be the manifest's. Nothing, with the reason in
+// *error, otherwise; `verification` (if given) receives the checks.
 SCRIVLET_EVIDENCE_EXPORT std::optional<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey,
-                                                                std::string* error);
+                                                                const EvidenceVerifyOptions& options,
+                                                                EvidenceError* error,
+                                                                EvidenceVerification* verification = nullptr,
+                                                                std::optional<std::string_view> document = {});
 
-// Where a stamped signature goes: a page (1 = first) and a rectangle in PDF points in the page's
-// default user space (origin at the bottom left, y up).
-struct PdfStampPlacement {
-  int page = 1;
-  double x = 0, y = 0, width = 0, height = 0;
-};
-
-// The PDF with the sealed file's image drawn in the rectangle (as large as its proportions allow,
-// centred) and the sealed file attached (as
-// kEvidenceAttachmentName), appended as an incremental update: the document the seal binds stays the
-// first bytes of the result, so the stamped PDF still verifies. Nothing, with the reason in *error,
-// when the PDF or the sealed file cannot be used or the PDF is not the one sealed.
-SCRIVLET_EVIDENCE_EXPORT std::optional<std::vector<uint8_t>> stampEvidenceIntoPdf(std::string_view pdf,
-                                                                                  std::string_view sealed,
-                                                                                  const PdfStampPlacement& placement,
-                                                                                  std::string* error);
-
-// The sealed file attached to a stamped PDF, if any.
-SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> evidenceAttachedToPdf(std::string_view pdf);
+// A verification as one JSON object (for --json): verdict, reason and every check.
+SCRIVLET_EVIDENCE_EXPORT std::string evidenceVerificationToJson(const EvidenceVerification& verification);
 
 }  // namespace scrivlet

@@ -1,33 +1,45 @@
-// The CMS operations sealed evidence is made of, over OpenSSL: enveloping to an examiner (AES-256-GCM,
-// RSA-OAEP or ECDH), opening with the examiner's key, detached signatures and their verification.
+// The CMS operations evidence is made of, over OpenSSL: enveloping to an examiner (AES-256-GCM,
+// RSA-OAEP or ECDH with SHA-256), opening with the examiner's key, detached signatures (CAdES for
+// PDFs, with a time-stamp on request) and their verification.
 #pragma once
 
+#include <scrivlet/evidence.h>
+
+#include <ctime>
 #include <optional>
 #include <string>
 #include <string_view>
 
 namespace scrivlet::cms {
 
-// Every operation answers nothing on failure and puts a one-line reason in *error.
-
 // AuthEnvelopedData (DER) of the content for the recipient: a PEM or DER X.509 certificate, or a PEM
-// public key (then identified by its key identifier).
-std::optional<std::string> envelope(std::string_view content, std::string_view recipient, std::string* error);
-// The content of such an envelope, opened with the recipient's PEM or DER private key.
-std::optional<std::string> openEnvelope(std::string_view der, std::string_view privateKey, std::string* error);
+// public key (then identified by its key identifier). The recipient is checked first, and the
+// envelope is read back before it is given.
+std::optional<std::string> envelope(std::string_view content, std::string_view recipient, EvidenceError* error);
+// The content of such an envelope, opened with the recipient's PEM or DER private key; an envelope
+// made with other algorithms is refused unopened.
+std::optional<std::string> openEnvelope(std::string_view der, std::string_view privateKey, EvidenceError* error);
 
-// SignedData (DER) over the content, detached, by the PEM certificate and its PEM private key.
-std::optional<std::string> signDetached(std::string_view content, std::string_view certificate,
-                                        std::string_view privateKey, std::string* error);
+// SignedData (DER) over the content, detached, SHA-256, by the signer (checked first), its chain
+// included. `cades` adds the signing-certificate-v2 attribute and leaves out the signing time (PAdES
+// keeps it in /M); `timeStampUrl` adds a time-stamp token over the signature value as an unsigned
+// attribute.
+std::optional<std::string> signDetached(std::string_view content, const EvidenceSigner& signer, bool cades,
+                                        const std::string& timeStampUrl, EvidenceError* error);
 
 struct SignatureCheck {
-  bool valid = false;     // the signature is over the content, by the certificate it names
-  bool chainChecked = false;  // and the certificate chains to one of the trusted certificates
-  std::string signer;     // the signer's subject, one line
-  std::string reason;     // why not, when not valid
+  EvidenceVerdict verdict = EvidenceVerdict::Unreadable;  // Valid, Untrusted, Tampered or Unreadable
+  std::string reason;                                     // why not Valid
+  std::string signer;                                     // the signer's subject, one line
+  time_t signingTime = 0;  // the time-stamp's time, else the signed signing time, else now
+  bool timeStamped = false;
+  bool signingCertificateV2 = false;  // the CAdES attribute naming the signer's certificate
+  std::string timeStampDetail;        // what the time-stamp check found
 };
-// Checks a detached signature. With trusted certificates (PEM, one or more) the signer's certificate
-// must chain to one of them; without, only the signature itself is checked.
-SignatureCheck verifyDetached(std::string_view der, std::string_view content, std::string_view trusted);
+// Checks a detached signature over the content: its algorithms, the signature itself, its time-stamp
+// if any, and the signer's chain to the trusted certificates (PEM) at the signing time: the
+// time-stamp's, else the signing-time attribute's, else `claimedTime` (a PDF's /M) when given, else now.
+SignatureCheck verifyDetached(std::string_view der, std::string_view content, std::string_view trusted,
+                              time_t claimedTime = 0);
 
 }  // namespace scrivlet::cms

@@ -1,175 +1,259 @@
 // Sealing a record with its document, verifying a sealed file piece by piece, and opening it.
 #include <scrivlet/evidence.h>
 
-#include <scrivlet/stroke_json.h>
-
 #include "evidence/cms.h"
-#include "evidence/evidence_file.h"
+#include "evidence/sealed_evidence.h"
+#include "evidence/signature_image.h"
 #include "platform/clock.h"
 #include "platform/crypto.h"
 
+#include <nlohmann/json.hpp>
 #include <openssl/crypto.h>
 
-#include <cstdio>
+#include <map>
 
 namespace scrivlet {
 
 namespace {
 
-// Sealed files larger than this are refused unread.
-constexpr size_t kLargestSealedFile = size_t(256) << 20;
+using Code = EvidenceErrorCode;
+using Verdict = EvidenceVerdict;
+
+template <class T>
+std::optional<T> failWith(EvidenceError* error, Code code, const std::string& why) {
+  if (error) *error = {code, why};
+  return std::nullopt;
+}
 
 std::string_view bytesOf(const std::vector<uint8_t>& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-template <class T>
-std::optional<T> failWith(std::string* error, const std::string& why) {
-  if (error) *error = why;
-  return std::nullopt;
-}
-
-// The sealed file and its manifest, once the manifest is known to be the one the file names.
-struct ReadEvidence {
-  EvidenceFile file;
-  EvidenceManifest manifest;
-};
-
-std::optional<ReadEvidence> readEvidence(std::string_view sealed, EvidenceVerification& report) {
-  auto check = [&](const char* name, bool passed, std::string detail) {
-    report.checks.push_back({name, passed, std::move(detail)});
-    return passed;
-  };
-  std::string error;
-  std::optional<EvidenceFile> file;
-  if (sealed.size() > kLargestSealedFile) error = "the file is larger than any sealed file";
-  else file = evidenceFileFromJson(sealed, &error);
-  if (!check("container", bool(file), file ? "a sealed evidence file, version 1" : error)) return std::nullopt;
-  bool untouched = sameDigest(sha256Hex(file->manifest), file->manifestSha256);
-  std::optional<EvidenceManifest> manifest;
-  if (untouched) manifest = manifestFromJson(file->manifest, &error);
-  if (!check("manifest", bool(manifest),
-             !untouched ? "the manifest does not match its SHA-256: it was changed"
-             : manifest ? "the manifest matches its SHA-256"
-                        : error))
-    return std::nullopt;
-  return ReadEvidence{std::move(*file), std::move(*manifest)};
-}
-
-std::string documentCheck(std::string_view document, const EvidenceManifest& manifest, bool& passed) {
-  passed = true;
-  if (sameDigest(sha256Hex(document), manifest.documentSha256)) return "the document is the one signed";
-  // A stamped PDF keeps the document signed as its first bytes, and appends the stamp as a revision;
-  // the revisions added after it are counted, so that a reader sees when there is more than the stamp.
-  if (document.size() > manifest.documentSize &&
-      sameDigest(sha256Hex(document.substr(0, manifest.documentSize)), manifest.documentSha256)) {
-    std::string_view added = document.substr(manifest.documentSize);
-    size_t revisions = 0;
-    for (size_t at = added.find("%%EOF"); at != std::string_view::npos; at = added.find("%%EOF", at + 5)) ++revisions;
-    return "the document's first " + std::to_string(manifest.documentSize) + " bytes are the one signed; " +
-           std::to_string(added.size()) + " bytes in " + std::to_string(revisions) +
-           (revisions == 1 ? " revision were" : " revisions were") + " added after (a stamp is one)";
-  }
-  passed = false;
-  return "the document is not the one signed";
+EvidenceCheck check(const char* name, bool passed, std::string detail, Verdict failure = Verdict::Tampered) {
+  return {name, passed, std::move(detail), failure};
 }
 
 }  // namespace
 
-bool EvidenceVerification::valid() const {
-  if (checks.empty()) return false;
-  for (const EvidenceCheck& check : checks)
-    if (!check.passed) return false;
-  return true;
-}
-
-std::array<uint8_t, 32> documentSha256Of(std::string_view document) { return sha256Digest(document); }
-
-std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, std::string* error) {
-  if (!request.record.strokes || request.record.strokes->empty())
-    return failWith<std::string>(error, "the record has no strokes");
-  if (request.record.png.empty()) return failWith<std::string>(error, "the record has no image");
-  // The biometric data exists in plain text only in memory, on its way into the envelope.
-  std::string strokes = strokesToJson(request.record.strokes);
-  std::optional<std::string> biometric = cms::envelope(strokes, request.examinerCertificate, error);
-  OPENSSL_cleanse(strokes.data(), strokes.size());
-  if (!biometric) return std::nullopt;
-
-  EvidenceFile file;
-  file.image.assign(bytesOf(request.record.png));
-  file.biometricData = std::move(*biometric);
-  EvidenceManifest manifest;
-  manifest.documentSha256 = hexString(request.documentSha256);
-  manifest.documentSize = request.documentSize;
-  manifest.documentName = request.documentName;
-  manifest.imageSha256 = sha256Hex(file.image);
-  manifest.biometricSha256 = sha256Hex(file.biometricData);
-  manifest.hash = request.record.hash;
-  manifest.timestamp = request.record.timestamp;
-  manifest.device = request.record.device;
-  manifest.libraryVersion = SCRIVLET_VERSION_TEXT;
-  manifest.sealedAt = utcDateString(QnClock::now(), "yyyy-MM-dd'T'HH:mm:ss'Z'");
-  file.manifest = manifestToJson(manifest);
-  file.manifestSha256 = sha256Hex(file.manifest);
-
-  bool signs = !request.signerCertificate.empty() || !request.signerKey.empty();
-  if (signs) {
-    file.manifestSignature = cms::signDetached(file.manifest, request.signerCertificate, request.signerKey, error);
-    if (!file.manifestSignature) return std::nullopt;
+const char* evidenceVerdictName(EvidenceVerdict verdict) {
+  switch (verdict) {
+    case Verdict::Valid: return "valid";
+    case Verdict::Unreadable: return "unreadable";
+    case Verdict::Unsigned: return "unsigned";
+    case Verdict::Untrusted: return "untrusted";
+    case Verdict::ModifiedAfterSigning: return "modified after signing";
+    case Verdict::Tampered: return "tampered";
   }
-  return evidenceFileToJson(file);
+  return "unreadable";
 }
 
-EvidenceVerification verifyEvidence(std::string_view sealed, std::string_view document,
-                                    std::string_view trustedCertificates) {
-  EvidenceVerification report;
-  std::optional<ReadEvidence> read = readEvidence(sealed, report);
-  if (!read) return report;
+std::pair<EvidenceVerdict, std::string> worstOf(const std::vector<EvidenceCheck>& checks) {
+  std::pair<EvidenceVerdict, std::string> worst{checks.empty() ? Verdict::Unreadable : Verdict::Valid, ""};
+  for (const EvidenceCheck& c : checks)
+    if (!c.passed && c.failure > worst.first) worst = {c.failure, c.name + ": " + c.detail};
+  return worst;
+}
+
+void concludeVerification(EvidenceVerification& report) {
+  std::tie(report.verdict, report.reason) = worstOf(report.checks);
+}
+
+std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::string_view trusted,
+                                                bool signatureRequired, const DocumentCheck& document,
+                                                EvidenceVerification& report) {
+  std::string error;
+  std::optional<EvidenceFile> file;
+  if (sealed.size() > kLargestSealedFile)
+    error = "the file is larger than any sealed file";
+  else
+    file = evidenceFileFromJson(sealed, &error);
+  report.checks.push_back(
+      check("container", bool(file), file ? "a sealed evidence file, version 2" : error, Verdict::Unreadable));
+  std::optional<ReadEvidence> read;
+  if (file) {
+    bool untouched = sameDigest(sha256Hex(file->manifest), file->manifestSha256);
+    std::optional<EvidenceManifest> manifest;
+    if (untouched) manifest = manifestFromJson(file->manifest, &error);
+    report.checks.push_back(check("manifest", bool(manifest),
+                                  !untouched ? "the manifest does not match its SHA-256: it was changed"
+                                  : manifest ? "the manifest matches its SHA-256"
+                                             : error));
+    if (manifest) read = ReadEvidence{std::move(*file), std::move(*manifest)};
+  }
+  if (!read) {
+    concludeVerification(report);
+    return std::nullopt;
+  }
   const EvidenceManifest& manifest = read->manifest;
   report.hash = manifest.hash;
   report.timestamp = manifest.timestamp;
   report.device = manifest.device;
-
   if (read->file.manifestSignature) {
     report.signedManifest = true;
-    cms::SignatureCheck signature =
-        cms::verifyDetached(*read->file.manifestSignature, read->file.manifest, trustedCertificates);
+    cms::SignatureCheck signature = cms::verifyDetached(*read->file.manifestSignature, read->file.manifest, trusted);
     report.signer = signature.signer;
-    std::string detail = !signature.valid        ? signature.reason
-                         : signature.chainChecked ? "valid, by " + signature.signer + ", a trusted signer"
-                                                  : "valid, by " + signature.signer +
-                                                        " (not checked against trusted certificates)";
-    report.checks.push_back({"manifest signature", signature.valid, detail});
+    bool intact = !signature.signer.empty();  // the signature was checked up to its signer
+    report.checks.push_back(check("manifest signature", intact,
+                                  intact ? "matches the manifest, signed by " + signature.signer : signature.reason,
+                                  intact ? Verdict::Tampered : signature.verdict));
+    if (intact)
+      report.checks.push_back(check("signer", signature.verdict == Verdict::Valid,
+                                    signature.verdict == Verdict::Valid
+                                        ? signature.signer + " chains to a trusted certificate"
+                                        : signature.reason,
+                                    Verdict::Untrusted));
+  } else if (signatureRequired) {
+    report.checks.push_back(
+        check("manifest signature", false, "the manifest is hashed, not signed", Verdict::Unsigned));
   }
-  bool documentMatches;
-  std::string detail = documentCheck(document, manifest, documentMatches);
-  report.checks.push_back({"document", documentMatches, detail});
+  if (document) report.checks.push_back(document(manifest));
   bool imageMatches = sameDigest(sha256Hex(read->file.image), manifest.imageSha256);
-  report.checks.push_back({"image", imageMatches, imageMatches ? "untouched" : "changed since sealing"});
+  report.checks.push_back(check("image", imageMatches, imageMatches ? "untouched" : "changed since sealing"));
   bool bioMatches = sameDigest(sha256Hex(read->file.biometricData), manifest.biometricSha256);
-  report.checks.push_back({"biometric data", bioMatches, bioMatches ? "untouched" : "changed since sealing"});
+  report.checks.push_back(check("biometric data", bioMatches, bioMatches ? "untouched" : "changed since sealing"));
+  concludeVerification(report);
+  return read;
+}
+
+std::array<uint8_t, 32> documentSha256Of(std::string_view document) { return sha256Digest(document); }
+
+std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, EvidenceError* error) {
+  const RecordFile& record = request.record;
+  if (!record.strokes || record.strokes->empty())
+    return failWith<std::string>(error, Code::InvalidArgument, "the record has no strokes");
+  if (request.documentSize == 0)
+    return failWith<std::string>(error, Code::InvalidArgument, "the document is empty: there is nothing to bind");
+  std::string reason;
+  if (!decodeSignaturePng(bytesOf(record.png), &reason))
+    return failWith<std::string>(error, Code::InvalidArgument, "the record's image: " + reason);
+  bool signs = !request.manifestSigner.certificate.empty() || !request.manifestSigner.key.empty();
+
+  BiometricDocument biometric{hexString(request.documentSha256), request.documentSize, sha256Hex(bytesOf(record.png)),
+                              record};
+  // The biometric data exists in plain text only in memory, on its way into the envelope.
+  std::string plaintext = biometricDocumentToJson(biometric);
+  std::optional<std::string> enveloped = cms::envelope(plaintext, request.examinerCertificate, error);
+  OPENSSL_cleanse(plaintext.data(), plaintext.size());
+  if (!enveloped) return std::nullopt;
+
+  EvidenceFile file;
+  file.image.assign(bytesOf(record.png));
+  file.biometricData = std::move(*enveloped);
+  EvidenceManifest manifest;
+  manifest.documentSha256 = biometric.documentSha256;
+  manifest.documentSize = request.documentSize;
+  manifest.documentName = request.documentName;
+  manifest.imageSha256 = biometric.imageSha256;
+  manifest.biometricSha256 = sha256Hex(file.biometricData);
+  manifest.hash = record.hash;
+  manifest.timestamp = record.timestamp;
+  manifest.device = record.device;
+  manifest.libraryVersion = SCRIVLET_VERSION_TEXT;
+  manifest.sealedAt = utcDateString(QnClock::now(), "yyyy-MM-dd'T'HH:mm:ss'Z'");
+  file.manifest = manifestToJson(manifest);
+  file.manifestSha256 = sha256Hex(file.manifest);
+  if (signs) {
+    file.manifestSignature = cms::signDetached(file.manifest, request.manifestSigner, false, "", error);
+    if (!file.manifestSignature) return std::nullopt;
+  }
+  std::string sealed = evidenceFileToJson(file);
+  if (sealed.size() > kLargestSealedFile)
+    return failWith<std::string>(error, Code::InvalidArgument,
+                                 "the sealed file would be larger than any sealed file is read (256 MiB)");
+  return sealed;
+}
+
+std::optional<std::string> sealSignatureForDocument(const QnSignature& record, std::string_view document,
+                                                    std::string_view documentName, std::string_view examinerCertificate,
+                                                    const EvidenceSigner& manifestSigner, EvidenceError* error) {
+  EvidenceSealRequest request;
+  request.record.strokes = record.rawPoints();
+  if (record.imageData()) request.record.png = *record.imageData();
+  request.record.hash = record.hashString().value_or("");
+  request.record.timestamp = record.timestamp();
+  request.record.frame = record.frame();
+  request.record.device = currentCaptureDevice();
+  request.documentSha256 = documentSha256Of(document);
+  request.documentSize = document.size();
+  request.documentName = documentName;
+  request.examinerCertificate = examinerCertificate;
+  request.manifestSigner = manifestSigner;
+  return sealEvidence(request, error);
+}
+
+// The document must be exactly the one sealed: the same size and digest, nothing added.
+static DocumentCheck exactDocument(std::string_view document) {
+  return [document](const EvidenceManifest& manifest) {
+    if (document.size() == manifest.documentSize && sameDigest(sha256Hex(document), manifest.documentSha256))
+      return check("document", true, "the document is the one sealed");
+    if (document.size() > manifest.documentSize &&
+        sameDigest(sha256Hex(document.substr(0, manifest.documentSize)), manifest.documentSha256))
+      return check(
+          "document", false,
+          std::to_string(document.size() - manifest.documentSize) + " bytes were added after the document sealed");
+    return check("document", false, "the document is not the one sealed");
+  };
+}
+
+EvidenceVerification verifyEvidence(std::string_view sealed, std::string_view document,
+                                    const EvidenceVerifyOptions& options) {
+  EvidenceVerification report;
+  checkSealedEvidence(sealed, options.trustedCertificates, true, exactDocument(document), report);
   return report;
 }
 
-std::optional<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey, std::string* error) {
-  EvidenceVerification report;
-  std::optional<ReadEvidence> read = readEvidence(sealed, report);
-  if (!read) return failWith<RecordFile>(error, report.checks.back().detail);
-  const EvidenceManifest& manifest = read->manifest;
-  if (!sameDigest(sha256Hex(read->file.biometricData), manifest.biometricSha256))
-    return failWith<RecordFile>(error, "the biometric data was changed since sealing");
-  if (!sameDigest(sha256Hex(read->file.image), manifest.imageSha256))
-    return failWith<RecordFile>(error, "the image was changed since sealing");
-  std::optional<std::string> strokes = cms::openEnvelope(read->file.biometricData, examinerKey, error);
-  if (!strokes) return std::nullopt;
-  RecordFile record;
-  record.strokes = strokesFromJson(*strokes);
-  if (!record.strokes) return failWith<RecordFile>(error, "the biometric data does not read as strokes");
-  record.png.assign(read->file.image.begin(), read->file.image.end());
-  record.hash = manifest.hash;
-  record.timestamp = manifest.timestamp;
+std::optional<RecordFile> openCheckedEvidence(const ReadEvidence& evidence, std::string_view examinerKey,
+                                              EvidenceError* error) {
+  std::optional<std::string> plaintext = cms::openEnvelope(evidence.file.biometricData, examinerKey, error);
+  if (!plaintext) return std::nullopt;
+  std::string reason;
+  std::optional<BiometricDocument> biometric = biometricDocumentFromJson(*plaintext, &reason);
+  OPENSSL_cleanse(plaintext->data(), plaintext->size());
+  if (!biometric) return failWith<RecordFile>(error, Code::Unreadable, reason);
+  const EvidenceManifest& manifest = evidence.manifest;
+  if (!sameDigest(biometric->documentSha256, manifest.documentSha256) ||
+      biometric->documentSize != manifest.documentSize)
+    return failWith<RecordFile>(error, Code::Tampered, "the biometric data was sealed for another document");
+  if (!sameDigest(biometric->imageSha256, manifest.imageSha256) || biometric->record.hash != manifest.hash ||
+      biometric->record.timestamp != manifest.timestamp)
+    return failWith<RecordFile>(error, Code::Tampered, "the biometric data was sealed with another signing");
+  RecordFile record = std::move(biometric->record);
+  record.png.assign(evidence.file.image.begin(), evidence.file.image.end());
   record.device = manifest.device;
   return record;
+}
+
+std::optional<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey,
+                                       const EvidenceVerifyOptions& options, EvidenceError* error,
+                                       EvidenceVerification* verification, std::optional<std::string_view> document) {
+  EvidenceVerification report;
+  std::optional<ReadEvidence> read = checkSealedEvidence(sealed, options.trustedCertificates, true,
+                                                         document ? exactDocument(*document) : nullptr, report);
+  if (verification) *verification = report;
+  static const std::map<Verdict, Code> kCodes{{Verdict::Unreadable, Code::Unreadable},
+                                              {Verdict::Unsigned, Code::Unsigned},
+                                              {Verdict::Untrusted, Code::Untrusted},
+                                              {Verdict::ModifiedAfterSigning, Code::Tampered},
+                                              {Verdict::Tampered, Code::Tampered}};
+  if (!report.valid() || !read)
+    return failWith<RecordFile>(
+        error, report.valid() ? Code::Unreadable : kCodes.at(report.verdict),
+        std::string("not opened: the evidence is ") + evidenceVerdictName(report.verdict) + " (" + report.reason + ")");
+  return openCheckedEvidence(*read, examinerKey, error);
+}
+
+std::string evidenceVerificationToJson(const EvidenceVerification& v) {
+  nlohmann::json checks = nlohmann::json::array();
+  for (const EvidenceCheck& c : v.checks)
+    checks.push_back({{"name", c.name}, {"passed", c.passed}, {"detail", c.detail}});
+  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict)},
+                        {"reason", v.reason},
+                        {"signed", v.signedManifest},
+                        {"signer", v.signer},
+                        {"hash", v.hash},
+                        {"timestamp", v.timestamp},
+                        {"checks", std::move(checks)}};
+  return report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
 }
 
 }  // namespace scrivlet

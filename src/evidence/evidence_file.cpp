@@ -17,7 +17,9 @@ using nlohmann::json;
 
 constexpr const char* kFileFormat = "scrivlet-evidence";
 constexpr const char* kManifestFormat = "scrivlet-evidence-manifest";
-constexpr int kVersion = 1;
+constexpr int kVersion = 2;
+constexpr const char* kBiometricFormat = "scrivlet-biometric-data";
+constexpr int kBiometricVersion = 1;
 constexpr const char* kBiometricContent = "application/vnd.scrivlet.strokes+json";
 
 template <class T>
@@ -27,10 +29,32 @@ std::optional<T> refuse(std::string* error, const char* why) {
 }
 
 // The document's format and version, checked.
-bool isDocument(const json& document, const char* format) {
+bool isDocument(const json& document, const char* format, int expectedVersion = kVersion) {
   const json& version = jsonField(document, "version");
-  return jsonField(document, "format") == format && version.is_number_integer() && version == kVersion;
+  return jsonField(document, "format") == format && version.is_number_integer() && version == expectedVersion;
 }
+
+// Whether the JSON text nests arrays and objects deeper than `limit`: refused before anything parses
+// or serializes it recursively. None of this library's documents nests more than six deep.
+bool nestsDeeperThan(std::string_view text, int limit) {
+  int depth = 0;
+  bool inString = false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    char c = text[i];
+    if (inString) {
+      if (c == '\\') ++i;
+      else if (c == '"') inString = false;
+    } else if (c == '"') {
+      inString = true;
+    } else if ((c == '[' || c == '{') && ++depth > limit) {
+      return true;
+    } else if (c == ']' || c == '}') {
+      --depth;
+    }
+  }
+  return false;
+}
+constexpr int kDeepestDocument = 16;
 
 bool isDigest(const json& value) {
   if (!value.is_string() || value.get_ref<const std::string&>().size() != 64) return false;
@@ -59,6 +83,7 @@ std::string manifestToJson(const EvidenceManifest& m) {
 }
 
 std::optional<EvidenceManifest> manifestFromJson(std::string_view text, std::string* error) {
+  if (nestsDeeperThan(text, kDeepestDocument)) return refuse<EvidenceManifest>(error, "the manifest nests too deep");
   json document = json::parse(text, nullptr, false);
   if (document.is_discarded() || !isDocument(document, kManifestFormat))
     return refuse<EvidenceManifest>(error, "the manifest is not a manifest of this version");
@@ -67,12 +92,15 @@ std::optional<EvidenceManifest> manifestFromJson(std::string_view text, std::str
              &device = jsonField(document, "device"), &library = jsonField(document, "library");
   if (!doc.is_object() || !isDigest(jsonField(doc, "sha256")) || !jsonField(doc, "size").is_number_unsigned() ||
       !jsonField(doc, "name").is_string() || !image.is_object() || !isDigest(jsonField(image, "sha256")) ||
-      !bio.is_object() || !isDigest(jsonField(bio, "sha256")) || jsonField(bio, "content") != kBiometricContent ||
+      jsonField(image, "mediaType") != "image/png" || !bio.is_object() || !isDigest(jsonField(bio, "sha256")) ||
+      jsonField(bio, "content") != kBiometricContent || jsonField(bio, "mediaType") != "application/cms" ||
       !signing.is_object() || !jsonField(signing, "hash").is_string() ||
       !isFiniteNumber(jsonField(signing, "timestamp")) || !device.is_object() ||
       !jsonField(device, "model").is_string() || !isFiniteNumber(jsonField(device, "screenScale")) ||
-      !jsonField(device, "pixelsPerInch").is_number_integer() || !library.is_object() ||
-      !jsonField(library, "version").is_string() || !jsonField(document, "sealedAt").is_string())
+      !jsonField(device, "pixelsPerInch").is_number_integer() || jsonField(device, "pixelsPerInch") < 0 ||
+      jsonField(device, "pixelsPerInch") > 1000000 || !library.is_object() ||
+      jsonField(library, "name") != "Scrivlet" || !jsonField(library, "version").is_string() ||
+      !jsonField(document, "sealedAt").is_string())
     return refuse<EvidenceManifest>(error, "the manifest lacks a field or has one of the wrong type");
   EvidenceManifest m;
   auto string = [](const json& object, const char* key) { return jsonField(object, key).get<std::string>(); };
@@ -102,11 +130,12 @@ std::string evidenceFileToJson(const EvidenceFile& file) {
 }
 
 std::optional<EvidenceFile> evidenceFileFromJson(std::string_view text, std::string* error) {
+  if (nestsDeeperThan(text, kDeepestDocument)) return refuse<EvidenceFile>(error, "the sealed file nests too deep");
   json document = json::parse(text, nullptr, false);
   if (document.is_discarded() || !isDocument(document, kFileFormat))
     return refuse<EvidenceFile>(error, "not a sealed evidence file of this version");
   auto binary = [&](const char* key) -> std::optional<std::string> {
-    const json& value = document[key];
+    const json& value = jsonField(document, key);
     return value.is_string() ? base64Decode(value.get_ref<const std::string&>()) : std::nullopt;
   };
   EvidenceFile file;
@@ -122,6 +151,40 @@ std::optional<EvidenceFile> evidenceFileFromJson(std::string_view text, std::str
     if (!file.manifestSignature) return refuse<EvidenceFile>(error, "the manifest's signature is not Base64");
   }
   return file;
+}
+
+std::string biometricDocumentToJson(const BiometricDocument& b) {
+  RecordFile record = b.record;
+  record.png.clear();  // the image travels beside the envelope, bound by its digest
+  json document{{"format", kBiometricFormat},
+                {"version", kBiometricVersion},
+                {"document", {{"sha256", b.documentSha256}, {"size", b.documentSize}}},
+                {"imageSha256", b.imageSha256},
+                {"record", json::parse(recordFileToJson(record))}};
+  return document.dump();
+}
+
+std::optional<BiometricDocument> biometricDocumentFromJson(std::string_view text, std::string* error) {
+  if (nestsDeeperThan(text, kDeepestDocument))
+    return refuse<BiometricDocument>(error, "the biometric document nests too deep");
+  json document = json::parse(text, nullptr, false);
+  if (document.is_discarded() || !isDocument(document, kBiometricFormat, kBiometricVersion))
+    return refuse<BiometricDocument>(error, "the biometric data is not a biometric document of this version");
+  const json &sealedFor = jsonField(document, "document"), &record = jsonField(document, "record");
+  // The record and its strokes name their formats as text: the record reader takes nothing else.
+  const json& strokes = jsonField(record, "strokes");
+  if (!isDigest(jsonField(sealedFor, "sha256")) || !jsonField(sealedFor, "size").is_number_unsigned() ||
+      !isDigest(jsonField(document, "imageSha256")) || !jsonField(record, "format").is_string() ||
+      !jsonField(strokes, "format").is_string())
+    return refuse<BiometricDocument>(error, "the biometric document lacks a field or has one of the wrong type");
+  BiometricDocument b;
+  std::optional<RecordFile> read = recordFromJson(record.dump(), error);
+  if (!read) return std::nullopt;
+  b.documentSha256 = jsonField(sealedFor, "sha256").get<std::string>();
+  b.documentSize = jsonField(sealedFor, "size").get<uint64_t>();
+  b.imageSha256 = jsonField(document, "imageSha256").get<std::string>();
+  b.record = std::move(*read);
+  return b;
 }
 
 std::string sha256Hex(std::string_view bytes) { return hexString(sha256Digest(bytes)); }

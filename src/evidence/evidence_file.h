@@ -24,11 +24,11 @@ struct EvidenceManifest {
 };
 
 struct EvidenceFile {
-  std::string manifest;           // the manifest's bytes, as signed
-  std::string manifestSha256;     // hexadecimal
+  std::string manifest;                          // the manifest's bytes, as signed
+  std::string manifestSha256;                    // hexadecimal
   std::optional<std::string> manifestSignature;  // DER
-  std::string image;              // PNG
-  std::string biometricData;      // DER
+  std::string image;                             // PNG
+  std::string biometricData;                     // DER
 };
 
 std::string manifestToJson(const EvidenceManifest& manifest);
@@ -36,6 +36,16 @@ std::string manifestToJson(const EvidenceManifest& manifest);
 std::optional<EvidenceManifest> manifestFromJson(std::string_view json, std::string* error);
 
 std::string evidenceFileToJson(const EvidenceFile& file);
+
+// What the examiner's envelope holds: the record (its image left out) and what it was sealed for.
+struct BiometricDocument {
+  std::string documentSha256;
+  uint64_t documentSize = 0;
+  std::string imageSha256;
+  RecordFile record;
+};
+std::string biometricDocumentToJson(const BiometricDocument& document);
+std::optional<BiometricDocument> biometricDocumentFromJson(std::string_view json, std::string* error);
 
 // The SHA-256 of the bytes in lower-case hexadecimal, as the manifest keeps digests.
 std::string sha256Hex(std::string_view bytes);

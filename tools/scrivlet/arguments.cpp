@@ -1,11 +1,15 @@
 // Command-line parsing and whole-file input and output for the tool.
 #include "arguments.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
+#include <filesystem>
 
 namespace scrivlet::tool {
 
@@ -55,18 +59,46 @@ Arguments parseArguments(int argc, char** argv, int first, const std::set<std::s
   return arguments;
 }
 
-std::optional<std::string> readFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) return std::nullopt;
-  std::ostringstream bytes;
-  bytes << file.rdbuf();
-  if (file.bad()) return std::nullopt;
-  return std::move(bytes).str();
+std::optional<std::string> readFile(const std::string& path, size_t limit, std::string* error) {
+  int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  struct stat status {};
+  if (descriptor < 0 || fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {
+    if (descriptor >= 0) ::close(descriptor);
+    return *error = "cannot read " + path, std::nullopt;
+  }
+  if (uint64_t(status.st_size) > limit) {
+    ::close(descriptor);
+    return *error = path + " is larger than " + std::to_string(limit >> 20) + " MiB: refused unread", std::nullopt;
+  }
+  std::string bytes(size_t(status.st_size), '\0');
+  size_t done = 0;
+  for (ssize_t got = 1; done < bytes.size() && got > 0; done += size_t(std::max<ssize_t>(got, 0)))
+    got = ::read(descriptor, bytes.data() + done, bytes.size() - done);
+  ::close(descriptor);
+  if (done != bytes.size()) return *error = "cannot read " + path, std::nullopt;
+  return bytes;
 }
 
-bool writeFile(const std::string& path, const void* bytes, size_t size) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
-  return file && file.write(static_cast<const char*>(bytes), std::streamsize(size)) && file.flush();
+bool writeFile(const std::string& path, const void* bytes, size_t size, bool privateFile) {
+  std::string temporary = path + ".XXXXXX";
+  int descriptor = mkstemp(temporary.data());  // made 0600
+  if (descriptor < 0) return false;
+  const char* data = static_cast<const char*>(bytes);
+  size_t done = 0;
+  for (ssize_t wrote = 1; done < size && wrote > 0; done += size_t(std::max<ssize_t>(wrote, 0)))
+    wrote = ::write(descriptor, data + done, size - done);
+  mode_t mask = umask(0);
+  umask(mask);
+  bool written = done == size && fchmod(descriptor, privateFile ? 0600 : (0644 & ~mask)) == 0 && fsync(descriptor) == 0;
+  written = ::close(descriptor) == 0 && written && std::rename(temporary.c_str(), path.c_str()) == 0;
+  if (!written) std::remove(temporary.c_str());
+  return written;
+}
+
+bool sameFile(const std::string& a, const std::string& b) {
+  std::error_code error;
+  if (std::filesystem::equivalent(a, b, error)) return true;
+  return std::filesystem::weakly_canonical(a, error) == std::filesystem::weakly_canonical(b, error);
 }
 
 int failure(const std::string& command, const std::string& reason) {

@@ -26,11 +26,25 @@ struct Arguments {
 Arguments parseArguments(int argc, char** argv, int first, const std::set<std::string>& valued,
                          const std::set<std::string>& flags);
 
-std::optional<std::string> readFile(const std::string& path);
-bool writeFile(const std::string& path, const void* bytes, size_t size);
-inline bool writeFile(const std::string& path, const std::string& text) {
-  return writeFile(path, text.data(), text.size());
+// The file's bytes, when it is a regular file of at most `limit` bytes: the size is checked before
+// anything is read. Nothing, with the reason in *error, otherwise.
+inline constexpr size_t kLargestInput = size_t(512) << 20;
+std::optional<std::string> readFile(const std::string& path, size_t limit, std::string* error);
+inline std::optional<std::string> readFile(const std::string& path) {
+  std::string ignored;
+  return readFile(path, kLargestInput, &ignored);
 }
+
+// Writes through a temporary file beside the target, renamed over it once complete: a reader never
+// sees half a file, and a failed write leaves nothing behind. `privateFile`: readable by the owner
+// alone (0600), for anything holding biometric data; else 0644 less the umask.
+bool writeFile(const std::string& path, const void* bytes, size_t size, bool privateFile = false);
+inline bool writeFile(const std::string& path, const std::string& text, bool privateFile = false) {
+  return writeFile(path, text.data(), text.size(), privateFile);
+}
+
+// Whether two paths name the same file (or would, once the first is written).
+bool sameFile(const std::string& a, const std::string& b);
 
 // Prints "scrivlet COMMAND: reason" on standard error and answers the failing exit status.
 int failure(const std::string& command, const std::string& reason);

@@ -6,10 +6,20 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <map>
 #include <thread>
 
 namespace scrivlet::tool {
+
+std::string collidingStems(const std::vector<std::string>& inputs) {
+  std::map<std::string, std::string> seen;
+  for (const std::string& input : inputs) {
+    auto [at, added] = seen.emplace(std::filesystem::path(input).stem().string(), input);
+    if (!added) return at->second + " and " + input + " would write the same outputs: rename one";
+  }
+  return "";
+}
 
 int defaultJobs() { return std::max(1u, std::thread::hardware_concurrency()); }
 
@@ -30,7 +40,7 @@ int runBatch(const std::vector<std::string>& inputs, int jobs, const std::functi
       if (child < 0) {
         std::fprintf(stderr, "[%zu/%zu] %s: failed (no worker process)\n", ++finished, inputs.size(),
                      inputs[next].c_str());
-        status = 1, ++next;
+        status = std::max(status, 1), ++next;
         continue;
       }
       running[child] = inputs[next++];
@@ -40,8 +50,9 @@ int runBatch(const std::vector<std::string>& inputs, int jobs, const std::functi
     pid_t ended = waitpid(-1, &code, 0);
     auto found = running.find(ended);
     if (found == running.end()) continue;
-    bool ok = WIFEXITED(code) && WEXITSTATUS(code) == 0;
-    status = ok ? status : 1;
+    int exit = WIFEXITED(code) ? WEXITSTATUS(code) : 1;
+    bool ok = exit == 0;
+    status = std::max(status, exit);
     std::fprintf(stderr, "[%zu/%zu] %s: %s\n", ++finished, inputs.size(), found->second.c_str(), ok ? "ok" : "failed");
     running.erase(found);
   }

@@ -8,10 +8,14 @@
 
 namespace scrivlet::tool {
 
-// Runs the job on every input and answers 0 when every one answered 0, else 1. A single input runs in
-// this process. With several, each runs in a child process (the library's signing sessions are one
-// per process), at most `jobs` at once, and a line "[done/total] input: ok" or "failed" is written
-// on standard error as each ends.
+// Inputs whose outputs, named after the input's stem, would land on the same file: one line naming
+// them, or nothing.
+std::string collidingStems(const std::vector<std::string>& inputs);
+
+// Runs the job on every input and answers the highest exit status any answered (0 when all did). A
+// single input runs in this process. With several, each runs in a child process (the library's
+// signing sessions are one per process), at most `jobs` at once, and a line "[done/total] input: ok"
+// or "failed" is written on standard error as each ends.
 int runBatch(const std::vector<std::string>& inputs, int jobs, const std::function<int(const std::string&)>& job);
 
 // The number of cores.

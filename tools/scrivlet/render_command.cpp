@@ -104,6 +104,8 @@ int renderCommand(int argc, char** argv) {
     if (!isOutputFormat(format))
       return failure("render", "unknown format \"" + format + "\" (png, pdf, svg, xml or json)");
 
+  if (std::string collision = collidingStems(args.inputs); !collision.empty() && !args.has("output"))
+    return failure("render", collision);
   if (args.has("out-dir")) {
     std::error_code ignored;  // a folder that cannot be made shows as a file that cannot be written
     std::filesystem::create_directories(args.value("out-dir"), ignored);
@@ -125,6 +127,7 @@ int renderCommand(int argc, char** argv) {
       std::string path = args.has("output")
                              ? args.value("output")
                              : (std::filesystem::path(args.value("out-dir", ".")) / (stem + "." + format)).string();
+      if (sameFile(path, input)) return failure("render", path + " is an input: not written over");
       if (!writeOutput(*record, format, path, &error)) return failure("render", error);
     }
     return 0;

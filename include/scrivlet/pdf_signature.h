@@ -1,0 +1,84 @@
+// A PDF signature (PAdES baseline B-B, or B-T with a time-stamp) that carries the sealed evidence of
+// a handwritten signature, and the verification of every signature of a PDF.
+#pragma once
+
+#include <scrivlet/evidence.h>
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace scrivlet {
+
+// The name of the embedded file that holds a signature's sealed evidence: one per signature field.
+SCRIVLET_EVIDENCE_EXPORT std::string evidenceAttachmentName(std::string_view fieldName);
+
+struct PdfSignatureRequest {
+  // Where the signature is shown: a page (1 = first) and a rectangle in PDF points in the page's
+  // default user space (origin at the bottom left, y up).
+  int page = 1;
+  double x = 0, y = 0, width = 0, height = 0;
+  std::string sealedEvidence;  // the sealed file, sealed with exactly the PDF being signed
+  EvidenceSigner signer;       // the capturing application's certificate, key and chain
+  std::string signerName;      // shown under the image and put in /Name, when not empty
+  bool showDate = false;       // the signing date (UTC) under the image
+  bool showHash = false;       // the record's hash under the image
+  std::string fieldName;       // empty: "Signature1", "Signature2", ... the first free one
+  std::string timeStampUrl;    // an RFC 3161 time-stamping authority (http or https), for B-T
+};
+
+// The PDF with a signature appended as an incremental update: an AcroForm signature field whose widget
+// shows the sealed image in the rectangle (as large as its proportions allow, centred) with the text
+// asked for, the sealed file embedded, and a signature dictionary (/Adobe.PPKLite,
+// /ETSI.CAdES.detached) whose CMS SignedData (SHA-256, signing-certificate-v2, the chain) covers every
+// byte of the result but its own /Contents, the evidence included. Before anything is written the
+// sealed file is checked (intact, its manifest signature valid, sealed with this PDF) and the signer's
+// certificate must be valid for signing now. Nothing, with the reason in *error, otherwise.
+SCRIVLET_EVIDENCE_EXPORT std::optional<std::vector<uint8_t>> signPdf(std::string_view pdf,
+                                                                     const PdfSignatureRequest& request,
+                                                                     EvidenceError* error);
+
+struct PdfSignatureVerification {
+  std::string field;  // the signature field's name
+  EvidenceVerdict verdict = EvidenceVerdict::Unreadable;
+  std::string reason;                 // why the verdict is not "valid"
+  std::vector<EvidenceCheck> checks;  // "byte range", "signature", "signer", "time-stamp", "coverage",
+                                      // "later revisions", then the evidence's own checks
+  std::string signer;                 // the signer's subject
+  std::string signingTime;            // ISO 8601 UTC: the time-stamp's when there is one, else as claimed
+  bool timeStamped = false;
+  bool coversWholeDocument = false;
+  size_t laterRevisions = 0;                     // revisions appended after this signature's
+  std::optional<EvidenceVerification> evidence;  // the sealed evidence this signature carries
+};
+
+struct PdfVerification {
+  EvidenceVerdict verdict = EvidenceVerdict::Unreadable;  // the worst of the signatures'
+  std::string reason;
+  size_t revisions = 0;
+  std::vector<PdfSignatureVerification> signatures;  // in the order they were made
+  bool valid() const { return verdict == EvidenceVerdict::Valid; }
+};
+
+// Every signature of the PDF: its CMS over its byte range, its signer's chain to the trusted
+// certificates (purpose, validity at the signing or time-stamp time), its time-stamp, whether it
+// covers the whole file, what each later revision changes (a later signature is fine; anything else
+// is "modified after signing" unless options.allowLaterChanges), and its sealed evidence as it was
+// in the signed revision. A PDF without signatures is "unsigned".
+SCRIVLET_EVIDENCE_EXPORT PdfVerification verifyPdf(std::string_view pdf, const EvidenceVerifyOptions& options);
+
+// The record sealed with a signature of the PDF (the field's, or the only signature's when no field is
+// named), as the revision it signed holds it, opened with the examiner's key. The PDF must verify
+// first (valid; modified after signing too when options.allowLaterChanges); nothing, with the reason
+// in *error, otherwise. `verification` (if given) receives what verifying found.
+SCRIVLET_EVIDENCE_EXPORT std::optional<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldName,
+                                                                   std::string_view examinerKey,
+                                                                   const EvidenceVerifyOptions& options,
+                                                                   EvidenceError* error,
+                                                                   PdfVerification* verification = nullptr);
+
+SCRIVLET_EVIDENCE_EXPORT std::string pdfVerificationToJson(const PdfVerification& verification);
+
+}  // namespace scrivlet
