@@ -120,7 +120,7 @@ class PdfSignature : public ::testing::Test {
     auto stroke = std::make_shared<QnStroke>();
     for (int i = 0; i < 12; ++i) {
       QnSignaturePoint p;
-      p.location = {firstX + 4.0 * i, 30 + i % 3}, p.timestamp = 0.01 * i, p.pressure = 0.4f, p.id = i;
+      p.location = {firstX + 4.0 * i, 30.0 + i % 3}, p.timestamp = 0.01 * i, p.pressure = 0.4f, p.id = i;
       stroke->push_back(p);
     }
     request.record.strokes = std::make_shared<QnStrokeList>(QnStrokeList{stroke});

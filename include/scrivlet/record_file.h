@@ -17,7 +17,7 @@ namespace scrivlet {
 struct CaptureDevice {
   std::string model;          // the model identifier
   double screenScale = 1;     // pixels per point
-  int pixelsPerInch = 0;      // the screen's density, as the capture's kinematics used it
+  int pixelsPerInch = 0;      // the screen's density, as the capture's kinematics used it; 0 when unknown
 };
 
 // What a record file holds: the strokes, the PNG, the hash, the time and the device.

@@ -82,8 +82,8 @@ std::optional<RecordFile> recordFromJson(std::string_view text, std::string* err
   if (!device.is_object() || !jsonField(device, "model").is_string() ||
       !isFiniteNumber(jsonField(device, "screenScale")) || !jsonField(device, "pixelsPerInch").is_number_integer())
     return refuse(error, "a device without its model, scale or density");
-  // A density is a positive int: one beyond is refused, never narrowed.
-  if (const json& ppi = jsonField(device, "pixelsPerInch"); ppi < 1 || ppi > std::numeric_limits<int>::max())
+  // A density is an int, 0 when unknown: one beyond is refused, never narrowed.
+  if (const json& ppi = jsonField(device, "pixelsPerInch"); ppi < 0 || ppi > std::numeric_limits<int>::max())
     return refuse(error, "a density out of range");
   RecordFile file;
   file.hash = hash.get<std::string>();
