@@ -5,14 +5,15 @@
 #include <scrivlet/stroke_json.h>
 
 #include "capture/dpi_calculator.h"
-#include "host/json_field.h"
+#include "host/json_reading.h"
+#include "host/strokes_reader.h"
 #include "platform/crypto.h"
+#include "platform/log.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <limits>
 
 namespace scrivlet {
 
@@ -22,12 +23,162 @@ using nlohmann::json;
 
 constexpr const char* kFormat = "scrivlet-record";
 constexpr int kVersion = 1;
+// Room for the largest strokes document and an image.
+constexpr size_t kMostRecordBytes = size_t(128) << 20;
 
-std::optional<RecordFile> refuse(std::string* error, const char* why) {
-  if (error)
-    *error = why;
-  else
-    std::fprintf(stderr, "Scrivlet: no record read from JSON: %s\n", why);
+// A record file read event by event; the strokes by a reader of their own.
+class RecordReader : public JsonEventHandler {
+ public:
+  bool take(const JsonEvent& event) override;
+  // Once the document is read: why it is not a record, or nothing.
+  std::optional<LoadError> finish();
+
+  RecordFile file;
+
+ private:
+  enum class Place { start, document, frame, device, strokes, finished };
+  bool member(const JsonEvent& event);
+  bool deviceMember(const JsonEvent& event);
+  bool stop(LoadError::Code code, std::string message) {
+    error = LoadError{code, std::move(message)};
+    return false;
+  }
+  // A member that does not read: the reading goes on, so that another format or version is named.
+  void spoilt(std::string message) {
+    if (!spoilt_) spoilt_ = std::move(message);
+  }
+  void skip(const JsonEvent& event) { skipDepth_ = event.begins() ? 1 : 0; }
+
+  Place place_ = Place::start;
+  int skipDepth_ = 0;
+  std::string key_;
+  bool format_ = false, version_ = false;
+  std::optional<std::string> spoilt_;
+  // Members seen, by their bit: hash, timestamp, frame, png, device, strokes; and the device's.
+  unsigned seen_ = 0, deviceSeen_ = 0;
+  int frameNumbers_ = 0;
+  double frame_[4] = {};
+  StrokesReader strokes_;
+};
+
+enum Member : unsigned { kHash = 1, kTimestamp = 2, kFrame = 4, kPng = 8, kDevice = 16, kStrokes = 32, kAll = 63 };
+enum DeviceMember : unsigned { kModel = 1, kScale = 2, kDensity = 4, kWholeDevice = 7 };
+
+bool isFiniteNumber(const JsonEvent& event) { return event.isNumber() && std::isfinite(event.number); }
+
+bool RecordReader::take(const JsonEvent& event) {
+  if (skipDepth_ > 0) {
+    skipDepth_ += event.begins() ? 1 : event.ends() ? -1 : 0;
+    return true;
+  }
+  switch (place_) {
+    case Place::start:
+      if (event.kind != JsonEvent::Kind::beginObject) return stop(LoadError::Code::notThisFormat, "not a JSON object");
+      place_ = Place::document;
+      return true;
+    case Place::document:
+      if (event.kind == JsonEvent::Kind::key) return key_ = std::move(*event.text), true;
+      if (event.kind == JsonEvent::Kind::endObject) return place_ = Place::finished, true;
+      return member(event);
+    case Place::frame:
+      if (event.kind == JsonEvent::Kind::endArray) {
+        if (frameNumbers_ != 4) spoilt("a frame that is not four numbers");
+        return place_ = Place::document, true;
+      }
+      if (!isFiniteNumber(event) || frameNumbers_ == 4) spoilt("a frame that is not four numbers");
+      else frame_[frameNumbers_++] = event.number;
+      return skip(event), true;
+    case Place::device:
+      if (event.kind == JsonEvent::Kind::key) return key_ = std::move(*event.text), true;
+      if (event.kind == JsonEvent::Kind::endObject) {
+        if (deviceSeen_ != kWholeDevice) spoilt("a device without its model, scale or density");
+        return place_ = Place::document, true;
+      }
+      return deviceMember(event);
+    case Place::strokes:
+      if (!strokes_.take(event)) {
+        LoadError why = *strokes_.error;
+        return stop(why.code == LoadError::Code::tooLarge ? why.code : LoadError::Code::malformed,
+                    "strokes that do not read: " + why.message);
+      }
+      if (strokes_.finished()) {
+        if (!(file.strokes = strokes_.result())) spoilt("strokes that do not read: " + strokes_.error->message);
+        place_ = Place::document;
+      }
+      return true;
+    case Place::finished: break;
+  }
+  return stop(LoadError::Code::malformed, "more after the end of the document");
+}
+
+bool RecordReader::member(const JsonEvent& event) {
+  using Kind = JsonEvent::Kind;
+  if (key_ == "format") {
+    if (event.kind != Kind::string || *event.text != kFormat)
+      return stop(LoadError::Code::notThisFormat, "not a record document");
+    return format_ = true;
+  }
+  if (key_ == "version") {
+    if ((event.kind != Kind::integer && event.kind != Kind::unsignedInteger) || event.number != kVersion)
+      return stop(LoadError::Code::unsupportedVersion, "a version this library does not read");
+    return version_ = true;
+  }
+  static const std::pair<const char*, unsigned> kMembers[] = {{"hash", kHash},   {"timestamp", kTimestamp},
+                                                              {"frame", kFrame}, {"png", kPng},
+                                                              {"device", kDevice}, {"strokes", kStrokes}};
+  unsigned bit = 0;
+  for (auto [name, memberBit] : kMembers)
+    if (key_ == name) bit = memberBit;
+  bool read = false;
+  if (bit & seen_) {
+    spoilt("a " + key_ + " member twice");
+  } else if (bit == kHash && event.kind == Kind::string) {
+    file.hash = std::move(*event.text), read = true;
+  } else if (bit == kTimestamp && isFiniteNumber(event)) {
+    file.timestamp = event.number, read = true;
+  } else if (bit == kPng && event.kind == Kind::string) {
+    std::optional<std::string> bytes = base64Decode(*event.text);
+    if (!bytes) spoilt("an image that is not Base64");
+    else file.png.assign(bytes->begin(), bytes->end());
+    read = true;
+  } else if (bit == kFrame && event.kind == Kind::beginArray) {
+    place_ = Place::frame, read = true;
+  } else if (bit == kDevice && event.kind == Kind::beginObject) {
+    place_ = Place::device, read = true;
+  } else if (bit == kStrokes && event.kind == Kind::beginObject) {
+    place_ = Place::strokes, read = true;
+    strokes_.take(event);
+  } else if (bit) {
+    spoilt("a " + key_ + " member of the wrong type");
+  }
+  if (read) seen_ |= bit;
+  else skip(event);
+  return true;
+}
+
+bool RecordReader::deviceMember(const JsonEvent& event) {
+  using Kind = JsonEvent::Kind;
+  if (key_ == "model" && event.kind == Kind::string) {
+    file.device.model = std::move(*event.text), deviceSeen_ |= kModel;
+  } else if (key_ == "screenScale" && isFiniteNumber(event)) {
+    file.device.screenScale = event.number, deviceSeen_ |= kScale;
+  } else if (key_ == "pixelsPerInch" && (event.kind == Kind::integer || event.kind == Kind::unsignedInteger) &&
+             event.number >= 0 && event.number <= std::numeric_limits<int>::max()) {
+    file.device.pixelsPerInch = static_cast<int>(event.number), deviceSeen_ |= kDensity;
+  } else {
+    if (key_ == "model" || key_ == "screenScale" || key_ == "pixelsPerInch")
+      spoilt("a device's " + key_ + " of the wrong type or out of range");
+    skip(event);
+  }
+  return true;
+}
+
+std::optional<LoadError> RecordReader::finish() {
+  if (!format_) return LoadError{LoadError::Code::notThisFormat, "not a record document"};
+  if (!version_) return LoadError{LoadError::Code::unsupportedVersion, "a version this library does not read"};
+  if (spoilt_) return LoadError{LoadError::Code::malformed, *spoilt_};
+  if (seen_ != kAll) return LoadError{LoadError::Code::malformed, "a hash, time, frame, image, device or strokes missing"};
+  file.frame = makeRect(frame_[0], frame_[1], frame_[2], frame_[3]);
   return std::nullopt;
 }
 
@@ -65,33 +216,22 @@ std::string recordFileToJson(const RecordFile& file) {
   return document.dump();
 }
 
+std::optional<RecordFile> recordFromJson(std::string_view text, LoadError* error) {
+  RecordReader reader;
+  std::optional<LoadError> refused = readJsonEvents(text, kMostRecordBytes, "a record file", reader);
+  if (!refused) refused = reader.finish();
+  if (!refused) return std::move(reader.file);
+  if (error)
+    *error = *refused;
+  else
+    logLine("Scrivlet: no record read from JSON: " + refused->message);
+  return std::nullopt;
+}
+
 std::optional<RecordFile> recordFromJson(std::string_view text, std::string* error) {
-  json document = json::parse(text, nullptr, false);
-  if (document.is_discarded() || !document.is_object()) return refuse(error, "not a JSON object");
-  if (document.value("format", "") != kFormat) return refuse(error, "not a record document");
-  if (!jsonField(document, "version").is_number_integer() || jsonField(document, "version") != kVersion)
-    return refuse(error, "a version this library does not read");
-  const json &hash = jsonField(document, "hash"), &timestamp = jsonField(document, "timestamp"),
-             &frame = jsonField(document, "frame"), &png = jsonField(document, "png"),
-             &device = jsonField(document, "device"), &strokes = jsonField(document, "strokes");
-  if (!hash.is_string() || !isFiniteNumber(timestamp) || !png.is_string() || !strokes.is_object())
-    return refuse(error, "a hash, time, image or strokes missing or of the wrong type");
-  if (!frame.is_array() || frame.size() != 4 || !std::all_of(frame.begin(), frame.end(), isFiniteNumber))
-    return refuse(error, "a frame that is not four numbers");
-  if (!device.is_object() || !jsonField(device, "model").is_string() ||
-      !isFiniteNumber(jsonField(device, "screenScale")) || !jsonField(device, "pixelsPerInch").is_number_integer())
-    return refuse(error, "a device without its model, scale or density");
-  RecordFile file;
-  file.hash = hash.get<std::string>();
-  file.timestamp = timestamp.get<double>();
-  file.frame = makeRect(frame[0].get<double>(), frame[1].get<double>(), frame[2].get<double>(), frame[3].get<double>());
-  std::optional<std::string> pngBytes = base64Decode(png.get_ref<const std::string&>());
-  if (!pngBytes) return refuse(error, "an image that is not Base64");
-  file.png.assign(pngBytes->begin(), pngBytes->end());
-  file.device = {jsonField(device, "model").get<std::string>(), jsonField(device, "screenScale").get<double>(),
-                 jsonField(device, "pixelsPerInch").get<int>()};
-  file.strokes = strokesFromJson(strokes.dump());
-  if (!file.strokes) return refuse(error, "strokes that do not read");
+  LoadError why;
+  std::optional<RecordFile> file = recordFromJson(text, error ? &why : nullptr);
+  if (!file && error) *error = why.message;
   return file;
 }
 
