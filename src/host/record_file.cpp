@@ -1,188 +1,18 @@
-// Record files: the record's parts in one JSON document, with nlohmann-json.
+// Record files: the record's parts in one JSON document, written piece by piece and read event by event.
 #include <scrivlet/record_file.h>
 
 #include <scrivlet/device.h>
 #include <scrivlet/stroke_json.h>
 
 #include "capture/dpi_calculator.h"
-#include "host/json_reading.h"
-#include "host/strokes_reader.h"
+#include "host/json_writing.h"
+#include "host/record_reader.h"
 #include "platform/crypto.h"
 #include "platform/log.h"
 
-#include <nlohmann/json.hpp>
-
 #include <cmath>
-#include <limits>
 
 namespace scrivlet {
-
-namespace {
-
-using nlohmann::json;
-
-constexpr const char* kFormat = "scrivlet-record";
-constexpr int kVersion = 1;
-// Room for the largest strokes document and an image.
-constexpr size_t kMostRecordBytes = size_t(128) << 20;
-
-// A record file read event by event; the strokes by a reader of their own.
-class RecordReader : public JsonEventHandler {
- public:
-  bool take(const JsonEvent& event) override;
-  // Once the document is read: why it is not a record, or nothing.
-  std::optional<LoadError> finish();
-
-  RecordFile file;
-
- private:
-  enum class Place { start, document, frame, device, strokes, finished };
-  bool member(const JsonEvent& event);
-  bool deviceMember(const JsonEvent& event);
-  bool stop(LoadError::Code code, std::string message) {
-    error = LoadError{code, std::move(message)};
-    return false;
-  }
-  // A member that does not read: the reading goes on, so that another format or version is named.
-  void spoilt(std::string message) {
-    if (!spoilt_) spoilt_ = std::move(message);
-  }
-  void skip(const JsonEvent& event) { skipDepth_ = event.begins() ? 1 : 0; }
-
-  Place place_ = Place::start;
-  int skipDepth_ = 0;
-  std::string key_;
-  bool format_ = false, version_ = false;
-  std::optional<std::string> spoilt_;
-  // Members seen, by their bit: hash, timestamp, frame, png, device, strokes; and the device's.
-  unsigned seen_ = 0, deviceSeen_ = 0;
-  int frameNumbers_ = 0;
-  double frame_[4] = {};
-  StrokesReader strokes_;
-};
-
-enum Member : unsigned { kHash = 1, kTimestamp = 2, kFrame = 4, kPng = 8, kDevice = 16, kStrokes = 32, kAll = 63 };
-enum DeviceMember : unsigned { kModel = 1, kScale = 2, kDensity = 4, kWholeDevice = 7 };
-
-bool isFiniteNumber(const JsonEvent& event) { return event.isNumber() && std::isfinite(event.number); }
-
-bool RecordReader::take(const JsonEvent& event) {
-  if (skipDepth_ > 0) {
-    skipDepth_ += event.begins() ? 1 : event.ends() ? -1 : 0;
-    return true;
-  }
-  switch (place_) {
-    case Place::start:
-      if (event.kind != JsonEvent::Kind::beginObject) return stop(LoadError::Code::notThisFormat, "not a JSON object");
-      place_ = Place::document;
-      return true;
-    case Place::document:
-      if (event.kind == JsonEvent::Kind::key) return key_ = std::move(*event.text), true;
-      if (event.kind == JsonEvent::Kind::endObject) return place_ = Place::finished, true;
-      return member(event);
-    case Place::frame:
-      if (event.kind == JsonEvent::Kind::endArray) {
-        if (frameNumbers_ != 4) spoilt("a frame that is not four numbers");
-        return place_ = Place::document, true;
-      }
-      if (!isFiniteNumber(event) || frameNumbers_ == 4) spoilt("a frame that is not four numbers");
-      else frame_[frameNumbers_++] = event.number;
-      return skip(event), true;
-    case Place::device:
-      if (event.kind == JsonEvent::Kind::key) return key_ = std::move(*event.text), true;
-      if (event.kind == JsonEvent::Kind::endObject) {
-        if (deviceSeen_ != kWholeDevice) spoilt("a device without its model, scale or density");
-        return place_ = Place::document, true;
-      }
-      return deviceMember(event);
-    case Place::strokes:
-      if (!strokes_.take(event)) {
-        LoadError why = *strokes_.error;
-        return stop(why.code == LoadError::Code::tooLarge ? why.code : LoadError::Code::malformed,
-                    "strokes that do not read: " + why.message);
-      }
-      if (strokes_.finished()) {
-        if (!(file.strokes = strokes_.result())) spoilt("strokes that do not read: " + strokes_.error->message);
-        place_ = Place::document;
-      }
-      return true;
-    case Place::finished: break;
-  }
-  return stop(LoadError::Code::malformed, "more after the end of the document");
-}
-
-bool RecordReader::member(const JsonEvent& event) {
-  using Kind = JsonEvent::Kind;
-  if (key_ == "format") {
-    if (event.kind != Kind::string || *event.text != kFormat)
-      return stop(LoadError::Code::notThisFormat, "not a record document");
-    return format_ = true;
-  }
-  if (key_ == "version") {
-    if ((event.kind != Kind::integer && event.kind != Kind::unsignedInteger) || event.number != kVersion)
-      return stop(LoadError::Code::unsupportedVersion, "a version this library does not read");
-    return version_ = true;
-  }
-  static const std::pair<const char*, unsigned> kMembers[] = {{"hash", kHash},   {"timestamp", kTimestamp},
-                                                              {"frame", kFrame}, {"png", kPng},
-                                                              {"device", kDevice}, {"strokes", kStrokes}};
-  unsigned bit = 0;
-  for (auto [name, memberBit] : kMembers)
-    if (key_ == name) bit = memberBit;
-  bool read = false;
-  if (bit & seen_) {
-    spoilt("a " + key_ + " member twice");
-  } else if (bit == kHash && event.kind == Kind::string) {
-    file.hash = std::move(*event.text), read = true;
-  } else if (bit == kTimestamp && isFiniteNumber(event)) {
-    file.timestamp = event.number, read = true;
-  } else if (bit == kPng && event.kind == Kind::string) {
-    std::optional<std::string> bytes = base64Decode(*event.text);
-    if (!bytes) spoilt("an image that is not Base64");
-    else file.png.assign(bytes->begin(), bytes->end());
-    read = true;
-  } else if (bit == kFrame && event.kind == Kind::beginArray) {
-    place_ = Place::frame, read = true;
-  } else if (bit == kDevice && event.kind == Kind::beginObject) {
-    place_ = Place::device, read = true;
-  } else if (bit == kStrokes && event.kind == Kind::beginObject) {
-    place_ = Place::strokes, read = true;
-    strokes_.take(event);
-  } else if (bit) {
-    spoilt("a " + key_ + " member of the wrong type");
-  }
-  if (read) seen_ |= bit;
-  else skip(event);
-  return true;
-}
-
-bool RecordReader::deviceMember(const JsonEvent& event) {
-  using Kind = JsonEvent::Kind;
-  if (key_ == "model" && event.kind == Kind::string) {
-    file.device.model = std::move(*event.text), deviceSeen_ |= kModel;
-  } else if (key_ == "screenScale" && isFiniteNumber(event)) {
-    file.device.screenScale = event.number, deviceSeen_ |= kScale;
-  } else if (key_ == "pixelsPerInch" && (event.kind == Kind::integer || event.kind == Kind::unsignedInteger) &&
-             event.number >= 0 && event.number <= std::numeric_limits<int>::max()) {
-    file.device.pixelsPerInch = static_cast<int>(event.number), deviceSeen_ |= kDensity;
-  } else {
-    if (key_ == "model" || key_ == "screenScale" || key_ == "pixelsPerInch")
-      spoilt("a device's " + key_ + " of the wrong type or out of range");
-    skip(event);
-  }
-  return true;
-}
-
-std::optional<LoadError> RecordReader::finish() {
-  if (!format_) return LoadError{LoadError::Code::notThisFormat, "not a record document"};
-  if (!version_) return LoadError{LoadError::Code::unsupportedVersion, "a version this library does not read"};
-  if (spoilt_) return LoadError{LoadError::Code::malformed, *spoilt_};
-  if (seen_ != kAll) return LoadError{LoadError::Code::malformed, "a hash, time, frame, image, device or strokes missing"};
-  file.frame = makeRect(frame_[0], frame_[1], frame_[2], frame_[3]);
-  return std::nullopt;
-}
-
-}  // namespace
 
 CaptureDevice currentCaptureDevice() {
   return {QnDevice::modelIdentifier(), QnDevice::screenScale(), QnDPICalculator::deviceDpi()};
@@ -200,20 +30,24 @@ std::string recordToJson(const QnSignature& record) {
 }
 
 std::string recordFileToJson(const RecordFile& file) {
-  auto finite = [](double v) { return std::isfinite(v) ? v : 0.0; };
+  // Members in the order of their names, as a JSON object of nlohmann-json writes them; a number that
+  // is not finite is written as 0.
+  auto number = [](std::string& out, double v) { appendJsonNumber(out, std::isfinite(v) ? v : 0.0); };
   const QnRect& f = file.frame;
-  json document{{"format", kFormat},
-                {"version", kVersion},
-                {"hash", file.hash},
-                {"timestamp", finite(file.timestamp)},
-                {"frame", {finite(f.origin.x), finite(f.origin.y), finite(f.size.width), finite(f.size.height)}},
-                {"png", base64Encode({reinterpret_cast<const char*>(file.png.data()), file.png.size()})},
-                {"device",
-                 {{"model", file.device.model},
-                  {"screenScale", finite(file.device.screenScale)},
-                  {"pixelsPerInch", file.device.pixelsPerInch}}},
-                {"strokes", json::parse(strokesToJson(file.strokes))}};
-  return document.dump();
+  std::string out = "{\"device\":{\"model\":";
+  appendJsonString(out, file.device.model);
+  out += ",\"pixelsPerInch\":" + std::to_string(file.device.pixelsPerInch) + ",\"screenScale\":";
+  number(out, file.device.screenScale);
+  out += std::string("},\"format\":\"") + kRecordFormat + "\",\"frame\":[";
+  for (double v : {f.origin.x, f.origin.y, f.size.width, f.size.height})
+    number(out, v), out += ',';
+  out.back() = ']';
+  out += ",\"hash\":";
+  appendJsonString(out, file.hash);
+  out += ",\"png\":\"" + base64Encode({reinterpret_cast<const char*>(file.png.data()), file.png.size()});
+  out += "\",\"strokes\":" + strokesToJson(file.strokes) + ",\"timestamp\":";
+  number(out, file.timestamp);
+  return out + ",\"version\":" + std::to_string(kRecordVersion) + "}";
 }
 
 std::optional<RecordFile> recordFromJson(std::string_view text, LoadError* error) {

@@ -1,41 +1,35 @@
-// Strokes to JSON and back, with nlohmann-json.
+// Strokes to JSON and back: written piece by piece, read event by event.
 #include <scrivlet/stroke_json.h>
 
+#include "host/json_writing.h"
 #include "host/strokes_reader.h"
 #include "platform/log.h"
 
-#include <nlohmann/json.hpp>
-
-#include <cmath>
-
 namespace scrivlet {
 
-namespace {
-
-using nlohmann::json;
-
-json number(double value) {
-  if (std::isnan(value)) return "NaN";
-  if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
-  return value;
-}
-
-}  // namespace
-
 std::string strokesToJson(const QnStrokeListRef& strokes) {
-  json list = json::array();
-  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{}) {
-    json points = json::array();
-    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
-      points.push_back({{"x", number(p.location.x)},        {"y", number(p.location.y)},
-                        {"vx", number(p.velocity.x)},       {"vy", number(p.velocity.y)},
-                        {"ax", number(p.acceleration.x)},   {"ay", number(p.acceleration.y)},
-                        {"t", number(p.timestamp)},         {"azimuth", number(p.azimuthAngle)},
-                        {"altitude", number(p.altitudeAngle)}, {"pressure", number(p.pressure)},
-                        {"diameter", number(p.diameter)},   {"id", p.id}});
-    list.push_back(std::move(points));
+  // Members in the order of their names, as a JSON object of nlohmann-json writes them.
+  std::string out = "{\"format\":\"scrivlet-strokes\",\"strokes\":[";
+  for (size_t s = 0; strokes && s < strokes->size(); ++s) {
+    out += s ? ",[" : "[";
+    const QnStrokeRef& stroke = (*strokes)[s];
+    for (size_t i = 0; stroke && i < stroke->size(); ++i) {
+      const QnSignaturePoint& p = (*stroke)[i];
+      const std::pair<const char*, double> fields[] = {
+          {"{\"altitude\":", p.altitudeAngle}, {",\"ax\":", p.acceleration.x},  {",\"ay\":", p.acceleration.y},
+          {",\"azimuth\":", p.azimuthAngle},   {",\"diameter\":", p.diameter}};
+      const std::pair<const char*, double> after[] = {
+          {",\"pressure\":", p.pressure}, {",\"t\":", p.timestamp}, {",\"vx\":", p.velocity.x},
+          {",\"vy\":", p.velocity.y},     {",\"x\":", p.location.x}, {",\"y\":", p.location.y}};
+      if (i) out += ',';
+      for (auto [name, value] : fields) out += name, appendJsonNumber(out, value);
+      out += ",\"id\":", appendJsonUnsigned(out, p.id);
+      for (auto [name, value] : after) out += name, appendJsonNumber(out, value);
+      out += '}';
+    }
+    out += ']';
   }
-  return json{{"format", kStrokesFormat}, {"version", kStrokesVersion}, {"strokes", std::move(list)}}.dump();
+  return out + "],\"version\":" + std::to_string(kStrokesVersion) + "}";
 }
 
 QnStrokeListRef strokesFromJson(std::string_view text, LoadError* error) {
