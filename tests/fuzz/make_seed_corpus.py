@@ -59,6 +59,14 @@ seeds = {
     'settings_then_strokes': encode(multi[3:5], b''.join(bytes([SETTING, 0, which]) + position(value)
                                                          for which, value in [(0, 2), (3, 1), (5, 1), (6, 1)])),
 }
+# "Done" at once after a stroke, then a finger lands before the record is made, and is cancelled
+# somewhere else; then the view is resized and "Done" again.
+CANCEL, RESIZE = 3, 5
+quick = encode(multi[:1])[:-6]  # the stroke, without the waits and the final "Done"
+landing = bytes([BEGIN, 0, 5]) + position(10) + position(10) + bytes([MOVE, 1, 5]) + position(20) + position(12)
+cancel_elsewhere = bytes([CANCEL, 0x11]) + position(40) + position(30)
+resize = bytes([RESIZE, 0]) + position(0) + position(0) + position(200) + position(150)
+seeds['done_then_touch'] = quick + bytes([DONE, 0]) + landing + cancel_elsewhere + resize + bytes([DONE, 0, ADVANCE, 50])
 for name, data in seeds.items():
     for level, prefix in ((b'\x00', 'engine_'), (b'\x01', 'host_')):
         with open(os.path.join(out, prefix + name), 'wb') as f:
