@@ -32,7 +32,7 @@ run() {  # fuzzer, seed folder, seconds, longest input
   grep -E '^(stat::|Done )' "$log"
 }
 run session_fuzzer corpus "$seconds" 512
-run stroke_json_fuzzer corpus_json $((seconds / 4)) 20000
-run record_file_fuzzer corpus_record $((seconds / 4)) 20000
+run stroke_json_fuzzer corpus_json $((seconds / 4)) 8192
+run record_file_fuzzer corpus_record $((seconds / 4)) 8192
 run time_series_import_fuzzer corpus_xml $((seconds / 4)) 20000
 run evidence_fuzzer corpus_evidence $((seconds / 4)) 65536

@@ -3,6 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <charconv>
 #include <cmath>
 
 namespace scrivlet {
@@ -16,12 +17,17 @@ void appendValue(std::string& out, const nlohmann::json& value) {
 }  // namespace
 
 void appendJsonNumber(std::string& out, double value) {
-  if (std::isnan(value)) out += "\"NaN\"";
-  else if (std::isinf(value)) out += value > 0 ? "\"Infinity\"" : "\"-Infinity\"";
-  else appendValue(out, value);
+  if (std::isnan(value)) return void(out += "\"NaN\"");
+  if (std::isinf(value)) return void(out += value > 0 ? "\"Infinity\"" : "\"-Infinity\"");
+  // The serializer's own conversion, without a serializer for each number.
+  char text[64];
+  out.append(text, nlohmann::detail::to_chars(text, text + sizeof text, value));
 }
 
-void appendJsonUnsigned(std::string& out, uint64_t value) { appendValue(out, value); }
+void appendJsonUnsigned(std::string& out, uint64_t value) {
+  char text[24];
+  out.append(text, std::to_chars(text, text + sizeof text, value).ptr);
+}
 
 void appendJsonString(std::string& out, std::string_view text) { appendValue(out, std::string(text)); }
 

@@ -83,12 +83,12 @@ class DocumentGenerator {
       case 4: return "\"NaN\"";
       case 5: return "{}";
       case 6: return "[]";
-      case 7: {  // nested as deep as thousands of levels
-        size_t depth = 1 + (size_t(byte()) << 8 | byte()) * 4;
+      case 7: {  // nested up to four thousand levels deep
+        size_t depth = 1 + size_t(byte()) * 16;
         return std::string(depth, '[') + std::string(depth, ']');
       }
-      default: {  // a list of thousands of empty ones
-        size_t count = 1 + (size_t(byte()) << 8 | byte()) / 2;
+      default: {  // a list of up to sixteen thousand empty ones
+        size_t count = 1 + (size_t(byte()) << 8 | byte()) / 4;
         std::string many = "[";
         for (size_t i = 0; i < count; ++i) many += i ? ",[]" : "[]";
         return many + "]";
