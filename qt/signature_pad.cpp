@@ -165,6 +165,11 @@ void SignaturePad::setBackgroundColor(const QColor& value) {
   }
 }
 
+bool SignaturePad::backgroundInRecord() const { return settings_->backgroundInRecord; }
+void SignaturePad::setBackgroundInRecord(bool value) {
+  if (settings_->setBackgroundInRecord(value)) emit backgroundInRecordChanged(settings_->backgroundInRecord);
+}
+
 bool SignaturePad::isEmpty() const { return session_->isEmpty(); }
 bool SignaturePad::canUndo() const { return session_->canUndo(); }
 bool SignaturePad::canRedo() const { return session_->canRedo(); }
@@ -173,6 +178,12 @@ QnStrokeListRef SignaturePad::strokes() const { return session_->strokes(); }
 void SignaturePad::setStrokes(const QnStrokeListRef& strokes) {
   session_->setStrokes(strokes);
   noticeChanges();
+}
+
+QString SignaturePad::loadStrokes(const QByteArray& json) {
+  std::optional<LoadError> error = session_->loadStrokes(std::string_view(json.constData(), size_t(json.size())));
+  noticeChanges();
+  return error ? QString::fromStdString(error->message) : QString();
 }
 
 void SignaturePad::clear() { session_->clear(), noticeChanges(); }

@@ -33,6 +33,7 @@ class SCRIVLET_QT_EXPORT SignatureSettings {
   bool setClipToBounds(bool on);
   bool setSkipPdf(bool on);
   bool setBackgroundColor(const QColor& color);
+  bool setBackgroundInRecord(bool on);
 
   // The values, the controller's defaults until set.
   QColor penColor = Qt::black;
@@ -50,6 +51,7 @@ class SCRIVLET_QT_EXPORT SignatureSettings {
   bool clipToBounds = false;
   bool skipPdf = false;
   QColor backgroundColor = Qt::white;  // a signing surface even in a dark theme
+  bool backgroundInRecord = false;     // the record's PNG painted on the background, not transparent
 
  private:
   SignatureSession& session_;

@@ -151,6 +151,17 @@ void SignatureArea::setBackgroundColor(const QColor& value) {
 }
 
 void SignatureArea::setStrokes(const QnStrokeListRef& strokes) { session_->setStrokes(strokes), noticeChanges(); }
+
+QString SignatureArea::loadStrokes(const QString& json) {
+  std::optional<LoadError> error = session_->loadStrokes(json.toStdString());
+  noticeChanges();
+  return error ? QString::fromStdString(error->message) : QString();
+}
+
+bool SignatureArea::backgroundInRecord() const { return settings_->backgroundInRecord; }
+void SignatureArea::setBackgroundInRecord(bool value) {
+  if (settings_->setBackgroundInRecord(value)) emit backgroundInRecordChanged(settings_->backgroundInRecord);
+}
 void SignatureArea::clear() { session_->clear(), noticeChanges(); }
 void SignatureArea::undo() { session_->undo(), noticeChanges(); }
 void SignatureArea::redo() { session_->redo(), noticeChanges(); }

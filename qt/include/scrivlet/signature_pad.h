@@ -32,6 +32,7 @@ class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
   Q_PROPERTY(bool clipToBounds READ clipToBounds WRITE setClipToBounds NOTIFY clipToBoundsChanged)
   Q_PROPERTY(bool skipPdf READ skipPdf WRITE setSkipPdf NOTIFY skipPdfChanged)
   Q_PROPERTY(QColor backgroundColor READ backgroundColor WRITE setBackgroundColor NOTIFY backgroundColorChanged)
+  Q_PROPERTY(bool backgroundInRecord READ backgroundInRecord WRITE setBackgroundInRecord NOTIFY backgroundInRecordChanged)
   Q_PROPERTY(bool empty READ isEmpty NOTIFY emptyChanged)
 
  public:
@@ -72,6 +73,10 @@ class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
   void setSkipPdf(bool skip);
   QColor backgroundColor() const;
   void setBackgroundColor(const QColor& color);
+  // Off by default: the record's PNG stays transparent. On: it is painted on the background colour,
+  // for hosts that keep the image without transparency (JPEG).
+  bool backgroundInRecord() const;
+  void setBackgroundInRecord(bool on);
 
   bool isEmpty() const;
   bool canUndo() const;
@@ -79,6 +84,9 @@ class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
   // A copy of the strokes on the pad; setStrokes shows a copy of others, and the next record holds them.
   QnStrokeListRef strokes() const;
   void setStrokes(const QnStrokeListRef& strokes);
+  // Loads a strokes document in place of the pad's strokes: an empty text when it loaded, else why
+  // not, and the pad is left as it was.
+  QString loadStrokes(const QByteArray& json);
   SignatureSession& session() { return *session_; }
 
  public slots:
@@ -110,6 +118,7 @@ class SCRIVLET_QT_EXPORT SignaturePad : public QWidget {
   void clipToBoundsChanged(bool);
   void skipPdfChanged(bool);
   void backgroundColorChanged(const QColor&);
+  void backgroundInRecordChanged(bool);
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;

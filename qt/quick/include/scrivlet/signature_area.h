@@ -36,6 +36,7 @@ class SignatureArea : public QQuickPaintedItem {
   Q_PROPERTY(bool clipToBounds READ clipToBounds WRITE setClipToBounds NOTIFY clipToBoundsChanged)
   Q_PROPERTY(bool skipPdf READ skipPdf WRITE setSkipPdf NOTIFY skipPdfChanged)
   Q_PROPERTY(QColor backgroundColor READ backgroundColor WRITE setBackgroundColor NOTIFY backgroundColorChanged)
+  Q_PROPERTY(bool backgroundInRecord READ backgroundInRecord WRITE setBackgroundInRecord NOTIFY backgroundInRecordChanged)
   Q_PROPERTY(bool empty READ isEmpty NOTIFY emptyChanged)
 
  public:
@@ -73,12 +74,17 @@ class SignatureArea : public QQuickPaintedItem {
   void setSkipPdf(bool value);
   QColor backgroundColor() const;
   void setBackgroundColor(const QColor& value);
+  bool backgroundInRecord() const;
+  void setBackgroundInRecord(bool on);
 
   bool isEmpty() const { return session_->isEmpty(); }
   Q_INVOKABLE bool canUndo() const { return session_->canUndo(); }
   Q_INVOKABLE bool canRedo() const { return session_->canRedo(); }
   QnStrokeListRef strokes() const { return session_->strokes(); }
   void setStrokes(const QnStrokeListRef& strokes);
+  // Loads a strokes document in place of the item's strokes: an empty text when it loaded, else why
+  // not, and the item is left as it was.
+  Q_INVOKABLE QString loadStrokes(const QString& json);
   SignatureSession& session() { return *session_; }
 
   void paint(QPainter* painter) override;
@@ -111,6 +117,7 @@ class SignatureArea : public QQuickPaintedItem {
   void clipToBoundsChanged(bool);
   void skipPdfChanged(bool);
   void backgroundColorChanged(const QColor&);
+  void backgroundInRecordChanged(bool);
 
  protected:
   bool event(QEvent* event) override;
