@@ -86,7 +86,9 @@ TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWi
            {with("strokes", "[]"), Code::malformed},
            {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":[[{}]]})"), Code::malformed},
            // The strokes nested 200,000 deep: 400 KB that used to overflow the stack.
-           {with("strokes", std::string(200000, '[') + std::string(200000, ']')), Code::malformed}}) {
+           {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":)" + std::string(200000, '[') +
+                                std::string(200000, ']') + "}"),
+            Code::malformed}}) {
     LoadError error;
     EXPECT_FALSE(recordFromJson(bad, &error)) << bad.substr(0, 200);
     EXPECT_EQ(error.code, code) << bad.substr(0, 200) << ": " << error.message;
