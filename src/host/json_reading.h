@@ -35,6 +35,23 @@ class JsonEventHandler {
   virtual ~JsonEventHandler() = default;
   virtual bool take(const JsonEvent& event) = 0;
   std::optional<LoadError> error;
+
+ protected:
+  // Whether the event is part of a value being skipped (it is taken as such).
+  bool skipping(const JsonEvent& event) {
+    if (skipDepth_ == 0) return false;
+    skipDepth_ += event.begins() ? 1 : event.ends() ? -1 : 0;
+    return true;
+  }
+  // Skips the rest of the value that begins with the event.
+  void skip(const JsonEvent& event) { skipDepth_ = event.begins() ? 1 : 0; }
+  bool stop(LoadError::Code code, std::string message) {
+    error = LoadError{code, std::move(message)};
+    return false;
+  }
+
+ private:
+  int skipDepth_ = 0;
 };
 
 // Hands every event of the text to the handler. What is refused: the text longer than mostBytes, not

@@ -18,10 +18,7 @@ bool isFiniteNumber(const JsonEvent& event) { return event.isNumber() && std::is
 }  // namespace
 
 bool RecordReader::take(const JsonEvent& event) {
-  if (skipDepth_ > 0) {
-    skipDepth_ += event.begins() ? 1 : event.ends() ? -1 : 0;
-    return true;
-  }
+  if (skipping(event)) return true;
   switch (place_) {
     case Place::start:
       if (event.kind != JsonEvent::Kind::beginObject) return stop(LoadError::Code::notThisFormat, "not a JSON object");

@@ -29,18 +29,12 @@ class RecordReader : public JsonEventHandler {
   enum class Place { start, document, frame, device, strokes, finished };
   bool member(const JsonEvent& event);
   bool deviceMember(const JsonEvent& event);
-  bool stop(LoadError::Code code, std::string message) {
-    error = LoadError{code, std::move(message)};
-    return false;
-  }
   // A member that does not read: the reading goes on, so that another format or version is named.
   void spoilt(std::string message) {
     if (!spoilt_) spoilt_ = std::move(message);
   }
-  void skip(const JsonEvent& event) { skipDepth_ = event.begins() ? 1 : 0; }
 
   Place place_ = Place::start;
-  int skipDepth_ = 0;
   std::string key_;
   bool format_ = false, version_ = false;
   std::optional<std::string> spoilt_;

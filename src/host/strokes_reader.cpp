@@ -33,10 +33,7 @@ std::optional<double> numberOf(const JsonEvent& event) {
 }  // namespace
 
 bool StrokesReader::take(const JsonEvent& event) {
-  if (skipDepth_ > 0) {
-    skipDepth_ += event.begins() ? 1 : event.ends() ? -1 : 0;
-    return true;
-  }
+  if (skipping(event)) return true;
   switch (place_) {
     case Place::start:
       if (event.kind != JsonEvent::Kind::beginObject) return stop(LoadError::Code::notThisFormat, "not a JSON object");
@@ -131,12 +128,6 @@ bool StrokesReader::endPoint() {
   p.id = id_;
   strokes_->back()->push_back(p);
   return true;
-}
-
-bool StrokesReader::stop(LoadError::Code code, std::string message) {
-  error = LoadError{code, std::move(message)};
-  strokes_.reset();
-  return false;
 }
 
 void StrokesReader::spoilt(std::string message) {

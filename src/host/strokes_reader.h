@@ -33,15 +33,11 @@ class StrokesReader : public JsonEventHandler {
   bool member(const JsonEvent& event);
   bool field(const JsonEvent& event);
   bool endPoint();
-  bool stop(LoadError::Code code, std::string message);
   // A stroke or point that does not read: nothing more is kept, but the reading goes on, so that a
   // document of another format or version is named as such.
   void spoilt(std::string message);
-  // Skips the rest of a value that began with the event.
-  void skip(const JsonEvent& event) { skipDepth_ = event.begins() ? 1 : 0; }
 
   Place place_ = Place::start;
-  int skipDepth_ = 0;
   std::string key_;
   std::optional<std::string> format_;
   std::optional<int64_t> version_;

@@ -6,44 +6,26 @@
 #include <scrivlet/stroke_json.h>
 
 #include "document_generator.h"
-#include "peak_heap.h"
+#include "reader_fuzzing.h"
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
-
-namespace {
-
-constexpr int64_t kMostHeldBeyondInput = 1 << 20;  // 10,000 empty strokes
-
-[[noreturn]] void violated(const char* what) {
-  std::fprintf(stderr, "stroke JSON fuzzer: %s\n", what);
-  std::abort();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace scrivlet;
+  constexpr const char* kFuzzer = "stroke JSON fuzzer";
   if (size == 0) return 0;
   fuzz::DocumentGenerator generator(data + 1, size - 1);
   const bool made = data[0] & 1;
   const std::string text = made ? generator.strokesDocument() : std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
   LoadError error;
-  fuzz::PeakHeap::start();
-  QnStrokeListRef strokes = strokesFromJson(text, &error);
-  fuzz::PeakHeap::expectWithin(fuzz::PeakHeap::stop(), text.size(), 4, kMostHeldBeyondInput, "strokesFromJson");
-  if (!strokes) {
-    if (made && generator.valid()) violated("a document of right members did not load");
-    if (error.message.empty() || error.message.find('\n') != std::string::npos) violated("a refusal without one line of reason");
-    return 0;
-  }
+  QnStrokeListRef strokes = fuzz::readWithinBounds(text, "strokesFromJson", [&] { return strokesFromJson(text, &error); });
+  if (!strokes) return fuzz::checkRefusal(kFuzzer, error, made && generator.valid()), 0;
   for (const auto& stroke : *strokes)
     for (const QnSignaturePoint& p : *stroke)
-      if (!std::isfinite(p.location.x) || !std::isfinite(p.location.y)) violated("a position that is not finite");
+      if (!std::isfinite(p.location.x) || !std::isfinite(p.location.y)) fuzz::violated(kFuzzer, "a position that is not finite");
   std::string saved = strokesToJson(strokes);
   QnStrokeListRef again = strokesFromJson(saved);
-  if (!again || strokesToJson(again) != saved) violated("a loaded document does not save and load again the same");
+  if (!again || strokesToJson(again) != saved) fuzz::violated(kFuzzer, "a loaded document does not save and load again the same");
   return 0;
 }
