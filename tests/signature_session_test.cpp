@@ -190,6 +190,22 @@ TEST_F(Session, EverySettingChangedAfterTheRecordWasPreparedReachesTheRecord) {
   EXPECT_NE(after->svgString()->find("stroke=\"#FF0000\""), std::string::npos);
 }
 
+TEST_F(Session, TheDateAndTimePrintedAreThoseOfDone) {
+  session.scrivlet().setShowDate(true), session.scrivlet().setDateIncludesTime(true);
+  touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}}, 1);
+  settle();  // prepared with the time of then
+  QnClock::setFixedTime(1700000000 + 61);
+  std::shared_ptr<QnSignature> record = recordOf(session);
+  SignatureSession fresh(HeadlessView::create(makeRect(0, 0, 400, 300)));
+  watch(fresh);
+  fresh.scrivlet().setShowDate(true), fresh.scrivlet().setDateIncludesTime(true);
+  fresh.setStrokes(session.strokes());
+  std::shared_ptr<QnSignature> expected = recordOf(fresh);
+  ASSERT_TRUE(record && expected);
+  EXPECT_EQ(record->svgString(), expected->svgString());
+  EXPECT_TRUE(samePixels(*record, *expected));
+}
+
 TEST_F(Session, ARecordIsItsOwnAndChangesNothingWhenChanged) {
   touchPaths(*view, {{{40, 40}, {80, 60}}}, 1);
   std::shared_ptr<QnSignature> first = recordOf(session);

@@ -6,6 +6,7 @@
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
+#include "platform/clock.h"
 #include "platform/image.h"
 #include "platform/image_background.h"
 #include "platform/parallel.h"
@@ -91,6 +92,11 @@ RecordRequest requestOfCanvas(const QnScrivletController& live, std::optional<Qn
   s.showDate = live.showDate();
   s.dateIncludesTime = live.dateIncludesTime();
   s.showHash = live.showHash();
+  // A record made a day (or, with the time, a second) before prints another date than one made now.
+  if (s.showDate) {
+    double now = QnClock::now();
+    s.dateText = mediumDateString(now) + (s.dateIncludesTime ? " " + mediumTimeString(now) : "");
+  }
   s.customHash = live.customHash();
   s.exportScale = live.exportScale();
   s.exportDateSize = live.exportDateSize();

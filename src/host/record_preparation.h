@@ -22,6 +22,7 @@ struct RecordSettings {
   float strokeWidthMax = 4;  // the record's margin is one and a half of it
   bool calligraphic = false;
   bool showDate = false, dateIncludesTime = false, showHash = false;
+  std::string dateText;  // the date (and time) a record made now would print, when it prints one
   std::optional<std::string> customHash;
   float exportScale = 1;
   float exportDateSize = 20, exportHashSizeWidth = 200, exportHashSizeHeight = 22, exportFontRatio = 0.55f,

@@ -1,11 +1,12 @@
 // The 19794-7 time series back into strokes, with pugixml.
 #include <scrivlet/time_series_import.h>
 
+#include "platform/log.h"
+
 #include <pugixml.hpp>
 
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <optional>
 
@@ -24,7 +25,7 @@ constexpr int kPauseMilliseconds = 30;
 constexpr uint64_t kFirstId = 100;
 
 QnStrokeListRef refuse(const char* why) {
-  std::fprintf(stderr, "Scrivlet: no strokes read from the time series: %s\n", why);
+  logLine(std::string("Scrivlet: no strokes read from the time series: ") + why);
   return nullptr;
 }
 
