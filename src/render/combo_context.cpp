@@ -219,8 +219,9 @@ std::string QnComboContext::serializeSVG(QnSize size) const {
 }
 
 bool QnComboContext::writesOnlyFiniteNumbers(QnSize size) const {
-  return !wroteNonFiniteNumber_ && std::isfinite(size.width * scale_.x) && std::isfinite(size.height * scale_.y) &&
-         std::isfinite(static_cast<float>(size.width * scale_.x)) && std::isfinite(static_cast<float>(size.height * scale_.y));
+  // The document's size is written narrowed to single precision too.
+  return !wroteNonFiniteNumber_ && std::isfinite(static_cast<float>(size.width * scale_.x)) &&
+         std::isfinite(static_cast<float>(size.height * scale_.y));
 }
 
 void QnComboContext::noteNumbers(std::initializer_list<double> values) {
