@@ -65,7 +65,9 @@ TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWi
   RecordFile file;
   file.strokes = bar();
   file.hash = "0F1E2D3C";
+  file.device = {"iPad13,4", 2, 264};
   const std::string good = recordFileToJson(file);
+  ASSERT_TRUE(recordFromJson(good));
   auto with = [&good](const std::string& member, const std::string& value) {
     // The record's own version is its last member; the strokes document has one of its own before.
     size_t at = (member == "version" ? good.rfind("\"version\":") : good.find("\"" + member + "\":")) + member.size() + 3;
@@ -82,6 +84,7 @@ TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWi
            {with("timestamp", "\"NaN\""), Code::malformed},
            {with("frame", "[1,2,3]"), Code::malformed},
            {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":4294967297})"), Code::malformed},
+           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":0})"), Code::malformed},
            {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":264.5})"), Code::malformed},
            {with("strokes", "[]"), Code::malformed},
            {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":[[{}]]})"), Code::malformed},

@@ -113,7 +113,7 @@ bool RecordReader::deviceMember(const JsonEvent& event) {
   } else if (key_ == "screenScale" && isFiniteNumber(event)) {
     file.device.screenScale = event.number, deviceSeen_ |= kScale;
   } else if (key_ == "pixelsPerInch" && (event.kind == Kind::integer || event.kind == Kind::unsignedInteger) &&
-             event.number >= 0 && event.number <= std::numeric_limits<int>::max()) {
+             event.number >= 1 && event.number <= std::numeric_limits<int>::max()) {
     file.device.pixelsPerInch = static_cast<int>(event.number), deviceSeen_ |= kDensity;
   } else {
     if (key_ == "model" || key_ == "screenScale" || key_ == "pixelsPerInch")

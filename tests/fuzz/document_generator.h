@@ -51,7 +51,7 @@ class DocumentGenerator {
       out += ",";
       member(out, "screenScale", [&] { out += number(); });
       out += ",";
-      member(out, "pixelsPerInch", [&] { out += std::to_string(byte()); });
+      member(out, "pixelsPerInch", [&] { out += std::to_string(1 + byte()); });
       out += "}";
     });
     out += ",";
