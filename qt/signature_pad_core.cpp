@@ -145,9 +145,15 @@ QString SignaturePadCore::strokesJson() const { return QString::fromStdString(st
 
 void SignaturePadCore::setStrokesJson(const QString& json) {
   if (json.isEmpty()) return clear();
-  QnStrokeListRef strokes = strokesFromJson(json.toStdString());
-  if (!strokes) return (void)qWarning("Scrivlet: strokes refused: not a strokes document");
+  if (QString why = loadStrokes(json); !why.isEmpty()) qWarning("Scrivlet: strokes refused: %s", qPrintable(why));
+}
+
+QString SignaturePadCore::loadStrokes(const QString& json) {
+  LoadError error;
+  QnStrokeListRef strokes = strokesFromJson(json.toStdString(), &error);
+  if (!strokes) return QString::fromStdString(error.message);
   setStrokes(strokes);
+  return {};
 }
 
 void SignaturePadCore::clear() {

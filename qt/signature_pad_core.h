@@ -57,6 +57,8 @@ class SCRIVLET_QT_EXPORT SignaturePadCore {
   void setStrokes(const QnStrokeListRef& strokes);
   QString strokesJson() const;
   void setStrokesJson(const QString& json);
+  // "" when the document loaded, else why not (the strokes are left as they were).
+  QString loadStrokes(const QString& json);
   void clear();
   void undo();
   void redo();

@@ -32,6 +32,7 @@
   SCRIVLET_DEFINE_SETTING(Class, bool, bool, clipToBounds, setClipToBounds)                             \
   SCRIVLET_DEFINE_SETTING(Class, bool, bool, skipPdf, setSkipPdf)                                       \
   SCRIVLET_DEFINE_SETTING(Class, QColor, const QColor&, backgroundColor, setBackgroundColor)            \
+  SCRIVLET_DEFINE_SETTING(Class, bool, bool, backgroundInRecord, setBackgroundInRecord)                 \
   bool Class::readOnly() const { return core_->settings().readOnly; }                                   \
   void Class::setReadOnly(bool value) {                                                                 \
     if (!core_->settings().setReadOnly(value)) return;                                                  \
@@ -51,6 +52,7 @@
   void Class::setStrokes(const QnStrokeListRef& strokes) { core_->setStrokes(strokes); }                \
   QString Class::strokesJson() const { return core_->strokesJson(); }                                   \
   void Class::setStrokesJson(const QString& json) { core_->setStrokesJson(json); }                      \
+  QString Class::loadStrokes(const QString& json) { return core_->loadStrokes(json); }                  \
   SignatureSession& Class::session() { return core_->session(); }                                       \
   void Class::clear() { core_->clear(); }                                                               \
   void Class::undo() { core_->undo(); }                                                                 \

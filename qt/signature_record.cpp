@@ -35,7 +35,14 @@ QByteArray SignatureRecord::pdf() const { return signature_ ? bytesOf(signature_
 QString SignatureRecord::svg() const { return signature_ ? textOf(signature_->svgString()) : QString(); }
 QString SignatureRecord::xml() const { return signature_ ? textOf(signature_->xmlString()) : QString(); }
 QString SignatureRecord::hash() const { return signature_ ? textOf(signature_->hashString()) : QString(); }
-QnStrokeListRef SignatureRecord::strokes() const { return signature_ ? signature_->rawPoints() : nullptr; }
+QnStrokeListRef SignatureRecord::strokes() const {
+  // A copy: the record is a value, and what a host does with the strokes changes neither it nor the pad.
+  if (!signature_ || !signature_->rawPoints()) return nullptr;
+  auto copy = std::make_shared<QnStrokeList>();
+  for (const QnStrokeRef& stroke : *signature_->rawPoints())
+    copy->push_back(std::make_shared<QnStroke>(stroke ? *stroke : QnStroke{}));
+  return copy;
+}
 
 QRectF SignatureRecord::frame() const {
   if (!signature_) return {};

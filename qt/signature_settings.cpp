@@ -109,7 +109,14 @@ bool SignatureSettings::setSkipPdf(bool on) {
 
 bool SignatureSettings::setBackgroundColor(const QColor& color) {
   if (!color.isValid()) return qWarning("Scrivlet: background colour refused: not a valid colour"), false;
-  return assign(backgroundColor, color);
+  if (!assign(backgroundColor, color)) return false;
+  if (backgroundInRecord) session_.setRecordBackground(colorOf(color));
+  return true;
+}
+
+bool SignatureSettings::setBackgroundInRecord(bool on) {
+  return assign(backgroundInRecord, on) &&
+         (session_.setRecordBackground(on ? std::optional(colorOf(backgroundColor)) : std::nullopt), true);
 }
 
 bool SignatureSettings::setMinWidth(double width) {

@@ -39,6 +39,7 @@ class SCRIVLET_QT_EXPORT SignatureSettings {
   bool setDotSize(double size);
   bool setReadOnly(bool on);
   bool setResizePolicy(int policy);
+  bool setBackgroundInRecord(bool on);
 
   // The values, the controller's defaults until set.
   QColor penColor = Qt::black;
@@ -61,6 +62,7 @@ class SCRIVLET_QT_EXPORT SignatureSettings {
   double dotSize = 0;
   bool readOnly = false;
   int resizePolicy = 0;  // the pad's ResizePolicy: keep, scale, clear
+  bool backgroundInRecord = false;     // the record's PNG painted on the background, not transparent
 
  private:
   void applyWidthLimits();

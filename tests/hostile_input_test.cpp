@@ -157,5 +157,30 @@ TEST_F(HostileExport, MissingPNGAndPDFAreSaidOnStandardError) {
   EXPECT_EQ(stderrText, "Scrivlet: no PNG: the image has no pixels\nScrivlet: no PDF: a page of 0 x 0 points cannot be made\n");
 }
 
+TEST_F(HostileExport, NumbersThatAreNotFiniteNeverReachTheSVG) {
+  // An infinite export scale never reaches the controller.
+  auto facade = QnScrivlet::scrivletWithViewDelegate(HeadlessView::create(makeRect(0, 0, 300, 200)), nullptr);
+  facade->setExportScale(2);
+  testing::internal::CaptureStderr();
+  facade->setExportScale(INFINITY), facade->setExportScale(NAN);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "Scrivlet: export scale inf refused: not a finite number\n"
+            "Scrivlet: export scale nan refused: not a finite number\n");
+  EXPECT_EQ(facade->exportScale(), 2);
+  EXPECT_EQ(facade->scrivletController()->exportScale(), 2);
+  // A stroke ending far away, and ink as wide as 1e300: the SVG is refused with one line, the rest delivered.
+  for (QnStrokeListRef far : {std::make_shared<QnStrokeList>(QnStrokeList{export_test::strokeThrough({{10, 10}, {3.9e174, 20}})}),
+                              std::make_shared<QnStrokeList>(QnStrokeList{export_test::strokeThrough({{10, 10}, {1e300, 10}})})}) {
+    c->setMyBrushStrokes(far);
+    auto record = prepare();
+    EXPECT_FALSE(record->svgString());
+    EXPECT_TRUE(record->xmlString() && record->hashString());
+    EXPECT_NE(stderrText.find("Scrivlet: no SVG: a number of the drawing is not finite\n"), std::string::npos)
+        << stderrText;
+  }
+  c->setMyBrushStrokes(strokes);  // the same controller with ordinary strokes writes its SVG again
+  EXPECT_TRUE(prepare()->svgString());
+}
+
 }  // namespace
 }  // namespace scrivlet

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 
 namespace scrivlet {
 namespace {
@@ -63,6 +64,73 @@ TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
   testing::internal::CaptureStderr();
   EXPECT_FALSE(recordFromJson(notBase64));
   testing::internal::GetCapturedStderr();
+}
+
+TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWithAReason) {
+  RecordFile file;
+  file.strokes = bar();
+  file.hash = "0F1E2D3C";
+  file.device = {"iPad13,4", 2, 264};
+  const std::string good = recordFileToJson(file);
+  ASSERT_TRUE(recordFromJson(good));
+  auto with = [&good](const std::string& member, const std::string& value) {
+    // The record's own version is its last member; the strokes document has one of its own before.
+    size_t at = (member == "version" ? good.rfind("\"version\":") : good.find("\"" + member + "\":")) + member.size() + 3;
+    size_t end = member == "strokes" ? good.find(",\"timestamp\"") : good.find_first_of(",}", at);
+    if (member == "device" || member == "frame") end = good.find_first_of("}]", at) + 1;
+    return good.substr(0, at) + value + good.substr(end);
+  };
+  using Code = LoadError::Code;
+  for (const auto& [bad, code] : std::vector<std::pair<std::string, Code>>{
+           {with("format", "5"), Code::notThisFormat},
+           {with("format", "null"), Code::notThisFormat},
+           {with("version", "[1]"), Code::unsupportedVersion},
+           {with("hash", "12"), Code::malformed},
+           {with("timestamp", "\"NaN\""), Code::malformed},
+           {with("frame", "[1,2,3]"), Code::malformed},
+           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":4294967297})"), Code::malformed},
+           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":-1})"), Code::malformed},
+           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":264.5})"), Code::malformed},
+           {with("strokes", "[]"), Code::malformed},
+           {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":[[{}]]})"), Code::malformed},
+           // The strokes nested 200,000 deep: 400 KB that used to overflow the stack.
+           {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":)" + std::string(200000, '[') +
+                                std::string(200000, ']') + "}"),
+            Code::malformed}}) {
+    LoadError error;
+    EXPECT_FALSE(recordFromJson(bad, &error)) << bad.substr(0, 200);
+    EXPECT_EQ(error.code, code) << bad.substr(0, 200) << ": " << error.message;
+    EXPECT_EQ(error.message.find('\n'), std::string::npos);
+  }
+  for (const char* density : {"0", "2147483647"}) {  // 0: a density not known
+    LoadError error;
+    ASSERT_TRUE(recordFromJson(with("device", std::string(R"({"model":"x","screenScale":2,"pixelsPerInch":)") +
+                                                  density + "}"),
+                               &error))
+        << error.message;
+  }
+}
+
+TEST(RecordFile, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {
+  std::ifstream in(SCRIVLET_TEST_DATA_DIR "/record_v1.json", std::ios::binary);
+  const std::string golden{std::istreambuf_iterator<char>(in), {}};
+  std::optional<RecordFile> read = recordFromJson(golden);
+  ASSERT_TRUE(read);
+  EXPECT_EQ(read->hash, "0F1E2D3C4B");
+  EXPECT_EQ(read->timestamp, 786000000.125);
+  EXPECT_EQ(read->frame, makeRect(-4.5, 2, 300, 120));
+  EXPECT_EQ(read->device.model, "iPad13,4");
+  EXPECT_EQ(read->device.screenScale, 2);
+  EXPECT_EQ(read->device.pixelsPerInch, 264);
+  // Two pixels, one opaque red and one transparent.
+  QnImage image = QnImage::decodePNG(read->png);
+  ASSERT_EQ(image.pixelWidth(), 2);
+  EXPECT_EQ(test_support::rgbaAt(image, 0, 0), (test_support::Rgba{255, 0, 0, 255}));
+  EXPECT_EQ(test_support::rgbaAt(image, 1, 0), (test_support::Rgba{0, 0, 0, 0}));
+  // The strokes are those of the strokes golden file, read as such.
+  std::ifstream strokes(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json", std::ios::binary);
+  EXPECT_EQ(strokesToJson(read->strokes), std::string(std::istreambuf_iterator<char>(strokes), {}));
+  EXPECT_EQ(recordFileToJson(*read), golden);
 }
 
 TEST(RecordRenderer, DrawsTheStrokesIntoEveryOutputWithTheHashAndTimeGiven) {

@@ -85,5 +85,48 @@ TEST_F(Pad, StrokesLoadedIntoAPadAreShownAndTheNextRecordHoldsThemAndTheNewOnes)
   EXPECT_EQ(traceOf(record.strokes()), (Trace{{{40, 60}, {80, 70}, {120, 65}}, {{200, 100}, {260, 120}}}));
 }
 
+TEST_F(Pad, SettingsChangedAfterTheRecordWasPreparedReachTheRecordWhichIsAValue) {
+  QSignalSpy ready(&pad, &SignaturePad::signatureReady);
+  mouseStroke(surface(), {{40, 60}, {80, 70}, {120, 65}}, 1000);
+  QTest::qWait(400);  // the record of the stroke with the settings before is prepared
+  auto settings = [](SignaturePad& p) {
+    p.setPenColor(Qt::red), p.setExportScale(2), p.setHashStamp(true), p.setCustomHash("HOST-42");
+    p.setBackgroundColor(QColor(250, 250, 200)), p.setBackgroundInRecord(true), p.setSkipPdf(true);
+  };
+  settings(pad);
+  pad.done();
+  SignatureRecord record = waitForRecord(ready);
+  SignaturePad fresh;
+  settings(fresh);
+  fresh.setStrokes(pad.strokes());
+  QSignalSpy freshReady(&fresh, &SignaturePad::signatureReady);
+  fresh.done();
+  SignatureRecord expected = waitForRecord(freshReady);
+  ASSERT_FALSE(record.image().isNull());
+  EXPECT_EQ(record.image(), expected.image());
+  EXPECT_EQ(record.hash(), "HOST-42");
+  EXPECT_TRUE(record.pdf().isEmpty());
+  EXPECT_EQ(record.image().pixelColor(0, 0), QColor(250, 250, 200));
+  // Changing the record's strokes changes neither the record nor the pad.
+  QnStrokeListRef strokes = record.strokes();
+  strokes->front()->front().location = {290, 290};
+  EXPECT_EQ(traceOf(record.strokes()).front().front(), (std::pair(40.0, 60.0)));
+  EXPECT_EQ(traceOf(pad.strokes()).front().front(), (std::pair(40.0, 60.0)));
+}
+
+TEST_F(Pad, UndoAndRedoWorkWithoutSwipesAndStrokesThatDoNotLoadLeaveThePad) {
+  pad.setSwipeToUndo(false);
+  mouseStroke(surface(), {{40, 60}, {80, 70}}, 1000), mouseStroke(surface(), {{200, 100}, {260, 120}}, 2000);
+  pad.setFocus();
+  QTest::keySequence(surface(), QKeySequence::Undo);
+  EXPECT_EQ(traceOf(pad.strokes()), (Trace{{{40, 60}, {80, 70}}}));
+  pad.redo();
+  EXPECT_EQ(pad.strokes()->size(), 2u);
+  const std::string saved = strokesToJson(pad.strokes());
+  EXPECT_EQ(pad.loadStrokes("{\"format\":5,\"version\":1,\"strokes\":[]}"), "not a strokes document");
+  EXPECT_EQ(strokesToJson(pad.strokes()), saved);
+  EXPECT_EQ(pad.loadStrokes(QByteArray::fromStdString(saved)), "");
+}
+
 }  // namespace
 }  // namespace scrivlet

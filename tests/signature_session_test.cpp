@@ -1,10 +1,13 @@
-// The signing session: the canvas's state, undo and redo, strokes saved and loaded back, and "Done"
-// answering once with a record of exactly the canvas.
+// The signing session: the canvas's state, undo and redo whatever the gestures, strokes saved and
+// loaded back, and "Done" answering exactly once with a record of the canvas and settings at "Done".
 #include <scrivlet/headless_view.h>
 #include <scrivlet/signature_session.h>
 #include <scrivlet/stroke_json.h>
 
 #include "delegate_log.h"
+#include "output_support.h"
+#include "platform/clock.h"
+#include "platform/image_view.h"
 
 #include <gtest/gtest.h>
 
@@ -14,15 +17,31 @@ namespace scrivlet {
 namespace {
 
 using namespace test_support;
+using Touch = std::shared_ptr<HeadlessTouch>;
 
 class Session : public ::testing::Test {
  protected:
   void SetUp() override {
-    session.strokeEnded = [this](unsigned long n) { calls.push_back("strokeEnded " + std::to_string(n)); };
-    session.signatureReady = [this](std::shared_ptr<QnSignature> r) { records.push_back(r), calls.push_back("ready"); };
-    session.signedNothing = [this] { calls.push_back("nothing"); };
+    QnClock::setFixedTime(1700000000);  // the date and time stamps read the same in every record
+    watch(session);
   }
-  void settle() { manual.loop->advance(0.25), manual.loop->runUntilIdle(), manual.loop->advance(0.05); }
+  void TearDown() override { QnClock::setFixedTime(std::nullopt); }
+  void watch(SignatureSession& s) {
+    s.strokeEnded = [this](unsigned long n) { calls.push_back("strokeEnded " + std::to_string(n)); };
+    s.signatureReady = [this](std::shared_ptr<QnSignature> r) { records.push_back(r), calls.push_back("ready"); };
+    s.signedNothing = [this] { calls.push_back("nothing"); };
+  }
+  // Time enough for every timer and preparation to be done.
+  void settle() {
+    for (int i = 0; i < 4; ++i) manual.loop->advance(0.25), manual.loop->runUntilIdle();
+  }
+  // The record a session gives for "Done" once everything has settled.
+  std::shared_ptr<QnSignature> recordOf(SignatureSession& s) {
+    size_t before = records.size();
+    s.done();
+    settle();
+    return records.size() == before + 1 ? records.back() : nullptr;
+  }
 
   ManualLoop manual;
   std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 400, 300));
@@ -30,6 +49,19 @@ class Session : public ::testing::Test {
   Calls calls;
   std::vector<std::shared_ptr<QnSignature>> records;
 };
+
+// Every pixel of two PNGs, compared.
+::testing::AssertionResult samePixels(const QnSignature& a, const QnSignature& b) {
+  if (!a.imageData() || !b.imageData()) return ::testing::AssertionFailure() << "a record without a PNG";
+  QnImage x = QnImage::decodePNG(*a.imageData()), y = QnImage::decodePNG(*b.imageData());
+  if (x.pixelWidth() != y.pixelWidth() || x.pixelHeight() != y.pixelHeight())
+    return ::testing::AssertionFailure() << x.pixelWidth() << " x " << x.pixelHeight() << " pixels against "
+                                         << y.pixelWidth() << " x " << y.pixelHeight();
+  for (int j = 0; j < x.pixelHeight(); ++j)
+    for (int i = 0; i < x.pixelWidth(); ++i)
+      if (rgbaAt(x, i, j) != rgbaAt(y, i, j)) return ::testing::AssertionFailure() << "pixel " << i << ", " << j;
+  return ::testing::AssertionSuccess();
+}
 
 TEST_F(Session, UndoThenDoneDeliversTheCanvasOnceAndTheStateFollows) {
   EXPECT_TRUE(session.isEmpty() && !session.canUndo() && !session.canRedo());
@@ -45,33 +77,235 @@ TEST_F(Session, UndoThenDoneDeliversTheCanvasOnceAndTheStateFollows) {
   settle();
   ASSERT_EQ(records.size(), 1u);
   EXPECT_EQ(traceOf(records[0]->rawPoints()), (Trace{{{20, 20}, {60, 40}, {60, 40}}}));
-  session.done();  // now the prepared record matches: at once
-  EXPECT_EQ(records.size(), 2u);
-  EXPECT_EQ(records[1], records[0]);
+  session.done();  // now the prepared record matches: at once, as a record of its own
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_NE(records[1], records[0]);
+  EXPECT_EQ(records[1]->hashString(), records[0]->hashString());
   session.redo(), session.clear();
   EXPECT_TRUE(session.isEmpty() && !session.canUndo());
 }
 
-TEST_F(Session, SavedStrokesLoadBackAndTheNextRecordHoldsThemAndTheNewOnes) {
+TEST_F(Session, EveryDoneIsAnsweredOnceInTheOrderAsked) {
+  touchPaths(*view, {{{20, 20}, {60, 40}}}, 1);
+  session.done(), session.done();  // twice before any record is ready
+  EXPECT_TRUE(records.empty());
+  settle();
+  EXPECT_EQ(records.size(), 2u);
+  session.done(), session.done();  // twice with the record ready
+  EXPECT_EQ(records.size(), 4u);
+  // A host that answers "Done" with another "Done", and an empty canvas between two: in order.
+  session.signatureReady = [this](std::shared_ptr<QnSignature> r) {
+    records.push_back(r), calls.push_back("ready");
+    if (records.size() == 5) session.done();
+  };
+  calls.clear();
+  touchPaths(*view, {{{100, 100}, {150, 120}}}, 2);
+  session.done(), session.clear(), session.done();
+  settle();
+  EXPECT_EQ(calls, (Calls{"strokeEnded 6", "ready", "nothing", "nothing"}));
+}
+
+TEST_F(Session, ATouchAfterDoneNeitherStopsTheAnswerNorGetsIntoTheRecord) {
+  touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}}, 1);
+  session.done();  // before the record is prepared: it is made now, of this canvas
+  Touch next = std::make_shared<HeadlessTouch>(QnPoint{200, 100}, 2);
+  view->beginTouches({next}), next->moveTo({240, 120}, 2.01), view->moveTouches({next});
+  settle();
+  ASSERT_EQ(records.size(), 1u);
+  EXPECT_EQ(traceOf(records[0]->rawPoints()), (Trace{{{20, 20}, {60, 40}, {90, 30}, {90, 30}}}));
+  view->endTouches({next});
+  settle();
+  EXPECT_EQ(records.size(), 1u);
+  // Done while a finger is down: the stroke so far is part of the canvas.
+  Touch third = std::make_shared<HeadlessTouch>(QnPoint{300, 100}, 3);
+  view->beginTouches({third}), third->moveTo({320, 110}, 3.01), view->moveTouches({third});
+  session.done();
+  third->moveTo({340, 120}, 3.02), view->moveTouches({third}), view->endTouches({third});
+  settle();
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(traceOf(records[1]->rawPoints()).back(), (Path{{300, 100}, {320, 110}}));
+}
+
+TEST_F(Session, ACancelledTouchEndsItsStrokeWhereverItIsReported) {
+  touchPaths(*view, {{{20, 20}, {60, 40}}}, 1);
+  Touch finger = std::make_shared<HeadlessTouch>(QnPoint{100, 100}, 2);
+  view->beginTouches({finger}), finger->moveTo({140, 110}, 2.01), view->moveTouches({finger});
+  finger->moveTo({155, 118}, 2.02);  // the cancel comes from a place the stroke never reached
+  view->cancelTouches({finger});
+  EXPECT_EQ(traceOf(session.strokes()), (Trace{{{20, 20}, {60, 40}, {60, 40}}}));
+  std::shared_ptr<QnSignature> record = recordOf(session);
+  ASSERT_TRUE(record);
+  EXPECT_EQ(traceOf(record->rawPoints()), (Trace{{{20, 20}, {60, 40}, {60, 40}}}));
+}
+
+TEST_F(Session, EverySettingChangedAfterTheRecordWasPreparedReachesTheRecord) {
+  QnScrivlet& f = session.scrivlet();
+  f.setCustomHash("HOST-42");  // hashes drawn on the image must be the same to compare pixels
+  touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}, }, 1);
+  touchPaths(*view, {{{100, 60}, {130, 90}}}, 2);
+  const QnStrokeListRef strokes = session.strokes();
+  std::vector<std::pair<const char*, std::function<void(SignatureSession&)>>> changes = {
+      {"pen colour", [](auto& s) { s.scrivlet().setStrokeColor(QnColor(1, 0, 0, 1)); }},
+      {"pen width", [](auto& s) { s.scrivlet().setStrokeWidth(12); }},
+      {"calligraphic", [](auto& s) { s.scrivlet().setUseCalligraphicBrush(true); }},
+      {"export scale", [](auto& s) { s.scrivlet().setExportScale(2); }},
+      {"date", [](auto& s) { s.scrivlet().setShowDate(true); }},
+      {"date and time", [](auto& s) { s.scrivlet().setShowDate(true), s.scrivlet().setDateIncludesTime(true); }},
+      {"hash", [](auto& s) { s.scrivlet().setShowHash(true); }},
+      {"custom hash", [](auto& s) { s.scrivlet().setShowHash(true), s.scrivlet().setCustomHash("OTHER-7"); }},
+      {"clipping", [](auto& s) { s.scrivlet().setClipSignatureToBounds(true); }},
+      {"skip PDF", [](auto& s) { s.scrivlet().scrivletController()->setSkipPDFData(true); }},
+      {"record background", [](auto& s) { s.setRecordBackground(QnColor(1, 1, 0.8, 1)); }},
+      {"export text sizes", [](auto& s) { s.scrivlet().setShowHash(true), s.scrivlet().scrivletController()->setExportHashFontSize(40); }},
+      {"guideline, stylus and swipes", [](auto& s) {
+         s.scrivlet().setShowGuideline(false), s.scrivlet().setDrawOnlyWithApplePencil(true);
+         s.scrivlet().setSwipeToUndoEnabled(false), s.scrivlet().setVelocityReduction(0.2f);
+       }}};
+  std::shared_ptr<QnSignature> before = recordOf(session);  // prepared with the settings before
+  ASSERT_TRUE(before);
+  for (auto& [what, change] : changes) {
+    SCOPED_TRACE(what);
+    SignatureSession signed_(HeadlessView::create(makeRect(0, 0, 400, 300))), fresh(HeadlessView::create(makeRect(0, 0, 400, 300)));
+    watch(signed_), watch(fresh);
+    for (SignatureSession* s : {&signed_, &fresh}) s->scrivlet().setCustomHash("HOST-42");
+    signed_.setStrokes(strokes);
+    settle();  // the record of the settings before is ready
+    change(signed_);
+    change(fresh);
+    fresh.setStrokes(strokes);
+    std::shared_ptr<QnSignature> changed = recordOf(signed_), expected = recordOf(fresh);
+    ASSERT_TRUE(changed && expected);
+    EXPECT_TRUE(samePixels(*changed, *expected));
+    EXPECT_EQ(changed->frame(), expected->frame());
+    EXPECT_EQ(changed->hashString(), expected->hashString());
+    EXPECT_EQ(changed->pdfData().has_value(), expected->pdfData().has_value());
+    EXPECT_EQ(changed->svgString(), expected->svgString());
+  }
+  // The settings of the issue together: red ink at twice the size with the host's hash, at once.
+  f.setStrokeColor(QnColor(1, 0, 0, 1)), f.setExportScale(2), f.setShowHash(true), f.setCustomHash("HOST-42");
+  std::shared_ptr<QnSignature> after = recordOf(session);
+  ASSERT_TRUE(after);
+  EXPECT_EQ(after->hashString(), "HOST-42");
+  EXPECT_GT(after->frame().size.width, 1.9 * before->frame().size.width);
+  EXPECT_NE(after->svgString()->find("stroke=\"#FF0000\""), std::string::npos);
+}
+
+TEST_F(Session, TheDateAndTimePrintedAreThoseOfDone) {
+  session.scrivlet().setShowDate(true), session.scrivlet().setDateIncludesTime(true);
+  touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}}, 1);
+  settle();  // prepared with the time of then
+  QnClock::setFixedTime(1700000000 + 61);
+  std::shared_ptr<QnSignature> record = recordOf(session);
+  SignatureSession fresh(HeadlessView::create(makeRect(0, 0, 400, 300)));
+  watch(fresh);
+  fresh.scrivlet().setShowDate(true), fresh.scrivlet().setDateIncludesTime(true);
+  fresh.setStrokes(session.strokes());
+  std::shared_ptr<QnSignature> expected = recordOf(fresh);
+  ASSERT_TRUE(record && expected);
+  EXPECT_EQ(record->svgString(), expected->svgString());
+  EXPECT_TRUE(samePixels(*record, *expected));
+}
+
+TEST_F(Session, ARecordIsItsOwnAndChangesNothingWhenChanged) {
+  touchPaths(*view, {{{40, 40}, {80, 60}}}, 1);
+  std::shared_ptr<QnSignature> first = recordOf(session);
+  ASSERT_TRUE(first && first->rawPoints());
+  for (const QnStrokeRef& stroke : *first->rawPoints())
+    for (QnSignaturePoint& p : *stroke) p.location.x = 290;
+  first->rawPoints()->push_back(first->rawPoints()->front());
+  EXPECT_EQ(traceOf(session.strokes()), (Trace{{{40, 40}, {80, 60}, {80, 60}}}));
+  std::shared_ptr<QnSignature> second = recordOf(session);
+  ASSERT_TRUE(second);
+  EXPECT_EQ(traceOf(second->rawPoints()), (Trace{{{40, 40}, {80, 60}, {80, 60}}}));
+  QnStrokeListRef copy = session.strokes();  // a copy too
+  copy->front()->front().location.y = -1;
+  EXPECT_EQ(traceOf(session.strokes()).front().front(), (std::pair(40.0, 40.0)));
+}
+
+TEST_F(Session, AResizeWithClippingOnGivesARecordOfTheNewBounds) {
+  session.scrivlet().setClipSignatureToBounds(true);
+  Path path;
+  for (int i = 0; i < 20; ++i) path.emplace_back(100 + 5 * i, 150 + (i % 3));
+  touchPaths(*view, {path}, 1);  // 21 points
+  settle();  // a record clipped to 400 x 300 is prepared
+  view->setFrame(makeRect(0, 0, 200, 300));  // the ink moves left with the guideline
+  std::shared_ptr<QnSignature> record = recordOf(session);
+  ASSERT_TRUE(record);
+  EXPECT_EQ(traceOf(record->rawPoints()), traceOf(session.strokes()));
+  EXPECT_EQ(traceOf(record->rawPoints()).front().size(), 21u);
+  EXPECT_EQ(record->frame().size, (QnSize{200, 300}));
+}
+
+TEST_F(Session, UndoAndRedoWorkWithoutSwipesAndARedoneStrokeFollowsTheLayout) {
+  session.scrivlet().setSwipeToUndoEnabled(false);
+  touchPaths(*view, {{{20, 200}, {60, 210}}}, 1), touchPaths(*view, {{{100, 200}, {140, 220}}}, 2);
+  session.undo();
+  EXPECT_EQ(traceOf(session.strokes()), (Trace{{{20, 200}, {60, 210}, {60, 210}}}));
+  session.redo();
+  EXPECT_EQ(session.strokes()->size(), 2u);
+  session.undo();
+  const QnPoint guideline = session.scrivlet().scrivletController()->guideline()->frame().origin;
+  view->setFrame(makeRect(0, 0, 400, 500));  // the guideline and the ink move down
+  const QnPoint moved = session.scrivlet().scrivletController()->guideline()->frame().origin;
+  const double dy = moved.y - guideline.y;
+  ASSERT_GT(dy, 0);
+  session.redo();
+  EXPECT_EQ(traceOf(session.strokes()),
+            (Trace{{{20, 200 + dy}, {60, 210 + dy}, {60, 210 + dy}}, {{100, 200 + dy}, {140, 220 + dy}, {140, 220 + dy}}}));
+}
+
+TEST_F(Session, StrokesThatDoNotLoadLeaveTheCanvasAndSayWhy) {
   touchPaths(*view, {{{20, 20}, {60, 40}, {80, 30}}}, 1);
   const std::string saved = strokesToJson(session.strokes());
+  testing::internal::CaptureStderr();
+  session.setStrokes(strokesFromJson("{\"format\":\"scrivlet-strokes\",\"version\":1}"));  // nothing to show
+  std::optional<LoadError> error = session.loadStrokes("{\"format\":5,\"version\":1,\"strokes\":[]}");
+  std::optional<LoadError> cut = session.loadStrokes(saved.substr(0, saved.size() / 2));
+  testing::internal::GetCapturedStderr();
+  ASSERT_TRUE(error && cut);
+  EXPECT_EQ(error->code, LoadError::Code::notThisFormat);
+  EXPECT_EQ(error->message, "not a strokes document");
+  EXPECT_EQ(cut->code, LoadError::Code::notJson);
+  EXPECT_EQ(strokesToJson(session.strokes()), saved);
+  // What loads is shown in place of the canvas, and the next record holds it and the new strokes.
   SignatureSession other{HeadlessView::create(makeRect(0, 0, 400, 300))};
-  std::vector<std::shared_ptr<QnSignature>> got;
-  other.signatureReady = [&got](auto record) { got.push_back(record); };
-  other.setStrokes(strokesFromJson(saved));
+  watch(other);
+  EXPECT_FALSE(other.loadStrokes(saved));
   EXPECT_EQ(strokesToJson(other.strokes()), saved);
+  touchPaths(*other.scrivlet().scrivletController()->scrivletView(), {{{200, 100}, {240, 120}}}, 5);
+  std::shared_ptr<QnSignature> record = recordOf(other);
+  ASSERT_TRUE(record);
+  EXPECT_EQ(traceOf(record->rawPoints()),
+            (Trace{{{20, 20}, {60, 40}, {80, 30}, {80, 30}}, {{200, 100}, {240, 120}, {240, 120}}}));
+  // Points whose position is not finite, and missing strokes, are left out.
   QnStrokeListRef withBadPoints = strokesFromJson(saved);
   withBadPoints->front()->push_back(withBadPoints->front()->back());
   withBadPoints->front()->back().location.y = NAN;
   withBadPoints->push_back(nullptr);
-  session.setStrokes(withBadPoints);  // the point that is not finite, and the missing stroke, are left out
+  session.setStrokes(withBadPoints);
   EXPECT_EQ(traceOf(session.strokes()), (Trace{{{20, 20}, {60, 40}, {80, 30}, {80, 30}}, {}}));
-  touchPaths(*other.scrivlet().scrivletController()->scrivletView(), {{{200, 100}, {240, 120}}}, 5);
-  other.done();
-  settle();
-  ASSERT_EQ(got.size(), 1u);
-  EXPECT_EQ(traceOf(got[0]->rawPoints()),
-            (Trace{{{20, 20}, {60, 40}, {80, 30}, {80, 30}}, {{200, 100}, {240, 120}, {240, 120}}}));
+}
+
+TEST_F(Session, TheRecordsBackgroundIsOffByDefaultAndPaintedUnderTheInkWhenSet) {
+  touchPaths(*view, {{{20, 20}, {60, 40}}}, 1);
+  EXPECT_FALSE(session.recordBackground());
+  std::shared_ptr<QnSignature> clear = recordOf(session);
+  session.setRecordBackground(QnColor(1, 1, 1, 1));
+  std::shared_ptr<QnSignature> white = recordOf(session);
+  ASSERT_TRUE(clear && white && clear->imageData() && white->imageData());
+  QnImage transparent = QnImage::decodePNG(*clear->imageData()), opaque = QnImage::decodePNG(*white->imageData());
+  savePNG(opaque, "session_record_on_white.png");
+  EXPECT_EQ(rgbaAt(transparent, 0, 0), (Rgba{0, 0, 0, 0}));
+  EXPECT_EQ(rgbaAt(opaque, 0, 0), (Rgba{255, 255, 255, 255}));
+  // The ink is where it was, black on white, and every pixel is opaque.
+  int black = 0;
+  for (int y = 0; y < opaque.pixelHeight(); ++y)
+    for (int x = 0; x < opaque.pixelWidth(); ++x) {
+      Rgba p = rgbaAt(opaque, x, y);
+      ASSERT_EQ(p[3], 255);
+      black += p == Rgba{0, 0, 0, 255} && rgbaAt(transparent, x, y) == Rgba{0, 0, 0, 255};
+    }
+  EXPECT_GT(black, 40);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <scrivlet/export.h>
 #include <scrivlet/geometry.h>
+#include <scrivlet/load_error.h>
 #include <scrivlet/signature.h>
 
 #include <cstdint>
@@ -38,8 +39,13 @@ struct RecordFile {
 // The record's strokes, PNG, hash, time and frame, and this machine's device.
 SCRIVLET_EXPORT std::string recordToJson(const QnSignature& record);
 SCRIVLET_EXPORT std::string recordFileToJson(const RecordFile& file);
-// Such a document read back; anything else gives nothing, with the reason in *error when given, else
-// in one line on standard error.
+// Such a document read back. Anything else gives nothing, with the reason in *error when given, else
+// in one line of the log (standard error): a document over 128 MiB (refused before it is read), not
+// JSON, nested deeper than 32 levels, of another format or version, a member missing, twice, of the
+// wrong type or out of range (pixelsPerInch from 1 to 2^31 - 1), strokes that do not read as a
+// strokes document (strokesFromJson's limits). The reading never costs more than a few times the
+// document's size.
+SCRIVLET_EXPORT std::optional<RecordFile> recordFromJson(std::string_view json, LoadError* error);
 SCRIVLET_EXPORT std::optional<RecordFile> recordFromJson(std::string_view json, std::string* error = nullptr);
 
 // This machine's device.

@@ -20,11 +20,13 @@ struct RecordRenderSettings {
   bool showHash = false;                  // the hash badge, with `hash`
   std::optional<std::string> hash;        // the record's hash text; a new one when not given
   std::optional<double> timestamp;        // seconds since 1 January 2001 UTC; now when not given
+  std::optional<QnColor> background;      // painted under the PNG's ink; transparent when not given
 };
 
-// The record of the strokes. It runs a signing session of its own on a headless run loop, which it
-// makes the current scheduler: call it where no other session runs on this thread's process (a
-// server's worker, a tool). Nothing, with one line on standard error, when there are no points.
+// The record of the strokes, drawn as a signing session draws its records, on the calling thread and
+// one of its own. A fixed timestamp fixes the process's clock while the record is drawn: give one
+// only where nothing else reads the time meanwhile (a server's worker, a tool). Nothing, with one
+// line on standard error, when there are no points.
 SCRIVLET_EXPORT std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& strokes,
                                                                     const RecordRenderSettings& settings);
 

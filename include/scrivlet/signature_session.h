@@ -2,12 +2,16 @@
 // strokes saved and loaded, and "Done" that always answers once with a record of exactly the canvas.
 #pragma once
 
+#include <scrivlet/color.h>
 #include <scrivlet/export.h>
 #include <scrivlet/facade.h>
+#include <scrivlet/load_error.h>
 #include <scrivlet/signature.h>
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <string_view>
 
 namespace scrivlet {
 
@@ -22,10 +26,12 @@ class SCRIVLET_EXPORT SignatureSession {
 
   // What the session tells, on the main thread; each is optional.
   std::function<void(unsigned long pointCount)> strokeEnded;  // every point on the canvas
+  // A record of its own for each answer: changing it changes neither the canvas nor another record.
   std::function<void(std::shared_ptr<QnSignature>)> signatureReady;
   std::function<void()> signedNothing;
 
-  // The facade, for its settings.
+  // The facade, for its settings. Every setting may change at any time: the record follows the
+  // settings as they are at "Done".
   QnScrivlet& scrivlet() { return *scrivlet_; }
 
   // The canvas at a glance, to compare with an earlier look: strokes, points, strokes to redo, and
@@ -45,18 +51,31 @@ class SCRIVLET_EXPORT SignatureSession {
   bool isEmpty() const;
   bool canUndo() const;
   bool canRedo() const;
+  // Whatever the swipe setting: a stroke redone comes back where the ink it was drawn with now is,
+  // even after the view was resized.
   void undo();
   void redo();
   void clear();
 
   // A copy of the strokes on the canvas.
   QnStrokeListRef strokes() const;
-  // Shows a copy of the strokes in place of the canvas's, leaving out points whose position is not
-  // finite; the signer may go on, and the next record holds them.
+  // Shows a copy of the strokes in place of the canvas's (and of the strokes to redo), leaving out
+  // points whose position is not finite; the signer may go on, and the next record holds them. A
+  // missing list leaves the canvas as it is.
   void setStrokes(const QnStrokeListRef& strokes);
+  // Loads a strokes document (strokesFromJson) in place of the canvas: nothing when it loaded, else
+  // why not, and the canvas is left as it was.
+  std::optional<LoadError> loadStrokes(std::string_view json);
 
-  // Answers once: signatureReady with a record of exactly the strokes on the canvas now (at once when
-  // the prepared one matches, else when a new preparation has finished), or signedNothing.
+  // The colour the record's PNG is painted on; none by default, which keeps the PNG transparent (the
+  // PDF and SVG stay transparent either way).
+  const std::optional<QnColor>& recordBackground() const;
+  void setRecordBackground(std::optional<QnColor> color);
+
+  // Answers exactly once, in the order asked: signatureReady with a record of the canvas as it is now,
+  // at this call, with the settings as they are now (at once when the record prepared after the last
+  // stroke is of the same canvas and settings, else once it is made, whatever the signer does
+  // meanwhile), or signedNothing when the canvas holds no point.
   void done();
 
  private:

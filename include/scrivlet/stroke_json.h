@@ -2,6 +2,7 @@
 #pragma once
 
 #include <scrivlet/export.h>
+#include <scrivlet/load_error.h>
 #include <scrivlet/signature_point.h>
 
 #include <string>
@@ -17,9 +18,11 @@ namespace scrivlet {
 // as the string "NaN", "Infinity" or "-Infinity". A missing list is written as no strokes.
 SCRIVLET_EXPORT std::string strokesToJson(const QnStrokeListRef& strokes);
 
-// The strokes of such a document. Anything else (not JSON, another format or version, a field
-// missing or of the wrong type, a position that is not finite, more than a million points) gives
-// nothing, with one line on standard error.
-SCRIVLET_EXPORT QnStrokeListRef strokesFromJson(std::string_view json);
+// The strokes of such a document. Anything else gives nothing, with the reason in *error when given,
+// else in one line of the log (standard error): a document over 64 MiB (refused before it is read),
+// not JSON, nested deeper than 32 levels, of another format or version, a field missing or of the
+// wrong type, a position that is not finite, more than 10,000 strokes or a million points. The
+// limits apply while reading: the reading never costs more than a few times the document's size.
+SCRIVLET_EXPORT QnStrokeListRef strokesFromJson(std::string_view json, LoadError* error = nullptr);
 
 }  // namespace scrivlet

@@ -11,6 +11,7 @@
 #include "platform/fonts.h"
 #include "platform/image.h"
 #include "platform/narrowing.h"
+#include "platform/log.h"
 #include "platform/pdf_context.h"
 #include "render/combo_context.h"
 #include "render/drawing_view.h"
@@ -149,7 +150,10 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     if (png.empty()) return std::nullopt;
     return png;
   }
-  if (format == "SVG") return bytesOf(combo->serializeSVG({cw, ch}));
+  if (format == "SVG") {
+    if (combo->writesOnlyFiniteNumbers({cw, ch})) return bytesOf(combo->serializeSVG({cw, ch}));
+    logLine("Scrivlet: no SVG: a number of the drawing is not finite");
+  }
   return std::nullopt;
 }
 

@@ -1,77 +1,214 @@
-// The signing session over the facade and its capture controller.
+// The signing session over the facade and its capture controller: its own records of the canvas, a
+// watcher of the touches after the controller has seen them, and strokes to redo that follow layouts.
 #include <scrivlet/signature_session.h>
 
+#include <scrivlet/gesture_recognizer.h>
+#include <scrivlet/scheduler.h>
 #include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/stroke_json.h>
 
 #include "capture/drawing_controller.h"
+#include "host/record_preparation.h"
+#include "platform/image_view.h"
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 
 namespace scrivlet {
 
 namespace {
 
-// The ids of every point, stroke by stroke.
-std::vector<std::vector<uint64_t>> idsOf(const QnStrokeListRef& strokes) {
-  std::vector<std::vector<uint64_t>> ids;
-  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{}) {
-    ids.emplace_back();
-    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{}) ids.back().push_back(p.id);
-  }
-  return ids;
-}
-
-// A record matches the canvas when it has its strokes, each with the canvas stroke's points, in order;
-// clipping to the view may have left some points out.
-bool matches(const QnSignature& record, const std::vector<std::vector<uint64_t>>& canvas, bool clipped) {
-  auto recorded = idsOf(record.rawPoints());
-  if (recorded.size() != canvas.size()) return false;
-  for (size_t s = 0; s < canvas.size(); ++s) {
-    if (!clipped && recorded[s] != canvas[s]) return false;
-    auto at = canvas[s].begin();
-    for (uint64_t id : recorded[s])
-      if ((at = std::find(at, canvas[s].end(), id)) == canvas[s].end()) return false;
-  }
-  return true;
-}
+// The geometry whose change lays the canvas out again.
+constexpr std::pair<QnGeometryTarget, const char*> kLayoutGeometry[] = {
+    {QnGeometryTarget::view, "frame"},         {QnGeometryTarget::layer, "bounds"},
+    {QnGeometryTarget::layer, "transform"},    {QnGeometryTarget::layer, "position"},
+    {QnGeometryTarget::layer, "zPosition"},    {QnGeometryTarget::layer, "anchorPoint"},
+    {QnGeometryTarget::layer, "anchorPointZ"}, {QnGeometryTarget::layer, "frame"}};
 
 }  // namespace
 
-// What the delegate's calls reach, held weakly by them so that the session may go first.
-struct SignatureSession::State {
-  SignatureSession* session;
-  bool answerOwed = false;
-  std::vector<std::vector<uint64_t>> expected;  // the canvas when "Done" came
+// What the callbacks reach, held weakly by them so that the session may go first.
+struct SignatureSession::State : std::enable_shared_from_this<State> {
+  class Watcher;
+  // A record asked for: what it is of, and the record once it is made.
+  struct Preparation {
+    RecordRequest request;
+    uint64_t sequence;
+    std::shared_ptr<QnSignature> record;
+  };
+
+  SignatureSession* session;  // none once the session is gone
+  std::shared_ptr<QnScrivletController> controller;
+  std::optional<QnColor> background;
+  // Under way, and the latest made.
+  std::vector<std::shared_ptr<Preparation>> preparations;
+  uint64_t nextSequence = 0;
+  // The answers owed, in order: a record once made, or none for an empty canvas.
+  std::deque<std::shared_ptr<Preparation>> answersOwed;
+  bool answering = false;
+  std::shared_ptr<QnTimer> advanceTimer;
+  // The touch that began the stroke being drawn, and that stroke.
+  std::weak_ptr<QnTouch> drawingTouch;
+  std::weak_ptr<QnStroke> drawingStroke;
+  QnPoint guidelineOrigin;
+  // What the session put on the view, to take off when it goes.
+  std::weak_ptr<QnView> view;
+  std::shared_ptr<QnGestureRecognizer> watcher;
+  std::vector<QnView::ObserverToken> observations;
+
+  QnDemoDrawingController& model() const { return *controller->drawingController(); }
+  bool canvasEmpty() const;
+  std::shared_ptr<Preparation> preparationOf(RecordRequest request);
+  void prepared(const std::shared_ptr<Preparation>& preparation);
+  void answer();
+  void prepareInAdvance();
+  void touchesBegan(const QnTouchSet& touches);
+  void touchesEnded(const QnTouchSet& touches, bool cancelled);
+  void followLayout();
 };
 
-SignatureSession::SignatureSession(std::shared_ptr<QnView> view)
-    : state_(std::make_shared<State>(State{this, false, {}})),
-      delegate_(std::make_shared<QnScrivletControllerDelegate>()),
-      scrivlet_(QnScrivlet::scrivletWithViewDelegate(std::move(view), delegate_)) {
-  std::weak_ptr<State> weak = state_;
-  delegate_->scrivletDidEndLineWithSignaturePointCount = [weak](auto, unsigned long points) {
-    if (auto state = weak.lock(); state && state->session->strokeEnded) state->session->strokeEnded(points);
-  };
-  // Completion reaches here only when the session asked for a record; a stale one is let pass.
-  delegate_->scrivletDidCompleteWithSignature = [weak](auto, std::shared_ptr<QnSignature> record) {
-    auto state = weak.lock();
-    if (!state || !state->answerOwed) return;
-    SignatureSession& session = *state->session;
-    auto controller = session.scrivlet_->scrivletController();
-    if (!record || !matches(*record, state->expected, controller->clipSignatureToBounds())) {
-      controller->setDoneCallbackRequested(1);  // a preparation of the canvas is still under way
-      return;
-    }
-    state->answerOwed = false;
-    if (session.signatureReady) session.signatureReady(record);
-  };
+// Sees every touch phase after the capture controller, for the session.
+class SignatureSession::State::Watcher : public QnGestureRecognizer {
+ public:
+  explicit Watcher(std::weak_ptr<State> state) : state_(std::move(state)) {
+    setCancelsTouchesInView(false), setDelaysTouchesEnded(false);
+  }
+  void touchesBeganWithEvent(const QnTouchSet& touches, const QnEvent&) override {
+    if (auto state = live()) state->touchesBegan(touches);
+  }
+  void touchesEndedWithEvent(const QnTouchSet& touches, const QnEvent&) override {
+    if (auto state = live()) state->touchesEnded(touches, false);
+  }
+  void touchesCancelledWithEvent(const QnTouchSet& touches, const QnEvent&) override {
+    if (auto state = live()) state->touchesEnded(touches, true);
+  }
+
+ private:
+  std::shared_ptr<State> live() const {
+    auto state = state_.lock();
+    return state && state->session ? state : nullptr;
+  }
+  std::weak_ptr<State> state_;
+};
+
+bool SignatureSession::State::canvasEmpty() const {
+  const QnStrokeList& strokes = *model().drawingArray();
+  return std::all_of(strokes.begin(), strokes.end(), [](const QnStrokeRef& s) { return !s || s->empty(); });
 }
 
-SignatureSession::~SignatureSession() = default;
+std::shared_ptr<SignatureSession::State::Preparation> SignatureSession::State::preparationOf(RecordRequest request) {
+  for (const auto& preparation : preparations)
+    if (preparation->request.sameRecordAs(request)) return preparation;
+  auto preparation = std::make_shared<Preparation>(Preparation{std::move(request), nextSequence++, nullptr});
+  preparations.push_back(preparation);
+  std::weak_ptr<State> weak = weak_from_this();
+  prepareRecordInBackground(preparation->request, [weak, preparation](std::shared_ptr<QnSignature> record) {
+    preparation->record = std::move(record);
+    if (auto state = weak.lock()) state->prepared(preparation);
+  });
+  return preparation;
+}
+
+void SignatureSession::State::prepared(const std::shared_ptr<Preparation>& preparation) {
+  // Of the records made, only the one asked for last is kept for the next "Done".
+  uint64_t latest = preparation->sequence;
+  for (const auto& p : preparations)
+    if (p->record) latest = std::max(latest, p->sequence);
+  std::erase_if(preparations, [latest](const auto& p) { return p->record && p->sequence < latest; });
+  answer();
+}
+
+void SignatureSession::State::answer() {
+  if (answering) return;  // a host answering "Done" with another "Done": the loop below takes it
+  answering = true;
+  std::shared_ptr<State> self = shared_from_this();  // the host may let the session go meanwhile
+  while (session && !answersOwed.empty() && (!answersOwed.front() || answersOwed.front()->record)) {
+    std::shared_ptr<Preparation> owed = std::move(answersOwed.front());
+    answersOwed.pop_front();
+    if (!owed) {
+      if (auto told = session->signedNothing) told();
+    } else if (auto told = session->signatureReady) {
+      told(copyOfRecord(*owed->record));
+    }
+  }
+  answering = false;
+}
+
+void SignatureSession::State::prepareInAdvance() {
+  if (advanceTimer) advanceTimer->invalidate();
+  std::weak_ptr<State> weak = weak_from_this();
+  advanceTimer = QnScheduler::current().scheduleTimer(controller->delayBeforeCaching(), [weak] {
+    auto state = weak.lock();
+    if (state && state->session && !state->canvasEmpty() && !state->model().drawing())
+      state->preparationOf(requestOfCanvas(*state->controller, state->background));
+  });
+}
+
+void SignatureSession::State::touchesBegan(const QnTouchSet& touches) {
+  const QnStrokeRef& open = model().pointArray();
+  if (!model().drawing() || !open || open == drawingStroke.lock() || touches.empty()) return;
+  // A stroke began with the set's first touch: the record waits until it ends.
+  drawingStroke = open, drawingTouch = touches.front();
+  if (advanceTimer) advanceTimer->invalidate();
+}
+
+void SignatureSession::State::touchesEnded(const QnTouchSet& touches, bool cancelled) {
+  // The controller follows its touch by position alone: a cancel reported elsewhere would leave the
+  // stroke open. The session knows the touch itself.
+  std::shared_ptr<QnTouch> touch = drawingTouch.lock();
+  if (cancelled && touch && model().drawing() && model().pointArray() == drawingStroke.lock() &&
+      std::find(touches.begin(), touches.end(), touch) != touches.end())
+    model().cancelDrawingStroke();
+  // The session prepares its records itself, with every setting.
+  if (controller->cacheTimer()) controller->cacheTimer()->invalidate();
+  if (!model().drawing()) prepareInAdvance();
+}
+
+void SignatureSession::State::followLayout() {
+  // A layout moves the strokes on the canvas with the guideline, and the strokes to redo with them.
+  QnPoint origin = controller->guideline() ? controller->guideline()->frame().origin : QnPoint{};
+  QnPoint offset{origin.x - guidelineOrigin.x, origin.y - guidelineOrigin.y};
+  guidelineOrigin = origin;
+  if (offset == QnPoint{}) return;
+  QnStrokeList& redo = *model().drawingArrayForRedo();
+  redo = *copyOfStrokesMovedBy(std::make_shared<QnStrokeList>(std::move(redo)), offset);
+}
+
+SignatureSession::SignatureSession(std::shared_ptr<QnView> view)
+    : state_(std::make_shared<State>()),
+      delegate_(std::make_shared<QnScrivletControllerDelegate>()),
+      scrivlet_(QnScrivlet::scrivletWithViewDelegate(view, delegate_)) {
+  state_->session = this;
+  state_->controller = scrivlet_->scrivletController();
+  std::weak_ptr<State> weak = state_;
+  delegate_->scrivletDidEndLineWithSignaturePointCount = [weak](auto, unsigned long points) {
+    auto state = weak.lock();
+    if (auto told = state && state->session ? state->session->strokeEnded : nullptr) told(points);
+  };
+  if (!view) return;
+  state_->view = view;
+  state_->watcher = std::make_shared<State::Watcher>(weak);
+  view->addGestureRecognizer(state_->watcher);
+  for (auto [target, key] : kLayoutGeometry)
+    state_->observations.push_back(
+        view->addGeometryObserver(target, key, [weak](QnGeometryTarget, const std::string&) {
+          if (auto state = weak.lock(); state && state->session) state->followLayout();
+        }));
+  state_->followLayout();
+}
+
+SignatureSession::~SignatureSession() {
+  state_->session = nullptr;
+  if (state_->advanceTimer) state_->advanceTimer->invalidate();
+  if (auto view = state_->view.lock()) {
+    view->removeGestureRecognizer(state_->watcher.get());
+    for (QnView::ObserverToken token : state_->observations) view->removeGeometryObserver(token);
+  }
+}
 
 SignatureSession::CanvasState SignatureSession::canvasState() const {
-  const QnDemoDrawingController& model = *scrivlet_->scrivletController()->drawingController();
+  const QnDemoDrawingController& model = state_->model();
   CanvasState state{model.drawingArray()->size(), 0, model.drawingArrayForRedo()->size(), model.drawing()};
   for (const QnStrokeRef& stroke : *model.drawingArray()) state.points += stroke ? stroke->size() : 0;
   return state;
@@ -86,61 +223,60 @@ SignatureSession::CanvasChange SignatureSession::changeSince(CanvasState& seen) 
   return change;
 }
 
-bool SignatureSession::isEmpty() const {
-  for (const QnStrokeRef& stroke : *scrivlet_->scrivletController()->drawingController()->drawingArray())
-    if (stroke && !stroke->empty()) return false;
-  return true;
+bool SignatureSession::isEmpty() const { return state_->canvasEmpty(); }
+bool SignatureSession::canUndo() const { return !state_->model().drawingArray()->empty(); }
+bool SignatureSession::canRedo() const { return !state_->model().drawingArrayForRedo()->empty(); }
+
+void SignatureSession::undo() {
+  state_->model().undoDrawingStroke();
+  state_->prepareInAdvance();
 }
 
-bool SignatureSession::canUndo() const {
-  return !scrivlet_->scrivletController()->drawingController()->drawingArray()->empty();
+void SignatureSession::redo() {
+  state_->followLayout();
+  state_->model().redoDrawingStroke();
+  state_->prepareInAdvance();
 }
 
-bool SignatureSession::canRedo() const {
-  return !scrivlet_->scrivletController()->drawingController()->drawingArrayForRedo()->empty();
+void SignatureSession::clear() {
+  scrivlet_->reset();
+  if (state_->advanceTimer) state_->advanceTimer->invalidate();
 }
 
-void SignatureSession::undo() { scrivlet_->scrivletController()->undo(); }
-void SignatureSession::redo() { scrivlet_->scrivletController()->redo(); }
-void SignatureSession::clear() { scrivlet_->reset(); }
-
-QnStrokeListRef SignatureSession::strokes() const {
-  return copyOfStrokesMovedBy(scrivlet_->scrivletController()->drawingController()->drawingArray(), {0, 0});
-}
+QnStrokeListRef SignatureSession::strokes() const { return exactCopyOfStrokes(state_->model().drawingArray()); }
 
 void SignatureSession::setStrokes(const QnStrokeListRef& strokes) {
-  auto controller = scrivlet_->scrivletController();
-  controller->drawingController()->cancelDrawingStroke();
+  if (!strokes) return;
+  QnDemoDrawingController& model = state_->model();
+  model.cancelDrawingStroke();
   // A copy, without the points whose position is not finite: those are never stored.
   auto copy = std::make_shared<QnStrokeList>();
-  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{}) {
+  for (const QnStrokeRef& stroke : *strokes) {
     copy->push_back(std::make_shared<QnStroke>());
     for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
       if (std::isfinite(p.location.x) && std::isfinite(p.location.y)) copy->back()->push_back(p);
   }
-  controller->drawingController()->setDrawingArray(copy);
-  controller->drawingController()->redraw();
-  controller->cacheSignatureAfterDelay(controller->delayBeforeCaching());
+  model.setDrawingArray(copy);
+  model.drawingArrayForRedo()->clear();
+  model.redraw();
+  state_->prepareInAdvance();
 }
 
+std::optional<LoadError> SignatureSession::loadStrokes(std::string_view json) {
+  LoadError error;
+  QnStrokeListRef strokes = strokesFromJson(json, &error);
+  if (!strokes) return error;
+  setStrokes(strokes);
+  return std::nullopt;
+}
+
+const std::optional<QnColor>& SignatureSession::recordBackground() const { return state_->background; }
+void SignatureSession::setRecordBackground(std::optional<QnColor> color) { state_->background = std::move(color); }
+
 void SignatureSession::done() {
-  if (isEmpty()) {
-    state_->answerOwed = false;
-    if (signedNothing) signedNothing();
-    return;
-  }
-  auto controller = scrivlet_->scrivletController();
-  state_->expected = idsOf(controller->drawingController()->drawingArray());
-  state_->answerOwed = true;
-  const auto& cached = controller->cachedSignature();
-  if (cached && matches(*cached, state_->expected, controller->clipSignatureToBounds())) {
-    state_->answerOwed = false;
-    if (signatureReady) signatureReady(cached);
-    return;
-  }
-  // Prepare the canvas as it is now; the record comes through the delegate when it is ready.
-  controller->cacheSignatureAfterDelay(0);
-  controller->setDoneCallbackRequested(1);
+  state_->answersOwed.push_back(
+      isEmpty() ? nullptr : state_->preparationOf(requestOfCanvas(*state_->controller, state_->background)));
+  state_->answer();
 }
 
 }  // namespace scrivlet

@@ -1,102 +1,47 @@
-// Strokes to JSON and back, with nlohmann-json.
+// Strokes to JSON and back: written piece by piece, read event by event.
 #include <scrivlet/stroke_json.h>
 
-#include <nlohmann/json.hpp>
-
-#include <cmath>
-#include <cstdio>
-#include <optional>
+#include "host/json_writing.h"
+#include "host/strokes_reader.h"
+#include "platform/log.h"
 
 namespace scrivlet {
 
-namespace {
-
-using nlohmann::json;
-
-constexpr const char* kFormat = "scrivlet-strokes";
-constexpr int kVersion = 1;
-constexpr size_t kMostPoints = 1'000'000;
-
-json number(double value) {
-  if (std::isnan(value)) return "NaN";
-  if (std::isinf(value)) return value > 0 ? "Infinity" : "-Infinity";
-  return value;
-}
-
-std::optional<double> numberIn(const json& point, const char* key) {
-  auto found = point.find(key);
-  if (found == point.end()) return std::nullopt;
-  if (found->is_number()) return found->get<double>();
-  if (!found->is_string()) return std::nullopt;
-  const std::string& text = found->get_ref<const std::string&>();
-  if (text == "NaN") return std::nan("");
-  if (text == "Infinity") return INFINITY;
-  if (text == "-Infinity") return -INFINITY;
-  return std::nullopt;
-}
-
-QnStrokeListRef refuse(const char* why) {
-  std::fprintf(stderr, "Scrivlet: no strokes loaded from JSON: %s\n", why);
-  return nullptr;
-}
-
-}  // namespace
-
 std::string strokesToJson(const QnStrokeListRef& strokes) {
-  json list = json::array();
-  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{}) {
-    json points = json::array();
-    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
-      points.push_back({{"x", number(p.location.x)},        {"y", number(p.location.y)},
-                        {"vx", number(p.velocity.x)},       {"vy", number(p.velocity.y)},
-                        {"ax", number(p.acceleration.x)},   {"ay", number(p.acceleration.y)},
-                        {"t", number(p.timestamp)},         {"azimuth", number(p.azimuthAngle)},
-                        {"altitude", number(p.altitudeAngle)}, {"pressure", number(p.pressure)},
-                        {"diameter", number(p.diameter)},   {"id", p.id}});
-    list.push_back(std::move(points));
+  // Members in the order of their names, as a JSON object of nlohmann-json writes them.
+  std::string out = "{\"format\":\"scrivlet-strokes\",\"strokes\":[";
+  for (size_t s = 0; strokes && s < strokes->size(); ++s) {
+    out += s ? ",[" : "[";
+    const QnStrokeRef& stroke = (*strokes)[s];
+    for (size_t i = 0; stroke && i < stroke->size(); ++i) {
+      const QnSignaturePoint& p = (*stroke)[i];
+      const std::pair<const char*, double> fields[] = {
+          {"{\"altitude\":", p.altitudeAngle}, {",\"ax\":", p.acceleration.x},  {",\"ay\":", p.acceleration.y},
+          {",\"azimuth\":", p.azimuthAngle},   {",\"diameter\":", p.diameter}};
+      const std::pair<const char*, double> after[] = {
+          {",\"pressure\":", p.pressure}, {",\"t\":", p.timestamp}, {",\"vx\":", p.velocity.x},
+          {",\"vy\":", p.velocity.y},     {",\"x\":", p.location.x}, {",\"y\":", p.location.y}};
+      if (i) out += ',';
+      for (auto [name, value] : fields) out += name, appendJsonNumber(out, value);
+      out += ",\"id\":", appendJsonUnsigned(out, p.id);
+      for (auto [name, value] : after) out += name, appendJsonNumber(out, value);
+      out += '}';
+    }
+    out += ']';
   }
-  return json{{"format", kFormat}, {"version", kVersion}, {"strokes", std::move(list)}}.dump();
+  return out + "],\"version\":" + std::to_string(kStrokesVersion) + "}";
 }
 
-QnStrokeListRef strokesFromJson(std::string_view text) {
-  json document = json::parse(text, nullptr, false);
-  if (document.is_discarded() || !document.is_object()) return refuse("not a JSON object");
-  if (document.value("format", "") != kFormat) return refuse("not a strokes document");
-  if (!document["version"].is_number_integer() || document["version"] != kVersion)
-    return refuse("a version this library does not read");
-  const json& list = document["strokes"];
-  if (!list.is_array()) return refuse("no list of strokes");
-  auto strokes = std::make_shared<QnStrokeList>();
-  size_t total = 0;
-  for (const json& points : list) {
-    if (!points.is_array()) return refuse("a stroke that is not a list of points");
-    if ((total += points.size()) > kMostPoints) return refuse("more than a million points");
-    auto stroke = std::make_shared<QnStroke>();
-    for (const json& point : points) {
-      if (!point.is_object()) return refuse("a point that is not an object");
-      double value[11];
-      const char* keys[] = {"x", "y", "vx", "vy", "ax", "ay", "t", "azimuth", "altitude", "pressure", "diameter"};
-      for (int k = 0; k < 11; ++k) {
-        std::optional<double> read = numberIn(point, keys[k]);
-        if (!read) return refuse("a point with a field missing or not a number");
-        value[k] = *read;
-      }
-      auto id = point.find("id");
-      if (id == point.end() || !id->is_number_unsigned()) return refuse("a point without an id");
-      if (!std::isfinite(value[0]) || !std::isfinite(value[1])) return refuse("a position that is not finite");
-      QnSignaturePoint p;
-      p.location = {value[0], value[1]};
-      p.velocity = {value[2], value[3]};
-      p.acceleration = {value[4], value[5]};
-      p.timestamp = value[6];
-      p.azimuthAngle = static_cast<float>(value[7]);
-      p.altitudeAngle = static_cast<float>(value[8]);
-      p.pressure = static_cast<float>(value[9]);
-      p.diameter = static_cast<float>(value[10]);
-      p.id = id->get<uint64_t>();
-      stroke->push_back(p);
-    }
-    strokes->push_back(std::move(stroke));
+QnStrokeListRef strokesFromJson(std::string_view text, LoadError* error) {
+  StrokesReader reader;
+  std::optional<LoadError> refused = readJsonEvents(text, kMostStrokeJsonBytes, "a strokes document", reader);
+  QnStrokeListRef strokes = refused ? nullptr : reader.result();
+  if (!strokes) {
+    const LoadError& why = refused ? *refused : *reader.error;
+    if (error)
+      *error = why;
+    else
+      logLine("Scrivlet: no strokes loaded from JSON: " + why.message);
   }
   return strokes;
 }

@@ -3,13 +3,13 @@
 
 #include "capture/drawing_controller.h"
 #include "platform/narrowing.h"
+#include "platform/log.h"
 
 #include <pugixml.hpp>
 
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 #include <cstring>
 #include <optional>
 
@@ -27,7 +27,7 @@ constexpr int kPauseMilliseconds = 30;
 constexpr float kFullSpeedPointsPerSecond = 1500;
 
 QnStrokeListRef refuse(const char* why) {
-  std::fprintf(stderr, "Scrivlet: no strokes read from the time series: %s\n", why);
+  logLine(std::string("Scrivlet: no strokes read from the time series: ") + why);
   return nullptr;
 }
 
@@ -43,12 +43,11 @@ pugi::xml_node childNamed(const pugi::xml_node& parent, const char* name) {
   return {};
 }
 
-// The element's text as a whole number in [low, high], or nothing: an element holding anything but
-// its number is refused, not read in part.
+// The element's text (kept in the element itself) as a whole number in [low, high], or nothing: an
+// element holding anything but its number is refused, not read in part.
 std::optional<long> integerOf(const pugi::xml_node& node, long low, long high) {
-  pugi::xml_node text = node.first_child();
-  if (!text || text != node.last_child() || text.type() != pugi::node_pcdata) return std::nullopt;
-  const char* digits = text.value();
+  if (node.first_child()) return std::nullopt;
+  const char* digits = node.value();
   long value = 0;
   auto [end, error] = std::from_chars(digits, digits + std::strlen(digits), value);
   if (error != std::errc() || *end != '\0' || value < low || value > high) return std::nullopt;
@@ -90,10 +89,12 @@ bool readChannel(const pugi::xml_node& element, const char* group, Sample& sampl
 std::optional<Sample> sampleOf(const pugi::xml_node& point) {
   Sample sample{};
   std::array<bool, kChannels> seen{};
+  if (*point.value()) return std::nullopt;  // text among the channels
   for (pugi::xml_node child : point.children()) {
     bool grouped = false;
     for (const char* group : {"PenTipCoord", "PenTipVelocity", "PenTipAcceleration", "PenOrient"})
       if (isLocalName(child, group)) {
+        if (*child.value()) return std::nullopt;
         grouped = true;
         for (pugi::xml_node element : child.children())
           if (!readChannel(element, group, sample, seen)) return std::nullopt;
@@ -120,7 +121,8 @@ std::optional<float> metersPerPointOf(const pugi::xml_node& representation) {
 
 QnStrokeListRef strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesPen& pen) {
   pugi::xml_document document;
-  if (!document.load_buffer(xml.data(), xml.size(), pugi::parse_default, pugi::encoding_utf8))
+  // Each element's text kept in the element itself, not in a node of its own: half the nodes.
+  if (!document.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_embed_pcdata, pugi::encoding_utf8))
     return refuse("not well-formed XML");
   pugi::xml_node root = document.document_element();
   if (!isLocalName(root, "SignatureSignTimeSeries")) return refuse("not a signature time series");
@@ -135,6 +137,8 @@ QnStrokeListRef strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesP
 
   std::vector<Sample> samples;
   int32_t highestY = 0;
+  // Text before the first sample is kept in the list itself.
+  if (*list.value()) return refuse("something other than sample points in the sample list");
   for (pugi::xml_node node : list.children()) {
     if (!isLocalName(node, "SamplePoint")) return refuse("something other than sample points in the sample list");
     if (samples.size() == kMostSamples) return refuse("more than a million samples");

@@ -6,6 +6,11 @@
 #include <scrivlet/scheduler.h>
 #include <scrivlet/scrivlet_controller.h>
 
+#include "platform/format.h"
+#include "platform/log.h"
+
+#include <cmath>
+
 namespace scrivlet {
 
 namespace {
@@ -134,6 +139,8 @@ void QnScrivlet::setVelocityReduction(float reduction) {
 }
 
 void QnScrivlet::setExportScale(float scale) {
+  // Every output would be made of infinite numbers: refused, the scale stays as it was.
+  if (!std::isfinite(scale)) return logLine(cformat("Scrivlet: export scale %g refused: not a finite number", scale));
   exportScale_ = scale;
   scrivletController_->setExportScale(scale);
 }

@@ -101,6 +101,7 @@ void QnComboContext::beginPath() {
 void QnComboContext::moveToPoint(QnPoint point) {
   if (isSVG_) {
     QnPoint p = st(point);
+    noteNumbers({p.x, p.y});
     appendToPath(svgPathCommand('M', {p.x, p.y}));
   } else if (context_) {
     context_->moveToPoint(point.x, point.y);
@@ -110,6 +111,7 @@ void QnComboContext::moveToPoint(QnPoint point) {
 void QnComboContext::addLineToPoint(QnPoint point) {
   if (isSVG_) {
     QnPoint p = st(point);
+    noteNumbers({p.x, p.y});
     appendToPath(svgPathCommand('L', {p.x, p.y}));
   } else if (context_) {
     context_->addLineToPoint(point.x, point.y);
@@ -119,6 +121,7 @@ void QnComboContext::addLineToPoint(QnPoint point) {
 void QnComboContext::addCurveToPointCp1Cp2Point(QnPoint cp1, QnPoint cp2, QnPoint point) {
   if (isSVG_) {
     QnPoint a = st(cp1), b = st(cp2), p = st(point);
+    noteNumbers({a.x, a.y, b.x, b.y, p.x, p.y});
     appendToPath(svgPathCommand('C', {a.x, a.y, b.x, b.y, p.x, p.y}));
   } else if (context_) {
     context_->addCurveToPoint(cp1.x, cp1.y, cp2.x, cp2.y, point.x, point.y);
@@ -142,6 +145,7 @@ void QnComboContext::addArcRadiusStartAngleEndAngleClockwise(QnPoint center, dou
   float dx = narrowToFloat(r * std::cos(startAngle));
   float dy = narrowToFloat(r * std::sin(startAngle));
   QnPoint end = clockwise == 0 ? QnPoint{c.x - dx, c.y - dy} : QnPoint{c.x + dx, c.y + dy};
+  noteNumbers({r, end.x, end.y});
   appendToPath(cformat("A %f %f 0 %d %d %f %f", r, r, large, sweep, end.x, end.y));
 }
 
@@ -169,17 +173,20 @@ void QnComboContext::drawPath(int mode) {
                       : strokeLineCap_ == kQnLineCapRound ? "round"
                                                           : "butt";
     const char* fillSuffix = mode == kQnPathStroke ? "fill = \"none\"" : "";
+    noteNumbers({scale_.x * strokeLineWidth_});
     attributes += cformat("stroke=\"%s\" stroke-width=\"%f\" stroke-linecap=\"%s\" %s ",
                           strokeColorString_.c_str(), scale_.x * strokeLineWidth_, cap, fillSuffix);
   }
   // A path never begun is written as its missing value, "(null)".
   const std::string& data = pathString_ ? *pathString_ : std::string("(null)");
+  noteNumbers({opacity_});
   pathArray_.push_back("<path d=\"" + data + "\" " + attributes +
                        cformat(" opacity=\"%f\" />", opacity_));
 }
 
 void QnComboContext::showTextAtPointTextSize(QnPoint point, const std::string& text, double size) {
   QnPoint p = st(point);
+  noteNumbers({p.x, p.y, scale_.x * size, opacity_});
   // The text goes in as it is, markup characters included.
   pathArray_.push_back(
       cformat("<text x=\"%f\" y=\"%f\" font-family=\"Helvetica,sans-serif\" font-weight=\"bold\" "
@@ -210,6 +217,16 @@ std::string QnComboContext::serializeSVG(QnSize size) const {
   for (const std::string& element : pathArray_) svg += element;
   svg += "</svg>";
   return svg;
+}
+
+bool QnComboContext::writesOnlyFiniteNumbers(QnSize size) const {
+  // The document's size is written narrowed to single precision too.
+  return !wroteNonFiniteNumber_ && std::isfinite(static_cast<float>(size.width * scale_.x)) &&
+         std::isfinite(static_cast<float>(size.height * scale_.y));
+}
+
+void QnComboContext::noteNumbers(std::initializer_list<double> values) {
+  for (double v : values) wroteNonFiniteNumber_ = wroteNonFiniteNumber_ || !std::isfinite(v);
 }
 
 void QnComboContext::appendToPath(const std::string& command) {

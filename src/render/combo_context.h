@@ -4,6 +4,7 @@
 #include <scrivlet/color.h>
 #include <scrivlet/geometry.h>
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <vector>
@@ -63,9 +64,13 @@ class QnComboContext {
   static QnColor::RGBA rgbaFromColor(const QnColor& color) { return color.rgba(); }
   // The SVG document of everything recorded so far.
   std::string serializeSVG(QnSize size) const;
+  // Whether that document would hold only finite numbers: "inf" or "nan" would make it one that no
+  // renderer draws.
+  bool writesOnlyFiniteNumbers(QnSize size) const;
 
  private:
   void appendToPath(const std::string& command);
+  void noteNumbers(std::initializer_list<double> values);
   bool drawsRaster() const { return !isSVG_ && context_; }
 
   CGContext* context_;
@@ -81,6 +86,7 @@ class QnComboContext {
   double opacity_ = 1.0;
   QnPoint scale_{0, 0};
   QnPoint translate_{0, 0};
+  bool wroteNonFiniteNumber_ = false;
 };
 
 }  // namespace scrivlet

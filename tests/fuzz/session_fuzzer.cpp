@@ -1,19 +1,27 @@
-// Fuzzes a whole signing session on the headless backend: the input is decoded into touch phases of
-// one to four touches at any doubles, view resizes, every setting, undo, redo, reset, done, time
-// passing (timers fire, preparations finish), and the facade destroyed mid-preparation. After every
-// step the canvas must hold only finite positions and keep its points unless a cancel, an undo, a
-// reset or a swipe took them; every record delivered must have outputs that parse.
+// Fuzzes a whole signing session on the headless backend. The first byte picks the level: the engine
+// (the facade and its controller) or the host API (SignatureSession). The rest is decoded into touch
+// phases of one to four touches at any doubles, view resizes, every setting, undo, redo, clearing,
+// done, time passing (timers fire, preparations finish), loading strokes, and the facade or session
+// destroyed mid-preparation. After every step the canvas must hold only finite positions and keep its
+// points unless a cancel, an undo, a clear or a swipe took them; every record delivered must have
+// outputs that parse and an SVG of finite numbers. On the host API every done() is answered exactly
+// once, in order, with a record of the canvas as it was at that done(), and a failed load changes
+// nothing.
 #include <scrivlet/scrivlet.h>
+#include <scrivlet/signature_session.h>
+#include <scrivlet/stroke_json.h>
 
 #include "capture/drawing_controller.h"
 #include "platform/image.h"
 
 #include <libxml/parser.h>
 
+#include <cctype>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <deque>
 #include <limits>
 #include <string>
 
@@ -68,66 +76,56 @@ size_t occurrences(const std::string& text, const std::string& what) {
   return count;
 }
 
-void checkRecord(const QnSignature& record) {
+size_t pointsOf(const QnStrokeListRef& strokes) {
   size_t points = 0;
-  if (record.rawPoints())
-    for (const auto& stroke : *record.rawPoints()) points += stroke ? stroke->size() : 0;
+  for (const auto& stroke : strokes ? *strokes : QnStrokeList{}) points += stroke ? stroke->size() : 0;
+  return points;
+}
+
+// The same strokes, every bit of every point.
+bool sameStrokes(const QnStrokeListRef& a, const QnStrokeListRef& b) {
+  size_t n = a ? a->size() : 0;
+  if (n != (b ? b->size() : 0)) return false;
+  for (size_t s = 0; s < n; ++s) {
+    size_t m = (*a)[s] ? (*a)[s]->size() : 0;
+    if (m != ((*b)[s] ? (*b)[s]->size() : 0)) return false;
+    if (m && std::memcmp((*a)[s]->data(), (*b)[s]->data(), m * sizeof(QnSignaturePoint))) return false;
+  }
+  return true;
+}
+
+// printf writes a number that is not finite as "nan" or "inf" (signed or not): such a word that does
+// not continue another ("dominant-baseline") is one. The texts drawn (dates, hashes of letters and
+// digits) never hold either.
+bool onlyFiniteNumbers(const std::string& svg) {
+  for (const char* word : {"nan", "inf"})
+    for (size_t at = svg.find(word); at != std::string::npos; at = svg.find(word, at + 1))
+      if (at == 0 || !std::isalpha(static_cast<unsigned char>(svg[at - 1]))) return false;
+  return true;
+}
+
+void checkRecord(const QnSignature& record) {
   if (record.imageData() && QnImage::decodePNG(*record.imageData()).isNull()) violated("the PNG does not decode");
   if (record.pdfData()) {
     auto pdf = QnPDFDocument::createWithData(*record.pdfData());
     if (!pdf || pdf->numberOfPages() != 1) violated("the PDF is not a one-page document");
   }
-  if (record.svgString() && !wellFormed(*record.svgString())) violated("the SVG is not well-formed");
+  if (const auto& svg = record.svgString()) {
+    if (!wellFormed(*svg)) violated("the SVG is not well-formed");
+    if (!onlyFiniteNumbers(*svg)) violated("the SVG holds a number that is not finite");
+  }
   if (!record.xmlString() || !wellFormed(*record.xmlString())) violated("the XML is missing or not well-formed");
-  if (occurrences(*record.xmlString(), "<sig:SamplePoint>") != points) violated("the XML has not one sample per point");
+  if (occurrences(*record.xmlString(), "<sig:SamplePoint>") != pointsOf(record.rawPoints()))
+    violated("the XML has not one sample per point");
 }
 
-struct Session {
-  Session() {
-    QnDevice::resetToDefaults();
-    QnScheduler::setCurrent(loop);
-    delegate->scrivletDidCompleteWithSignature = [](auto, auto record) {
-      if (record) checkRecord(*record);
-    };
-    makeFacade();
-  }
-  ~Session() {
-    facade.reset();
-    loop->runUntilIdle();
-  }
-  void makeFacade() { facade = QnScrivlet::scrivletWithViewDelegate(view, delegate); }
-  size_t pointsOnCanvas() const {
-    size_t n = 0;
-    for (const auto& stroke : *facade->scrivletController()->drawingController()->drawingArray()) {
-      for (const QnSignaturePoint& p : *stroke)
-        if (!std::isfinite(p.location.x) || !std::isfinite(p.location.y)) violated("a stored position is not finite");
-      n += stroke->size();
-    }
-    return n;
-  }
-  QnTouchSet selected(uint8_t mask) const {
-    QnTouchSet set;
-    for (int k = 0; k < 4; ++k)
-      if ((mask & (1 << k)) && slots[k]) set.push_back(slots[k]);
-    return set;
-  }
-  void clear(uint8_t mask) {
-    for (int k = 0; k < 4; ++k)
-      if (mask & (1 << k)) slots[k].reset();
-  }
+// One run loop serves every run: starting its thread each time would cost more than most runs.
+const std::shared_ptr<HeadlessRunLoop>& loop() {
+  static const auto kLoop = std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::manual, 1);
+  return kLoop;
+}
 
-  // One run loop serves every run: starting its thread each time would cost more than most runs.
-  static inline const std::shared_ptr<HeadlessRunLoop> loop =
-      std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::manual, 1);
-  std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 256, 192));
-  std::shared_ptr<QnScrivletControllerDelegate> delegate = std::make_shared<QnScrivletControllerDelegate>();
-  std::shared_ptr<QnScrivlet> facade;
-  std::shared_ptr<HeadlessTouch> slots[4];
-  double time = 1;
-};
-
-void applySetting(Session& s, Reader& in) {
-  QnScrivlet& f = *s.facade;
+void applySetting(QnScrivlet& f, Reader& in) {
   uint8_t which = in.byte() % 14;
   double value = in.number();
   bool flag = value != 0;
@@ -154,66 +152,198 @@ void applySetting(Session& s, Reader& in) {
   }
 }
 
-}  // namespace
+// The touches of a run on one view, and what they do to it; shared by both levels.
+struct Fingers {
+  std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 256, 192));
+  std::shared_ptr<HeadlessTouch> slots[4];
+  double time = 1;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool trace = std::getenv("SESSION_FUZZER_TRACE") != nullptr;
-  Reader in(data, size);
-  Session s;
-  for (int step = 0; !in.done(); ++step) {
-    currentStep = step;
-    size_t before = s.pointsOnCanvas();
-    bool mayRemove = s.view->touchesDown().size() >= 3;  // three fingers cancel and swipe
-    uint8_t op = in.byte() % 13;
-    uint8_t arg = in.byte();
-    if (trace) std::fprintf(stderr, "step %d: operation %d (%d), %zu points\n", step, op, arg, before);
+  QnTouchSet selected(uint8_t mask) const {
+    QnTouchSet set;
+    for (int k = 0; k < 4; ++k)
+      if ((mask & (1 << k)) && slots[k]) set.push_back(slots[k]);
+    return set;
+  }
+  void clear(uint8_t mask) {
+    for (int k = 0; k < 4; ++k)
+      if (mask & (1 << k)) slots[k].reset();
+  }
+  // Operations 0 to 5: touches land, move, end, are cancelled or lost, and the view is resized. True
+  // when the operation may take points away.
+  bool apply(uint8_t op, uint8_t arg, Reader& in) {
     switch (op) {
       case 0: {  // touches land: 1 to 4 of them, replacing (and so losing) what the slots held
         QnTouchSet set;
         for (int i = 0, n = 1 + (arg & 3); i < n; ++i) {
           int slot = ((arg >> 2) + i) & 3;
-          s.time += in.byte() / 1000.0;
-          auto touch = std::make_shared<HeadlessTouch>(QnPoint{in.number(), in.number()}, s.time,
+          time += in.byte() / 1000.0;
+          auto touch = std::make_shared<HeadlessTouch>(QnPoint{in.number(), in.number()}, time,
                                                        (arg & 0x40) ? kQnTouchTypeStylus : kQnTouchTypeDirect);
           if (arg & 0x80) touch->setForce(in.number(), in.number());
           if (arg & 0x40) touch->setAzimuthAngle(in.number()), touch->setAltitudeAngle(in.number());
-          s.slots[slot] = touch;
+          slots[slot] = touch;
           set.push_back(touch);
         }
-        s.view->beginTouches(set);
-        break;
+        view->beginTouches(set);
+        return false;
       }
       case 1: {  // the selected touches move; time may go back
-        QnTouchSet set = s.selected(arg);
+        QnTouchSet set = selected(arg);
         for (auto& touch : set) {
-          s.time += int8_t(in.byte()) / 1000.0;
+          time += int8_t(in.byte()) / 1000.0;
           QnPoint to{in.number(), in.number()};
           auto precise = (arg & 0x10) ? std::optional(QnPoint{in.number(), in.number()}) : std::nullopt;
-          static_cast<HeadlessTouch&>(*touch).moveTo(to, s.time, precise);
+          static_cast<HeadlessTouch&>(*touch).moveTo(to, time, precise);
         }
-        s.view->moveTouches(set);
-        break;
+        view->moveTouches(set);
+        return false;
       }
-      case 2: s.view->endTouches(s.selected(arg)), s.clear(arg); break;
-      case 3: s.view->cancelTouches(s.selected(arg)), s.clear(arg), mayRemove = true; break;
-      case 4: s.clear(arg); break;  // touches lost without an end
-      case 5: s.view->setFrame({{in.number(), in.number()}, {in.number(), in.number()}}); break;
-      case 6: applySetting(s, in); break;
-      case 7: s.facade->scrivletController()->undo(), mayRemove = true; break;
-      case 8: s.facade->scrivletController()->redo(), mayRemove = true; break;  // it cancels an open stroke
-      case 9: s.facade->reset(), mayRemove = true; break;
-      case 10: s.facade->done(); break;
-      case 11: s.loop->advance(arg / 50.0); break;
-      case 12: s.facade.reset(), s.makeFacade(), mayRemove = true; break;  // possibly mid-preparation
-    }
-    mayRemove = mayRemove || s.view->touchesDown().size() >= 3;
-    if (!mayRemove && s.pointsOnCanvas() < before) {
-      std::fprintf(stderr, "operation %d (%d): %zu points, then %zu\n", op, arg, before, s.pointsOnCanvas());
-      violated("captured points were lost");
+      case 2: view->endTouches(selected(arg)), clear(arg); return false;
+      case 3: {  // cancelled, possibly from a new position
+        QnTouchSet set = selected(arg);
+        if (arg & 0x10)
+          for (auto& touch : set) static_cast<HeadlessTouch&>(*touch).moveTo({in.number(), in.number()}, time);
+        view->cancelTouches(set), clear(arg);
+        return true;
+      }
+      case 4: clear(arg); return false;  // touches lost without an end
+      default: view->setFrame({{in.number(), in.number()}, {in.number(), in.number()}}); return false;
     }
   }
-  // Preparations under way finish before the session goes (an input that wants a record asks for
-  // one with "Done" and time passing).
-  s.loop->runUntilIdle();
+};
+
+size_t pointsOnCanvas(const QnScrivletController& controller) {
+  for (const auto& stroke : *controller.drawingController()->drawingArray())
+    for (const QnSignaturePoint& p : *stroke)
+      if (!std::isfinite(p.location.x) || !std::isfinite(p.location.y)) violated("a stored position is not finite");
+  return pointsOf(controller.drawingController()->drawingArray());
+}
+
+// The engine: the facade, its controller and a delegate.
+void runEngine(Reader& in, bool trace) {
+  Fingers fingers;
+  auto delegate = std::make_shared<QnScrivletControllerDelegate>();
+  delegate->scrivletDidCompleteWithSignature = [](auto, auto record) {
+    if (record) checkRecord(*record);
+  };
+  auto facade = QnScrivlet::scrivletWithViewDelegate(fingers.view, delegate);
+  for (int step = 0; !in.done(); ++step) {
+    currentStep = step;
+    size_t before = pointsOnCanvas(*facade->scrivletController());
+    bool mayRemove = fingers.view->touchesDown().size() >= 3;  // three fingers cancel and swipe
+    uint8_t op = in.byte() % 13;
+    uint8_t arg = in.byte();
+    if (trace) std::fprintf(stderr, "step %d: operation %d (%d), %zu points\n", step, op, arg, before);
+    if (op <= 5) mayRemove |= fingers.apply(op, arg, in);
+    switch (op) {
+      case 6: applySetting(*facade, in); break;
+      case 7: facade->scrivletController()->undo(), mayRemove = true; break;
+      case 8: facade->scrivletController()->redo(), mayRemove = true; break;  // it cancels an open stroke
+      case 9: facade->reset(), mayRemove = true; break;
+      case 10: facade->done(); break;
+      case 11: loop()->advance(arg / 50.0); break;
+      case 12:  // possibly mid-preparation
+        facade.reset(), facade = QnScrivlet::scrivletWithViewDelegate(fingers.view, delegate), mayRemove = true;
+        break;
+    }
+    mayRemove = mayRemove || fingers.view->touchesDown().size() >= 3;
+    if (!mayRemove && pointsOnCanvas(*facade->scrivletController()) < before) violated("captured points were lost");
+  }
+  facade.reset();
+}
+
+// The host API: a signing session, whose every done() is answered once.
+struct HostRun {
+  Fingers fingers;
+  std::unique_ptr<SignatureSession> session;
+  // For each done() not yet answered: the strokes its record must hold (none for an empty canvas).
+  std::deque<std::optional<QnStrokeListRef>> owed;
+
+  void open() {
+    session = std::make_unique<SignatureSession>(fingers.view);
+    owed.clear();  // a session let go owes nothing
+    session->signatureReady = [this](std::shared_ptr<QnSignature> record) {
+      if (owed.empty()) violated("an answer no done() asked for");
+      if (!owed.front()) violated("a record where the canvas was empty");
+      if (!record || !sameStrokes(record->rawPoints(), *owed.front()))
+        violated("a record that is not of the canvas at its done()");
+      owed.pop_front();
+      checkRecord(*record);
+    };
+    session->signedNothing = [this] {
+      if (owed.empty()) violated("an answer no done() asked for");
+      if (owed.front()) violated("no record where the canvas had points");
+      owed.pop_front();
+    };
+  }
+  void done() {
+    auto& controller = *session->scrivlet().scrivletController();
+    QnStrokeListRef canvas = session->strokes();
+    if (controller.clipSignatureToBounds())
+      canvas = QnScrivletController::copyOfStrokesClippedToBounds(canvas, fingers.view->bounds());
+    owed.push_back(session->isEmpty() ? std::nullopt : std::optional(canvas));
+    session->done();
+  }
+  void load(Reader& in) {
+    std::string json = strokesToJson(session->strokes());
+    if (in.byte() & 1) {  // a document cut short or changed: nothing may change
+      json.resize(in.byte() * json.size() / 256);
+      QnStrokeListRef before = session->strokes();
+      if (session->loadStrokes(json) && !sameStrokes(session->strokes(), before)) violated("a failed load changed the canvas");
+    } else if (session->loadStrokes(json)) {
+      violated("the canvas's own strokes did not load");
+    }
+  }
+};
+
+void runHost(Reader& in, bool trace) {
+  HostRun run;
+  run.open();
+  for (int step = 0; !in.done(); ++step) {
+    currentStep = step;
+    auto controller = run.session->scrivlet().scrivletController();
+    size_t before = pointsOnCanvas(*controller);
+    bool mayRemove = run.fingers.view->touchesDown().size() >= 3;
+    uint8_t op = in.byte() % 15;
+    uint8_t arg = in.byte();
+    if (trace) std::fprintf(stderr, "step %d: host operation %d (%d), %zu points\n", step, op, arg, before);
+    if (op <= 5) mayRemove |= run.fingers.apply(op, arg, in);
+    switch (op) {
+      case 6: applySetting(run.session->scrivlet(), in); break;
+      case 7: run.session->undo(), mayRemove = true; break;
+      case 8: run.session->redo(), mayRemove = true; break;
+      case 9: run.session->clear(), mayRemove = true; break;
+      case 10: run.done(); break;
+      case 11: loop()->advance(arg / 50.0); break;
+      case 12: run.session.reset(), run.open(), mayRemove = true; break;  // possibly mid-preparation
+      case 13: run.load(in), mayRemove = true; break;
+      case 14: run.session->setRecordBackground(arg & 1 ? std::optional(QnColor(arg / 255.0, 1)) : std::nullopt); break;
+    }
+    mayRemove = mayRemove || run.fingers.view->touchesDown().size() >= 3;
+    if (!mayRemove && pointsOnCanvas(*run.session->scrivlet().scrivletController()) < before)
+      violated("captured points were lost");
+  }
+  // Every preparation under way finishes: then every done() has had its answer.
+  loop()->runUntilIdle();
+  if (!run.owed.empty()) violated("a done() was never answered");
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool trace = std::getenv("SESSION_FUZZER_TRACE") != nullptr;
+  if (size == 0) return 0;
+  QnDevice::resetToDefaults();
+  QnScheduler::setCurrent(loop());
+  Reader in(data + 1, size - 1);
+  if (data[0] & 1)
+    runHost(in, trace);
+  else
+    runEngine(in, trace);
+  // Preparations under way finish, and the timers of the facades and sessions gone fire as nothing,
+  // before the next run: the loop carries nothing over.
+  loop()->runUntilIdle();
+  loop()->advance(1000);
+  loop()->runUntilIdle();
   return 0;
 }

@@ -18,11 +18,13 @@
 //   (on: three fingers left undo, right redo); exportScale (1, 0.1 to 8); dateStamp; timeStamp;
 //   hashStamp; customHash (up to 64 letters, digits, '.', '_', '-'; empty for the generated hash);
 //   clipToBounds; skipPdf; backgroundColor (white, a signing surface even in a dark theme);
+//   backgroundInRecord (off: the record's PNG is transparent; on: painted on the background colour);
 //   readOnly (shows the strokes, takes no input); resizePolicy (KeepInk: the ink moves with the
 //   signing line; ScaleInk: it is scaled with the pad; ClearInk). Ink that a resize would leave
 //   partly outside the pad is scaled down to fit, never cut.
 // State: empty, canUndo, canRedo, strokeCount, and strokesJson (the strokes as the JSON document of
 // strokesToJson; writing it loads strokes, writing "" clears).
+// Every setting may change at any time: a record holds the settings as they are at its done().
 // Signals: strokeBegan(); strokeEnded(strokeIndex, pointsInStroke); changed(), once for each stroke
 // ended, undo, redo, clear, load or rescale; signatureReady(record) or signedNothing() once for each
 // done(); and one NOTIFY signal a property.
@@ -48,6 +50,8 @@
   Q_PROPERTY(bool skipPdf READ skipPdf WRITE setSkipPdf NOTIFY skipPdfChanged)                             \
   Q_PROPERTY(QColor backgroundColor READ backgroundColor WRITE setBackgroundColor                          \
                  NOTIFY backgroundColorChanged)                                                            \
+  Q_PROPERTY(bool backgroundInRecord READ backgroundInRecord WRITE setBackgroundInRecord                     \
+                 NOTIFY backgroundInRecordChanged)                                                         \
   Q_PROPERTY(bool readOnly READ readOnly WRITE setReadOnly NOTIFY readOnlyChanged)                         \
   Q_PROPERTY(ResizePolicy resizePolicy READ resizePolicy WRITE setResizePolicy NOTIFY resizePolicyChanged) \
   Q_PROPERTY(bool empty READ isEmpty NOTIFY emptyChanged)                                                  \
@@ -96,6 +100,9 @@
   void setSkipPdf(bool skip);                                                                              \
   QColor backgroundColor() const;                                                                          \
   void setBackgroundColor(const QColor& color);                                                            \
+  /* Off: the record's PNG is transparent; on: painted on the background colour (for a JPEG). */          \
+  bool backgroundInRecord() const;                                                                         \
+  void setBackgroundInRecord(bool on);                                                                     \
   bool readOnly() const;                                                                                   \
   void setReadOnly(bool readOnly);                                                                         \
   ResizePolicy resizePolicy() const;                                                                       \
@@ -111,6 +118,8 @@
   QString strokesJson() const;                                                                             \
   /* Loads the document's strokes; "" clears, and a document that does not load changes nothing. */      \
   void setStrokesJson(const QString& json);                                                                \
+  /* Loads a strokes document: "" when it loaded, else why not, and the strokes are left as they were. */ \
+  Q_INVOKABLE QString loadStrokes(const QString& json);                                                    \
   scrivlet::SignatureSession& session();                                                                   \
                                                                                                            \
  public Q_SLOTS:                                                                                           \
@@ -148,6 +157,7 @@
   void clipToBoundsChanged(bool);                                                                          \
   void skipPdfChanged(bool);                                                                               \
   void backgroundColorChanged(const QColor&);                                                              \
+  void backgroundInRecordChanged(bool);                                                                    \
   void readOnlyChanged(bool);                                                                              \
   void resizePolicyChanged(ResizePolicy);                                                                  \
                                                                                                            \

@@ -43,6 +43,7 @@ class SCRIVLET_QT_EXPORT SignatureRecord {
   // The ISO/IEC 19794-7 time series.
   QString xml() const;
   QString hash() const;
+  // A copy of the strokes, the record's own.
   QnStrokeListRef strokes() const;
   // Where the exported area lies in the view, and the canvas's size.
   QRectF frame() const;
