@@ -110,8 +110,7 @@ void QnDemoDrawingController::finalizeAndDrawCurrentStroke() {
 void QnDemoDrawingController::updateCanvasWithDrawingArrayFinalizeStrokeFullRedraw(
     const QnStrokeListRef& strokes, bool finalizeStroke, bool fullRedraw) {
   canvasView_->setMyStrokes(strokes);
-  canvasView_->drawStrokesToContextWithFinalSegmentFullRedraw(
-      strokes, canvasView_->cacheComboContext(), finalizeStroke, fullRedraw);
+  canvasView_->drawStrokesToCacheWithFinalSegmentFullRedraw(strokes, finalizeStroke, fullRedraw);
 }
 
 void QnDemoDrawingController::cancelDrawingStroke() {

@@ -154,6 +154,15 @@ void QnBitmapContext::copyPixelsFrom(const QnBitmapContext& other) {
   cairo_surface_mark_dirty(surface_);
 }
 
+unsigned char* QnBitmapContext::pixels() {
+  cairo_surface_flush(surface_);
+  return cairo_image_surface_get_data(surface_);
+}
+
+int QnBitmapContext::stride() const { return cairo_image_surface_get_stride(surface_); }
+
+void QnBitmapContext::pixelsChanged() { cairo_surface_mark_dirty(surface_); }
+
 void QnBitmapContext::drawInBands(const DrawingLog& log, int bands) {
   int width = pixelWidth(), height = pixelHeight();
   std::vector<RowBand> rows = rowBands(height, bands);

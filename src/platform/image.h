@@ -63,6 +63,11 @@ class QnBitmapContext {
   double scale() const { return scale_; }
   // Replaces every pixel with the other bitmap's, which must have the same pixel size.
   void copyPixelsFrom(const QnBitmapContext& other);
+  // The pixels to read and write directly (premultiplied ARGB, stride() bytes a row; null without
+  // pixels); pixelsChanged() once written.
+  unsigned char* pixels();
+  int stride() const;
+  void pixelsChanged();
   // Draws the calls as a fresh context() would, in horizontal bands on one thread each (by default one
   // a processor, fewer in a short bitmap): the same pixels, since each pixel sees the same drawing in
   // the same order.
