@@ -72,9 +72,9 @@ void InkTiles::copy(QnBitmapContext& from, QnBitmapContext& to, const QnRect& r)
   unsigned char* target = to.pixels();
   if (!source || !target) return;
   int x = int(r.origin.x), y = int(r.origin.y), w = int(r.size.width), h = int(r.size.height);
+  size_t sourceStride = from.stride(), targetStride = to.stride();
   for (int row = y; row < y + h; ++row)
-    std::memcpy(target + size_t(row) * to.stride() + size_t(x) * 4, source + size_t(row) * from.stride() + size_t(x) * 4,
-                size_t(w) * 4);
+    std::memcpy(target + row * targetStride + size_t(x) * 4, source + row * sourceStride + size_t(x) * 4, size_t(w) * 4);
   to.pixelsChanged();
 }
 
