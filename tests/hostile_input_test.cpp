@@ -134,7 +134,7 @@ class HostileExport : public export_test::ControllerTest {
 };
 
 TEST_F(HostileExport, BitmapsBeyondTheBudgetAreRefusedAndTheRestOfTheRecordIsDelivered) {
-  for (float scale : {1e6f, 1000.0f}) {
+  for (float scale : {1e6f, 1e5f}) {
     c->setExportScale(scale);
     auto record = prepare();
     EXPECT_FALSE(record->imageData()) << scale;
