@@ -72,5 +72,42 @@ TEST(DrawingLog, DrawnAgainIntoAPNGItGivesEveryPixelOfDrawingAtOnce) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "Scrivlet: no PNG: the image has no pixels\n");
 }
 
+// A band of rows drawn from only the paths that reach it has every pixel of drawing everything: wide
+// strokes, arcs, curves whose control points stray beyond them, scaled and moved, with a miter join.
+TEST(DrawingLog, ABandDrawnFromThePathsThatReachItHasEveryPixel) {
+  DrawingLog log;
+  log.scaleCTM(1.5, 0.75);
+  log.translateCTM(2, 10);
+  log.setFillColor(QnColor(0.1, 0.2, 0.7, 0.55));
+  log.setStrokeColor(QnColor(0.7, 0.2, 0.1, 0.6));
+  for (int i = 0; i < 60; ++i) {
+    double x = 5 + i * 2.1, y = 20 + 70 * std::sin(i * 0.37);
+    log.setLineWidth(1 + i % 7);
+    log.setLineJoin(i % 3 ? kQnLineJoinRound : kQnLineJoinMiter);
+    log.moveToPoint(x, y);  // a move that the next path's beginning discards
+    log.beginPath();
+    log.moveToPoint(x, y);
+    log.addCurveToPoint(x + 9, y - 30, x + 14, y + 25, x + 6, y + 4);
+    log.addLineToPoint(x + 1, y + 9);
+    log.drawPath(i % 2 ? kQnPathStroke : kQnPathFill);
+    log.beginPath();
+    log.addArc(x, y + 30, 2 + i % 5, 0, 6.2832, 0);
+    log.drawPath(kQnPathFillStroke);
+  }
+  for (double top : {-5.0, 13.5, 40.0, 71.25, 120.0}) {
+    QnBitmapContext all({200, 20}, 2), reaching({200, 20}, 2);
+    all.context().translateCTM(0, -top);
+    reaching.context().translateCTM(0, -top);
+    log.replay(all.context());
+    log.replay(reaching.context(), top - 0.5, top + 20.5);
+    QnImage expected = all.makeImage(), image = reaching.makeImage();
+    int differing = 0, inked = 0;
+    for (int y = 0; y < 40; ++y)
+      for (int x = 0; x < 400; ++x) differing += rgbaAt(image, x, y) != rgbaAt(expected, x, y), inked += rgbaAt(expected, x, y)[3] > 0;
+    EXPECT_EQ(differing, 0) << "rows from " << top;
+    EXPECT_TRUE(inked > 0 || top < 0 || top > 100) << top;
+  }
+}
+
 }  // namespace
 }  // namespace scrivlet

@@ -55,10 +55,15 @@ BandPixels drawBand(const DrawingLog& log, int width, RowBand band, double scale
                                                                  std::min(kMaxSide, width - left), rows, int(stride));
     cairo_t* cr = cairo_create(piece);
     cairo_translate(cr, -left, -band.firstRow);  // whole pixels
-    if (std::isfinite(scale) && scale > 0) cairo_scale(cr, scale, scale);
+    bool scaled = std::isfinite(scale) && scale > 0;
+    if (scaled) cairo_scale(cr, scale, scale);
     {
       CairoContext context(cr);
-      log.replay(context);
+      // What reaches the band's rows, a pixel either side for antialiasing.
+      if (scaled)
+        log.replay(context, (band.firstRow - 1) / scale, (band.endRow + 1) / scale);
+      else
+        log.replay(context);
     }
     cairo_destroy(cr);
     cairo_surface_finish(piece);
