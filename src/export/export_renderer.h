@@ -13,7 +13,6 @@
 namespace scrivlet {
 
 class QnComboContext;
-class QnImage;
 // Work that makes a PNG when run: its bytes, or none.
 using PNGJob = std::function<std::vector<uint8_t>()>;
 class QnScrivletController;

@@ -5,7 +5,6 @@
 
 #include "export/export_renderer.h"
 #include "platform/clock.h"
-#include "platform/image.h"
 #include "platform/parallel.h"
 
 namespace scrivlet {
