@@ -164,6 +164,7 @@ TEST_F(Export, TheSameStrokesGiveTheSameBytesOnAnyNumberOfThreads) {
   }
   setBandThreads(0);
   EXPECT_GT(QnImage::decodePNG(first["PNG"]).pixelHeight(), 2 * kBandRows);
+  test_support::writeOutput("threads/signature.png", first["PNG"]);
 }
 
 // The largest export scale on a screen of scale 2 makes a PNG of some 72 megapixels, drawn and
