@@ -57,12 +57,14 @@ void BM_ExportFormat(benchmark::State& state, const char* format) {
   auto controller = QnScrivletController::create(view, {}, {});
   controller->setMyBrushStrokes(signatureOf(samples, count, *controller->drawingController()));
   controller->setExportScale(2);
+  size_t bytes = 0;
   for (auto _ : state) {
     if (std::string(format) == "XML")
-      benchmark::DoNotOptimize(controller->createXmlString());
+      bytes = controller->createXmlString().size();
     else
-      benchmark::DoNotOptimize(controller->getImageData(format));
+      bytes = controller->getImageData(format).value_or(std::vector<uint8_t>{}).size();
   }
+  state.counters["bytes"] = double(bytes);
 }
 BENCHMARK_CAPTURE(BM_ExportFormat, PNG, "PNG")->Arg(500)->Arg(2000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(BM_ExportFormat, PDF, "PDF")->Arg(500)->Arg(2000)->Arg(10000)->Unit(benchmark::kMillisecond);

@@ -7,6 +7,7 @@
 
 #include <scrivlet/qt_capture_widget.h>
 #include <scrivlet/qt_platform.h>
+#include <scrivlet/signature_pad.h>
 
 #include <QApplication>
 #include <QPointingDevice>
@@ -70,6 +71,38 @@ void BM_QtPenSampleWithRepaint500From(benchmark::State& state) {
                                                     benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 BENCHMARK(BM_QtPenSampleWithRepaint500From)->Arg(0)->Arg(4500)->Unit(benchmark::kMillisecond);
+
+// The signature pad a host shows, 1000 x 400, signed with the pen on the 5,000-point stroke: the cost of
+// each of 500 pen events from the given index, with the pad repainted after every `repaintEvery`
+// events (4: a 60 Hz screen under 240 Hz input), or never within them (0: painting deferred).
+void BM_QtPadPenEvents(benchmark::State& state) {
+  const auto& samples = ShownWidget::samples();
+  size_t start = static_cast<size_t>(state.range(0));
+  int repaintEvery = static_cast<int>(state.range(1));
+  for (auto _ : state) {
+    state.PauseTiming();
+    SignaturePad pad;
+    pad.resize(1000, 400);
+    pad.show();
+    QCoreApplication::processEvents();
+    QWidget* surface = pad.childAt(500, 200);
+    send(surface, QEvent::TabletPress, samples[0]);
+    for (size_t i = 1; i < start; ++i) send(surface, QEvent::TabletMove, samples[i]);
+    QCoreApplication::processEvents();
+    state.ResumeTiming();
+    for (size_t i = std::max<size_t>(start, 1); i < start + 500; ++i) {
+      send(surface, QEvent::TabletMove, samples[i]);
+      if (repaintEvery && i % repaintEvery == 0) QCoreApplication::processEvents();
+    }
+    state.PauseTiming();
+    QCoreApplication::processEvents();
+    state.ResumeTiming();
+  }
+  state.counters["per_event"] = benchmark::Counter(500.0 * state.iterations(),
+                                                   benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_QtPadPenEvents)->Args({0, 0})->Args({0, 4})->Args({4500, 0})->Args({4500, 4})
+    ->Unit(benchmark::kMillisecond);
 
 // One synchronous repaint after 5,000 points: of a live ink's dirty rectangle (48 x 48 points), and of
 // the whole widget.

@@ -9,6 +9,8 @@
 
 #include "capture/drawing_controller.h"
 
+#include <utility>
+
 #include <benchmark/benchmark.h>
 #include <malloc.h>
 
@@ -67,6 +69,102 @@ void BM_StrokeEndWithPointsOnCanvas(benchmark::State& state) {
   }
 }
 BENCHMARK(BM_StrokeEndWithPointsOnCanvas)->Arg(200)->Arg(2000)->Arg(20000)->Unit(benchmark::kMillisecond);
+
+// Draws samples [from, to) of the shared signatures through the view as touches, one touch a stroke;
+// the end of the last stroke is left to the caller when `endLast` is false. Past the file's end the
+// samples run on from its start, moved a little, so that a stroke can be as long as wanted.
+std::shared_ptr<HeadlessTouch> drawSamples(HeadlessView& view, const std::vector<bench::Sample>& samples,
+                                           size_t from, size_t to, bool endLast) {
+  std::shared_ptr<HeadlessTouch> pen;
+  auto at = [&](size_t i) {
+    const bench::Sample& s = samples[i % samples.size()];
+    size_t round = i / samples.size();
+    return std::pair(QnPoint{s.x + (round % 5) * 3.0, s.y + (round % 7) * 2.0}, s.tMs / 1000 + round * 25.0);
+  };
+  for (size_t i = from; i < to; ++i) {
+    auto [location, time] = at(i);
+    bool first = i == from || samples[i % samples.size()].stroke != samples[(i - 1) % samples.size()].stroke;
+    if (first) {
+      if (pen) view.endTouches({pen});
+      pen = std::make_shared<HeadlessTouch>(location, time);
+      view.beginTouches({pen});
+    } else {
+      pen->moveTo(location, time), view.moveTouches({pen});
+    }
+  }
+  if (endLast && pen) view.endTouches({pen});
+  return pen;
+}
+
+// The end of the 20th stroke of the 2,000-point signature (100 points), with the 19 before it on the
+// canvas, as a signer draws them.
+void BM_StrokeEndOfTwentiethStroke(benchmark::State& state) {
+  static const auto samples = bench::loadSamples("points_multi_20x100.csv");
+  for (auto _ : state) {
+    state.PauseTiming();
+    Canvas canvas(0);
+    drawSamples(*canvas.view, samples, 0, 1900, true);
+    auto pen = drawSamples(*canvas.view, samples, 1900, 2000, false);
+    state.ResumeTiming();
+    canvas.view->endTouches({pen});
+  }
+}
+BENCHMARK(BM_StrokeEndOfTwentiethStroke)->Iterations(50)->Unit(benchmark::kMillisecond);
+
+// The end of one stroke of `count` points on an empty canvas: the 5,000-point stroke, cut short or
+// run on.
+void BM_StrokeEndOfOneStroke(benchmark::State& state) {
+  static const auto samples = [] {
+    auto all = bench::loadSamples("points_single_5000.csv");
+    for (auto& s : all) s.stroke = 0;
+    return all;
+  }();
+  size_t count = static_cast<size_t>(state.range(0));
+  for (auto _ : state) {
+    state.PauseTiming();
+    Canvas canvas(0);
+    auto pen = drawSamples(*canvas.view, samples, 0, count, false);
+    state.ResumeTiming();
+    canvas.view->endTouches({pen});
+  }
+}
+BENCHMARK(BM_StrokeEndOfOneStroke)->Arg(1000)->Arg(5000)->Iterations(20)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_StrokeEndOfOneStroke)->Arg(100000)->Iterations(3)->Unit(benchmark::kMillisecond);
+
+// Undo and redo of the last stroke through the session, with `count` points on the canvas drawn as a
+// signer draws them (strokes of 100 points); each timed alone.
+void BM_UndoAndRedo(benchmark::State& state, bool timeUndo) {
+  static const auto samples = bench::loadSamples("points_multi_20x100.csv");
+  Canvas canvas(0);
+  drawSamples(*canvas.view, samples, 0, static_cast<size_t>(state.range(0)), true);
+  for (auto _ : state) {
+    if (!timeUndo) state.PauseTiming();
+    canvas.session.undo();
+    if (timeUndo) state.PauseTiming(); else state.ResumeTiming();
+    canvas.session.redo();
+    if (timeUndo) state.ResumeTiming();
+  }
+}
+BENCHMARK_CAPTURE(BM_UndoAndRedo, Undo, true)->Arg(2000)->Arg(20000)->Unit(benchmark::kMillisecond);
+BENCHMARK_CAPTURE(BM_UndoAndRedo, Redo, false)->Arg(2000)->Arg(20000)->Unit(benchmark::kMillisecond);
+
+// From done() right after the last stroke of the 2,000-point signature (export scale 2) to the record
+// in the host's hands: the preparation it starts, in the background, and its main-queue step.
+void BM_DoneRightAfterLastStroke(benchmark::State& state) {
+  static const auto samples = bench::loadSamples("points_multi_20x100.csv");
+  for (auto _ : state) {
+    state.PauseTiming();
+    Canvas canvas(0);
+    canvas.session.scrivlet().setExportScale(2);
+    bool ready = false;
+    canvas.session.signatureReady = [&](std::shared_ptr<QnSignature>) { ready = true; };
+    drawSamples(*canvas.view, samples, 0, 2000, true);
+    state.ResumeTiming();
+    canvas.session.done();
+    while (!ready) canvas.loop->advance(0), canvas.loop->runUntilIdle();
+  }
+}
+BENCHMARK(BM_DoneRightAfterLastStroke)->Iterations(20)->Unit(benchmark::kMillisecond);
 
 // The main-queue step that turns a prepared record into the record the host is given, 2,000 points at
 // export scale 2.

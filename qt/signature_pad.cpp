@@ -85,7 +85,9 @@ SignaturePad::SignaturePad(QWidget* parent) : QWidget(parent) {
   settingChanged();
 }
 
-SignaturePad::~SignaturePad() = default;
+// The surface goes first: being destroyed with the focus, it would be told of the focus going, and end
+// its touches through a core that is already gone.
+SignaturePad::~SignaturePad() { delete surface_; }
 
 SCRIVLET_DEFINE_SIGNATURE_PROPERTIES(SignaturePad)
 

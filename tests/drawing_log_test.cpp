@@ -1,4 +1,4 @@
-// A drawing kept and drawn again in bands gives every pixel of drawing it at once.
+// A drawing kept and drawn again into a PNG gives every pixel of drawing it at once.
 #include "platform/drawing_log.h"
 
 #include "output_support.h"
@@ -45,7 +45,7 @@ void drawScene(CGContext& c, const QnImage& badge) {
   c.showText("9f86d081884c7d65", {30, 75}, 8, QnColor(0.5, 0, 0.5, 1));
 }
 
-TEST(DrawingLog, DrawnAgainInBandsItGivesEveryPixelOfDrawingAtOnce) {
+TEST(DrawingLog, DrawnAgainIntoAPNGItGivesEveryPixelOfDrawingAtOnce) {
   QnBitmapContext badgeBitmap({7, 9}, 1);
   badgeBitmap.context().setFillColor(QnColor(1, 0.5, 0, 0.75));
   badgeBitmap.context().fillRect(makeRect(1, 1, 5, 6));
@@ -59,19 +59,54 @@ TEST(DrawingLog, DrawnAgainInBandsItGivesEveryPixelOfDrawingAtOnce) {
   DrawingLog log;
   drawScene(log, badge);
   EXPECT_FALSE(log.empty());
-  for (int bands : {1, 2, 3, 7, 180, 500}) {
-    QnBitmapContext banded({100, 90}, 2);
-    banded.drawInBands(log, bands);
-    QnImage image = banded.makeImage();
-    ASSERT_EQ(image.pixelHeight(), 180);
+  for (int threads : {1, 3}) {
+    QnImage image = QnImage::decodePNG(drawAsPNG(log, {100, 90}, 2, threads));
+    ASSERT_EQ(std::pair(image.pixelWidth(), image.pixelHeight()), std::pair(200, 180));
     int differing = 0;
     for (int y = 0; y < 180; ++y)
       for (int x = 0; x < 200; ++x) differing += rgbaAt(image, x, y) != rgbaAt(expected, x, y);
-    EXPECT_EQ(differing, 0) << bands << " bands";
+    EXPECT_EQ(differing, 0) << threads << " threads";
   }
-  QnBitmapContext empty({0, 0}, 2);
-  empty.drawInBands(log);  // no pixels: nothing to draw, and no failure
-  EXPECT_EQ(empty.pixelWidth(), 0);
+  testing::internal::CaptureStderr();
+  EXPECT_TRUE(drawAsPNG(log, {0, 0}, 2).empty());  // no pixels: no PNG, said in one line
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Scrivlet: no PNG: the image has no pixels\n");
+}
+
+// A band of rows drawn from only the paths that reach it has every pixel of drawing everything: wide
+// strokes, arcs, curves whose control points stray beyond them, scaled and moved, with a miter join.
+TEST(DrawingLog, ABandDrawnFromThePathsThatReachItHasEveryPixel) {
+  DrawingLog log;
+  log.scaleCTM(1.5, 0.75);
+  log.translateCTM(2, 10);
+  log.setFillColor(QnColor(0.1, 0.2, 0.7, 0.55));
+  log.setStrokeColor(QnColor(0.7, 0.2, 0.1, 0.6));
+  for (int i = 0; i < 60; ++i) {
+    double x = 5 + i * 2.1, y = 20 + 70 * std::sin(i * 0.37);
+    log.setLineWidth(1 + i % 7);
+    log.setLineJoin(i % 3 ? kQnLineJoinRound : kQnLineJoinMiter);
+    log.moveToPoint(x, y);  // a move that the next path's beginning discards
+    log.beginPath();
+    log.moveToPoint(x, y);
+    log.addCurveToPoint(x + 9, y - 30, x + 14, y + 25, x + 6, y + 4);
+    log.addLineToPoint(x + 1, y + 9);
+    log.drawPath(i % 2 ? kQnPathStroke : kQnPathFill);
+    log.beginPath();
+    log.addArc(x, y + 30, 2 + i % 5, 0, 6.2832, 0);
+    log.drawPath(kQnPathFillStroke);
+  }
+  for (double top : {-5.0, 13.5, 40.0, 71.25, 120.0}) {
+    QnBitmapContext all({200, 20}, 2), reaching({200, 20}, 2);
+    all.context().translateCTM(0, -top);
+    reaching.context().translateCTM(0, -top);
+    log.replay(all.context());
+    log.replay(reaching.context(), top - 0.5, top + 20.5);
+    QnImage expected = all.makeImage(), image = reaching.makeImage();
+    int differing = 0, inked = 0;
+    for (int y = 0; y < 40; ++y)
+      for (int x = 0; x < 400; ++x) differing += rgbaAt(image, x, y) != rgbaAt(expected, x, y), inked += rgbaAt(expected, x, y)[3] > 0;
+    EXPECT_EQ(differing, 0) << "rows from " << top;
+    EXPECT_TRUE(inked > 0 || top < 0 || top > 100) << top;
+  }
 }
 
 }  // namespace

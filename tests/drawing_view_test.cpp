@@ -2,6 +2,7 @@
 // and the ink it leaves in real pixels.
 #include "render/drawing_view.h"
 
+#include <scrivlet/device.h>
 #include <scrivlet/headless_view.h>
 #include <scrivlet/notification_center.h>
 
@@ -19,6 +20,9 @@
 
 namespace scrivlet {
 namespace {
+
+using test_support::rgbaAt;
+using test_support::savePNG;
 
 struct Call { std::string name; std::vector<double> args; double tolerance = 0; };
 using Calls = std::vector<Call>;
@@ -209,61 +213,126 @@ TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWi
   EXPECT_NEAR(inked(drawWave(0.1, 1, 0, "pressed-ink").first, 150, 151), 7, 1);  // 4 + 3
 }
 
-// The cache after a full redraw holds exactly the pixels of clearing and drawing every stroke again,
-// however the redraws before it went: strokes added one by one, copies of the same ink, an undo, a
-// redo, a colour change, a move, a one-point and a two-point stroke.
-TEST(DrawingViewPixels, AFullRedrawGivesThePixelsOfDrawingEveryStrokeAgain) {
-  auto view = HeadlessView::create(makeRect(0, 0, 300, 120));
-  QnDemoDrawingController controller(view);
-  QnDrawingView& ink = *controller.canvasView();
-  auto expectEverythingDrawnAgain = [&](const char* when) {
-    QnBitmapContext fresh({300, 120}, ink.cacheContext()->scale());
+// A signer at work on a 300 x 120 view at screen scale 2, through the stroke model: every stroke's end
+// is followed by the layout that the record's preparation runs (the canvas laid out again, then a full
+// redraw). After each step the view shows exactly the pixels of drawing every stroke again into a
+// clear bitmap, and while a stroke is drawn, those of drawing its newest segments over the finished
+// ink, point by point, as live ink always was: strokes of 1 to 200 points, undos and redos one by one
+// and several at once, an undo or a cancel in the middle of a stroke, redo after a cancel, translucent
+// ink and a colour change, ink moved, the view resized, and strokes so wide that the undo history runs
+// out of room.
+class InkShown : public ::testing::Test {
+ protected:
+  void SetUp() override { QnDevice::setScreenScale(2); }
+  void TearDown() override { QnDevice::setScreenScale(1); }
+
+  // The view as a screen of scale 2 would show it.
+  QnImage shown() { return snapshotOfView(*view, 2); }
+  // Every stroke drawn again into a clear bitmap, then the open stroke's first `live` points as live
+  // ink draws them, one point at a time.
+  QnImage expected(size_t live = 0) {
+    QnBitmapContext fresh(view->bounds().size, 2);
     QnComboContext context(&fresh.context());
-    ink.drawStrokesToContextWithFinalSegmentFullRedraw(controller.drawingArray(), &context, true, true);
-    QnImage expected = fresh.makeImage(), cache = ink.cacheContext()->makeImage();
+    auto finished = std::make_shared<QnStrokeList>(*controller.drawingArray());
+    QnStrokeRef open = live ? finished->back() : nullptr;
+    if (open) finished->pop_back();
+    ink().drawStrokesToContextWithFinalSegmentFullRedraw(finished, &context, true, true);
+    for (size_t n = 1; n <= live; ++n) {
+      auto growing = std::make_shared<QnStrokeList>(*finished);
+      growing->push_back(std::make_shared<QnStroke>(open->begin(), open->begin() + n));
+      ink().drawStrokesToContextWithFinalSegmentFullRedraw(growing, &context, false, false);
+    }
+    QnBitmapContext frame(view->bounds().size, 2);
+    frame.context().drawImage(fresh.makeImage(), view->bounds());
+    return frame.makeImage();
+  }
+  void expectShownAsDrawnAgain(const std::string& when, size_t live = 0) {
+    QnImage a = shown(), b = expected(live);
+    ASSERT_EQ(std::pair(a.pixelWidth(), a.pixelHeight()), std::pair(b.pixelWidth(), b.pixelHeight())) << when;
     int differing = 0, inkedPixels = 0;
-    for (int y = 0; y < expected.pixelHeight(); ++y)
-      for (int x = 0; x < expected.pixelWidth(); ++x) {
-        auto a = expected.pixelAt(x, y), b = cache.pixelAt(x, y);
-        differing += a.r != b.r || a.g != b.g || a.b != b.b || a.a != b.a;
-        inkedPixels += a.a != 0;
-      }
+    for (int y = 0; y < a.pixelHeight(); ++y)
+      for (int x = 0; x < a.pixelWidth(); ++x) differing += rgbaAt(a, x, y) != rgbaAt(b, x, y), inkedPixels += rgbaAt(b, x, y)[3] != 0;
     EXPECT_EQ(differing, 0) << when;
-    return inkedPixels;
-  };
-  double t = 1;
-  auto stroke = [&](double y, int points) {
+    EXPECT_TRUE(controller.drawingArray()->empty() || inkedPixels > 0) << when;
+    if (differing) savePNG(a, "ink-shown-" + std::to_string(++failures) + ".png");
+  }
+  QnDrawingView& ink() { return *controller.canvasView(); }
+
+  // Points along a wave across the view; `width` scales the pen.
+  void begin(int points, double y, float pressure = 0.4f) {
     for (int i = 0; i < points; ++i) {
       QnSignaturePoint p;
-      p.location = {20 + i * 9.7, y + 12 * std::sin(i * 0.7)};
+      p.location = {12 + (i * 37 % 270) + 0.25 * i / (points + 1), y + 14 * std::sin(i * 0.7)};
       p.timestamp = t += 0.012;
-      p.pressure = 0.4f;
+      p.pressure = pressure;
       if (i == 0) controller.drawTouchBeganWithPoint(p);
-      if (i > 0 && i + 1 < points) controller.drawTouchMovedWithPoint(p);
-      if (i + 1 == points) controller.drawTouchEndedWithPoint(p);
+      else controller.drawTouchMovedWithPoint(p);
     }
-    controller.redraw();  // as every stroke's end does, through the layout of the record's preparation
-  };
-  stroke(30, 25);
-  expectEverythingDrawnAgain("the first stroke");
-  stroke(60, 30);
-  stroke(90, 2);
-  expectEverythingDrawnAgain("three strokes, drawn one by one");
-  controller.setDrawingArray(controller.drawingArrayWithOffset({0, 0}));  // copies of the same ink
-  controller.redraw();
-  expectEverythingDrawnAgain("copies of the same strokes");
-  stroke(100, 1);
+  }
+  void end() {
+    QnSignaturePoint p = *controller.drawingArray()->back()->rbegin();
+    p.location.x += 3, p.timestamp = t += 0.012;
+    controller.drawTouchEndedWithPoint(p);
+    controller.updateLayout();  // as the record's preparation lays the canvas out at every stroke's end
+  }
+  void stroke(int points, double y, float pressure = 0.4f) {
+    begin(points - 1, y, pressure);
+    end();
+  }
+
+  std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 300, 120));
+  QnDemoDrawingController controller{view};
+  double t = 1;
+  int failures = 0;
+};
+
+TEST_F(InkShown, IsAlwaysThatOfDrawingEveryStrokeAgainAndLiveInkAsItAlwaysWas) {
+  controller.setVelocityReduction(0.85f);
+  ink().setStrokeColor(QnColor(0.1, 0.2, 0.7, 0.55));
+  stroke(40, 30);
+  expectShownAsDrawnAgain("the first stroke");
+  stroke(3, 60), stroke(1, 90), stroke(2, 100);
+  expectShownAsDrawnAgain("strokes of three, one and two points");
+  begin(25, 70);
+  expectShownAsDrawnAgain("in the middle of a stroke", 25);
+  end();
+  expectShownAsDrawnAgain("that stroke ended");
   controller.undoDrawingStroke();
-  int beforeRedo = expectEverythingDrawnAgain("after an undo");
+  expectShownAsDrawnAgain("an undo");
+  controller.undoDrawingStroke(), controller.undoDrawingStroke();
+  expectShownAsDrawnAgain("two more");
   controller.redoDrawingStroke();
-  EXPECT_GT(expectEverythingDrawnAgain("after a redo"), beforeRedo);
-  controller.setColor(QnColor(0.8, 0.1, 0.1, 1));
+  expectShownAsDrawnAgain("a redo");
+  begin(20, 50);
+  controller.undoDrawingStroke();  // takes the open stroke away, and the stroke before it
+  expectShownAsDrawnAgain("an undo while drawing");
+  begin(15, 80);
+  controller.cancelDrawingStroke();
+  expectShownAsDrawnAgain("a cancelled stroke");
+  controller.redoDrawingStroke(), controller.redoDrawingStroke();
+  expectShownAsDrawnAgain("redone after the cancel");
+  controller.updateLayout(), controller.updateLayout();
+  expectShownAsDrawnAgain("laid out again twice");
+  controller.setColor(QnColor(0.8, 0.1, 0.1, 0.8));
   controller.redraw();
-  expectEverythingDrawnAgain("in another colour");
+  expectShownAsDrawnAgain("in another colour");
+  stroke(200, 60);
+  controller.undoDrawingStroke();
+  stroke(12, 40);
+  expectShownAsDrawnAgain("a long stroke undone, then another drawn");
   controller.setDrawingArray(controller.drawingArrayWithOffset({3.25, -2.5}));
   controller.redraw();
-  stroke(45, 12);
-  EXPECT_GT(expectEverythingDrawnAgain("moved, and one more stroke"), 500);
+  expectShownAsDrawnAgain("moved");
+  view->setFrame(makeRect(0, 0, 280, 140));
+  controller.updateLayout();
+  stroke(30, 100);
+  expectShownAsDrawnAgain("resized, and one more stroke");
+  // Strokes wide enough to reach every tile: the history keeps the last one's tiles only.
+  for (int i = 0; i < 4; ++i) stroke(60, 40 + 20 * i, 12);
+  controller.undoDrawingStroke(), controller.undoDrawingStroke(), controller.undoDrawingStroke();
+  expectShownAsDrawnAgain("three wide strokes undone");
+  controller.redoDrawingStroke();
+  expectShownAsDrawnAgain("and one redone");
 }
 
 // A stroke that goes once and a bit around a circle, drawn in full into SVG. The expected document

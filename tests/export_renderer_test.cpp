@@ -7,7 +7,10 @@
 #include "export_fixture.h"
 #include "platform/fonts.h"
 #include "platform/image.h"
+#include "platform/parallel.h"
 #include "render/combo_context.h"
+
+#include <map>
 
 namespace scrivlet::export_test {
 namespace {
@@ -140,6 +143,46 @@ TEST_F(Export, PdfAndSvgPassTheirCheckersAndLookLikeThePng) {
   c->setShowHash(false);
   path = expectPasses("xmllint --noout", exportAs("SVG"), "strokes.svg");
   expectSameInk(QnImage::decodePNG(exportAs("PNG")), test_support::svgImage(path));
+}
+
+// Translucent ink on a PNG of several bands of rows: the PNG, PDF and SVG are the same bytes whatever
+// the number of threads drawing and compressing the bands.
+TEST_F(Export, TheSameStrokesGiveTheSameBytesOnAnyNumberOfThreads) {
+  c->setMyBrushStrokes(strokesSpanning(10, 10, 250, 150));
+  c->setStrokeExportColor(QnColor(0.1, 0.2, 0.7, 0.55));
+  c->setShowHash(true);
+  c->setLastHash("3f9a0c71be");
+  c->setExportScale(4);  // some 1,000 x 650 pixels: three bands
+  std::map<std::string, Bytes> first;
+  for (int threads : {1, 2, 3, 8}) {
+    setBandThreads(threads);
+    for (const char* format : {"PNG", "PDF", "SVG"}) {
+      Bytes bytes = exportAs(format);
+      if (threads == 1) first[format] = bytes;
+      EXPECT_TRUE(bytes == first[format]) << format << " on " << threads << " threads";
+    }
+  }
+  setBandThreads(0);
+  EXPECT_GT(QnImage::decodePNG(first["PNG"]).pixelHeight(), 2 * kBandRows);
+  test_support::writeOutput("threads/signature.png", first["PNG"]);
+}
+
+// The largest export scale on a screen of scale 2 makes a PNG of some 72 megapixels, drawn and
+// compressed band by band: the ink is where the strokes are, across band edges too.
+TEST_F(Export, APNGAtTheLargestExportScaleOnADenseScreen) {
+  using test_support::rgbaAt, test_support::Rgba;
+  QnDevice::setScreenScale(2);
+  c->setClipSignatureToBounds(true);
+  c->setCopyOfTargetViewBounds(makeRect(0, 0, 700, 400));
+  c->setMyBrushStrokes(strokesSpanning(10, 10, 680, 380));
+  c->setExportScale(8);
+  QnImage image = QnImage::decodePNG(exportAs("PNG"));
+  ASSERT_EQ(std::pair(image.pixelWidth(), image.pixelHeight()), std::pair(11200, 6400));
+  // The bar at y = 200 points, 3 points wide: 48 pixels about row 3200, the edge of bands 12 and 13.
+  for (int x : {400, 3000, 5500})  // a two-point stroke inks from its first point to its middle
+    for (int y : {3180, 3199, 3200, 3215}) EXPECT_EQ(rgbaAt(image, x, y), (Rgba{0, 0, 0, 255})) << x << "," << y;
+  EXPECT_EQ(rgbaAt(image, 3000, 3260), (Rgba{0, 0, 0, 0}));
+  EXPECT_EQ(rgbaAt(image, 16, 16), (Rgba{0, 0, 0, 0}));
 }
 
 TEST(PDFRoutines, SetupGivesAnEmptyBufferAndTheConsumerAppendsToOne) {

@@ -134,7 +134,7 @@ class HostileExport : public export_test::ControllerTest {
 };
 
 TEST_F(HostileExport, BitmapsBeyondTheBudgetAreRefusedAndTheRestOfTheRecordIsDelivered) {
-  for (float scale : {1e6f, 1000.0f}) {
+  for (float scale : {1e6f, 1e5f}) {
     c->setExportScale(scale);
     auto record = prepare();
     EXPECT_FALSE(record->imageData()) << scale;
@@ -145,8 +145,8 @@ TEST_F(HostileExport, BitmapsBeyondTheBudgetAreRefusedAndTheRestOfTheRecordIsDel
   testing::internal::CaptureStderr();
   auto huge = HeadlessView::create(makeRect(0, 0, 100000, 100000));
   auto controller = QnScrivletController::create(huge, {}, {});
-  EXPECT_NE(testing::internal::GetCapturedStderr().find("over the budget"), std::string::npos);
   touchPaths(*huge, {{{10, 10}, {50, 20}}}, 1);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("over the budget"), std::string::npos);
   EXPECT_EQ(controller->drawingController()->drawingArray()->size(), 1u);
 }
 

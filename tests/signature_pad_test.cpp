@@ -128,5 +128,17 @@ TEST_F(Pad, UndoAndRedoWorkWithoutSwipesAndStrokesThatDoNotLoadLeaveThePad) {
   EXPECT_EQ(pad.loadStrokes(QByteArray::fromStdString(saved)), "");
 }
 
+// A host closing a dialog deletes the pad while it has the focus, perhaps in the middle of a stroke.
+TEST(PadLifetime, APadWithTheFocusIsDeletedMidStrokeWithoutHarm) {
+  auto* pad = new SignaturePad;
+  pad->resize(400, 200), pad->show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(pad));
+  pad->activateWindow(), pad->setFocus();
+  sendMouse(pad->focusProxy(), QEvent::MouseButtonPress, {40, 60}, 1000);
+  sendMouse(pad->focusProxy(), QEvent::MouseMove, {80, 70}, 1020);
+  ASSERT_TRUE(pad->focusProxy()->hasFocus());
+  delete pad;
+}
+
 }  // namespace
 }  // namespace scrivlet

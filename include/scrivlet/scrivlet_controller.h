@@ -224,8 +224,9 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   // The point a touch of the set gives in the capture view.
   QnSignaturePoint pointFromTouches(const QnTouchSet& touches) const;
   void invalidateCacheTimer();
-  // getImageData; with pixels, a PNG's canvas is handed back there unencoded instead.
-  std::optional<std::vector<uint8_t>> exportCanvas(const std::string& format, QnImage* pixels);
+  // getImageData; with pngLater, a PNG is not made but the work that makes it is handed back there.
+  std::optional<std::vector<uint8_t>> exportCanvas(const std::string& format,
+                                                   std::function<std::vector<uint8_t>()>* pngLater);
   // Calls the delegate's method with the manager first, when the delegate implements it.
   template <class Method, class... Args>
   void tellDelegate(Method method, Args&&... args) const {

@@ -18,6 +18,8 @@ constexpr double kNineSixteenths = 9 * 0.0625;
 // Whether moving the ink by the offset would carry a point beyond the largest number (a view sized
 // near it), where the point would be lost.
 bool carriesInkOutOfRange(const QnStrokeListRef& strokes, QnPoint offset) {
+  // No move loses nothing: the layout at every stroke's end then costs nothing per point.
+  if (offset.x == 0 && offset.y == 0) return false;
   auto lost = [](double at, double by) { return std::isfinite(at) && !std::isfinite(at + by); };
   for (const QnStrokeRef& stroke : *strokes)
     for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})

@@ -44,7 +44,7 @@ std::optional<std::vector<uint8_t>> QnScrivletController::getImageData(const std
 }
 
 std::optional<std::vector<uint8_t>> QnScrivletController::exportCanvas(const std::string& format,
-                                                                       QnImage* pixels) {
+                                                                       PNGJob* pngLater) {
   QnRect box = boundingRectOfStrokesF(myBrushStrokes_);
   // A margin of one and a half pen widths on every side, the products in single precision.
   double w = box.size.width + static_cast<double>(3 * strokeWidthMax_);
@@ -60,13 +60,13 @@ std::optional<std::vector<uint8_t>> QnScrivletController::exportCanvas(const std
     lastLocation_ = QnRectZero;
   }
   return cfDataCreatePDFDocumentFromDrawing(myBrushStrokes_, format, false, this, w, h, x0, y0,
-                                            exportScale_, pixels);
+                                            exportScale_, pngLater);
 }
 
 std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     const QnStrokeListRef& strokes, const std::string& format, bool unscaledPNG,
     QnScrivletController* controller, double w, double h, double x0, double y0, float scale,
-    QnImage* pixels) {
+    PNGJob* pngLater) {
   double s = scale;
   double W = w * s, H = h * s;
   bool showDate = controller && controller->showDate();
@@ -110,8 +110,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
   float cx = std::ceil(narrowToFloat(x0)), cy = std::ceil(narrowToFloat(y0));
 
   std::unique_ptr<QnPDFContext> pdf;
-  std::unique_ptr<QnBitmapContext> bitmap;
-  std::unique_ptr<DrawingLog> drawing;
+  std::shared_ptr<DrawingLog> drawing;
   std::unique_ptr<QnComboContext> combo;
   if (format == "PDF") {
     pdf = std::make_unique<QnPDFContext>(
@@ -121,9 +120,8 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     combo = std::make_unique<QnComboContext>(nullptr);
     combo->setIsSVG(true);
   } else {
-    // The drawing is kept, then drawn into the bitmap in bands on several threads.
-    bitmap = std::make_unique<QnBitmapContext>(canvas, QnDevice::screenScale());
-    drawing = std::make_unique<DrawingLog>();
+    // The drawing is kept, then drawn and compressed in bands on several threads.
+    drawing = std::make_shared<DrawingLog>();
     combo = std::make_unique<QnComboContext>(drawing.get());
   }
   combo->setScaleCTMXY(narrowToFloat(e), narrowToFloat(e));
@@ -140,13 +138,17 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     if (!pdf->isValid()) return std::nullopt;
     return buffer;
   }
-  if (drawing) bitmap->drawInBands(*drawing);
-  if (format == "PNG" && pixels) {
-    *pixels = bitmap->sharedImage();  // nothing draws into the bitmap after this
-    return std::nullopt;
-  }
   if (format == "PNG") {
-    std::vector<uint8_t> png = bitmap->sharedImage().encodePNG();
+    double pixelScale = QnDevice::screenScale();
+    PNGJob draw = [drawing = std::shared_ptr<const DrawingLog>(drawing), canvas, pixelScale] {
+      return drawAsPNG(*drawing, canvas, pixelScale);
+    };
+    // A canvas without pixels is said here and now, in its place among the outputs.
+    if (pngLater && canvas.width * pixelScale >= 1 && canvas.height * pixelScale >= 1) {
+      *pngLater = std::move(draw);
+      return std::nullopt;
+    }
+    std::vector<uint8_t> png = draw();
     if (png.empty()) return std::nullopt;
     return png;
   }

@@ -3,8 +3,8 @@
 
 #include <scrivlet/signature.h>
 
+#include "export/export_renderer.h"
 #include "platform/clock.h"
-#include "platform/image.h"
 #include "platform/parallel.h"
 
 namespace scrivlet {
@@ -14,11 +14,11 @@ void QnScrivletController::prepareScrivletData() {
   // The time series needs nothing but the strokes: it is written on a thread of its own meanwhile.
   Aside xml([this] { return createXmlString(); });
   lastLocation_ = QnRectZero;
-  // The PNG's pixels are drawn first, as ever; they are compressed meanwhile too. A canvas that has
-  // no pixels is reported here and now, in its place among the outputs.
-  QnImage pixels;
-  exportCanvas("PNG", &pixels);
-  Aside png([pixels] { return pixels.encodePNG(); }, pixels.pixelWidth() > 0 && pixels.pixelHeight() > 0);
+  // The PNG's drawing is kept first, as ever; it is drawn and compressed meanwhile too. A canvas that
+  // has no pixels is reported here and now, in its place among the outputs.
+  PNGJob drawPNG;
+  exportCanvas("PNG", &drawPNG);
+  Aside png([&drawPNG] { return drawPNG ? drawPNG() : std::vector<uint8_t>{}; }, bool(drawPNG));
   // With the PDF skipped, whatever an earlier run left stays.
   if (!skipPDFData_) pdfData_ = getImageData("PDF");
   std::optional<std::vector<uint8_t>> svg = getImageData("SVG");

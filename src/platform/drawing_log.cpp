@@ -11,9 +11,53 @@ void DrawingLog::add(Op op, std::initializer_list<double> args, int32_t index) {
   calls_.push_back(call);
 }
 
-void DrawingLog::replay(CGContext& c) const {
-  size_t text = 0;
-  for (const Call& call : calls_) {
+void DrawingLog::restoreGState() {
+  if (!saved_.empty()) state_ = saved_.back(), saved_.pop_back();
+  add(kRestore, {});
+}
+
+void DrawingLog::setBlendMode(int mode) {
+  // Other modes may change pixels outside the shape.
+  if (mode != kQnBlendModeNormal && mode != kQnBlendModeClear) alwaysDrawn_ = true;
+  add(kBlendMode, {}, mode);
+}
+
+void DrawingLog::reach() {
+  if (path_.first == SIZE_MAX) path_.first = calls_.size();
+}
+
+void DrawingLog::reach(double y) {
+  reach();
+  double row = state_.scaleY * y + state_.offsetY;
+  if (std::isnan(row)) row = -INFINITY, path_.bottom = INFINITY;  // reaches anywhere
+  path_.top = std::min(path_.top, row), path_.bottom = std::max(path_.bottom, row);
+}
+
+void DrawingLog::drawPath(int mode) {
+  reach();
+  // The pen's reach, a miter's too, and a unit for antialiasing.
+  double pen = std::fabs(state_.lineWidth * state_.scaleY) * 0.5 * std::max(state_.miterLimit, 1.0) + 1;
+  bool known = !alwaysDrawn_ && std::isfinite(pen);
+  paths_.push_back({path_.first, calls_.size(), known ? path_.top - pen : -INFINITY, known ? path_.bottom + pen : INFINITY});
+  path_ = {};
+  add(kDrawPath, {}, mode);
+}
+
+void DrawingLog::replay(CGContext& c) const { replay(c, -INFINITY, INFINITY); }
+
+void DrawingLog::replay(CGContext& c, double top, double bottom) const {
+  size_t text = 0, skipUntil = 0, path = 0;
+  bool skipping = false;
+  for (size_t i = 0; i < calls_.size(); ++i) {
+    const Call& call = calls_[i];
+    if (path < paths_.size() && paths_[path].first == i) {
+      const Drawn& drawn = paths_[path++];
+      // A path that misses the rows is left out, and the calls between that build no path are made.
+      skipping = !(drawn.bottom >= top && drawn.top <= bottom);
+      skipUntil = drawn.last;
+    }
+    if (skipping && i > skipUntil) skipping = false;
+    if (skipping && buildsPath(call.op)) continue;
     const double* a = call.args;
     switch (call.op) {
       case kScale: c.scaleCTM(a[0], a[1]); break;

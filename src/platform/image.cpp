@@ -19,7 +19,8 @@ namespace scrivlet {
 
 namespace {
 
-constexpr double kMaxPixels = 32767;  // cairo's largest image side
+constexpr int kMaxSide = 32767;  // cairo's largest image side
+constexpr double kMaxPixels = kMaxSide;
 // The most pixels one bitmap may have: 256 MB of premultiplied ARGB. The fuzzing build sets a smaller
 // budget, so that its runs stay quick while refusals still happen.
 #ifndef SCRIVLET_PIXEL_BUDGET
@@ -44,6 +45,35 @@ cairo_surface_t* createBitmapSurface(QnSize sizeInPoints, double scale) {
   return cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
 }
 
+// Draws the calls into a band of rows of a bitmap of `width` pixels, in pieces cairo can hold.
+BandPixels drawBand(const DrawingLog& log, int width, RowBand band, double scale, std::vector<unsigned char>& scratch) {
+  size_t stride = size_t(width) * 4;
+  int rows = band.endRow - band.firstRow;
+  scratch.assign(stride * rows, 0);
+  for (int left = 0; left < width; left += kMaxSide) {
+    cairo_surface_t* piece = cairo_image_surface_create_for_data(scratch.data() + size_t(left) * 4, CAIRO_FORMAT_ARGB32,
+                                                                 std::min(kMaxSide, width - left), rows, int(stride));
+    cairo_t* cr = cairo_create(piece);
+    cairo_translate(cr, -left, -band.firstRow);  // whole pixels
+    bool scaled = std::isfinite(scale) && scale > 0;
+    if (scaled) cairo_scale(cr, scale, scale);
+    {
+      CairoContext context(cr);
+      // What reaches the band's rows, a pixel either side for antialiasing.
+      if (scaled)
+        log.replay(context, (band.firstRow - 1) / scale, (band.endRow + 1) / scale);
+      else
+        log.replay(context);
+    }
+    cairo_destroy(cr);
+    cairo_surface_finish(piece);
+    bool drawn = cairo_surface_status(piece) == CAIRO_STATUS_SUCCESS;
+    cairo_surface_destroy(piece);
+    if (!drawn) return {};
+  }
+  return {scratch.data(), stride};
+}
+
 std::shared_ptr<cairo_surface_t> adopt(cairo_surface_t* surface) {
   return std::shared_ptr<cairo_surface_t>(surface, cairo_surface_destroy);
 }
@@ -62,6 +92,30 @@ cairo_status_t readBytes(void* closure, unsigned char* data, unsigned int length
 }
 
 }  // namespace
+
+std::vector<uint8_t> drawAsPNG(const DrawingLog& log, QnSize sizeInPoints, double scale, int threads) {
+  auto side = [](double pixels) { return std::isfinite(pixels) && pixels > 0 ? std::floor(pixels) : 0.0; };
+  double width = side(sizeInPoints.width * scale), height = side(sizeInPoints.height * scale);
+  if (width == 0 || height == 0) {
+    std::fputs("Scrivlet: no PNG: the image has no pixels\n", stderr);
+    return {};
+  }
+  // Only one band's pixels need to be held; the rows are counted in whole numbers.
+  double bandPixels = width * kBandRows;
+  if (bandPixels > kPixelBudget || height > INT32_MAX) {
+    std::fprintf(stderr, "Scrivlet: no PNG: a bitmap of %.0f x %.0f pixels is over the budget of %.0f megapixels a band\n",
+                 width, height, kPixelBudget / (1024 * 1024));
+    return {};
+  }
+  // As many bands at once as the budget holds.
+  threads = std::clamp(int(kPixelBudget / bandPixels), 1, threads > 0 ? threads : bandThreads());
+  std::vector<uint8_t> png = encodePNGInBands(
+      int(width), int(height),
+      [&](RowBand band, std::vector<unsigned char>& scratch) { return drawBand(log, int(width), band, scale, scratch); },
+      threads);
+  if (png.empty()) std::fputs("Scrivlet: no PNG: the image could not be encoded\n", stderr);
+  return png;
+}
 
 QnImage::QnImage(cairo_surface_t* surface, double scale) : surface_(adopt(surface)), scale_(scale) {}
 
@@ -154,33 +208,14 @@ void QnBitmapContext::copyPixelsFrom(const QnBitmapContext& other) {
   cairo_surface_mark_dirty(surface_);
 }
 
-void QnBitmapContext::drawInBands(const DrawingLog& log, int bands) {
-  int width = pixelWidth(), height = pixelHeight();
-  std::vector<RowBand> rows = rowBands(height, bands);
-  if (rows.size() == 1 || width == 0) {
-    log.replay(*context_);
-    return;
-  }
+unsigned char* QnBitmapContext::pixels() {
   cairo_surface_flush(surface_);
-  unsigned char* pixels = cairo_image_surface_get_data(surface_);
-  int stride = cairo_image_surface_get_stride(surface_);
-  forEachBandInParallel(rows, [&](size_t i) {
-    int top = rows[i].firstRow, bottom = rows[i].endRow;
-    cairo_surface_t* band = cairo_image_surface_create_for_data(pixels + size_t(top) * stride, CAIRO_FORMAT_ARGB32,
-                                                                width, bottom - top, stride);
-    cairo_t* cr = cairo_create(band);
-    cairo_translate(cr, 0, -top);  // whole pixels: every shape covers each pixel as it would in one piece
-    if (std::isfinite(scale_) && scale_ > 0) cairo_scale(cr, scale_, scale_);
-    {
-      CairoContext context(cr);
-      log.replay(context);
-    }
-    cairo_destroy(cr);
-    cairo_surface_finish(band);
-    cairo_surface_destroy(band);
-  });
-  cairo_surface_mark_dirty(surface_);
+  return cairo_image_surface_get_data(surface_);
 }
+
+int QnBitmapContext::stride() const { return cairo_image_surface_get_stride(surface_); }
+
+void QnBitmapContext::pixelsChanged() { cairo_surface_mark_dirty(surface_); }
 
 int QnBitmapContext::pixelWidth() const { return cairo_image_surface_get_width(surface_); }
 int QnBitmapContext::pixelHeight() const { return cairo_image_surface_get_height(surface_); }

@@ -45,6 +45,12 @@ class QnImage {
   double scale_ = 1.0;
 };
 
+// A PNG of the calls drawn as a fresh transparent bitmap of (width * scale) by (height * scale) pixels
+// would show them, drawn and compressed band by band (rowBands) on up to `threads` threads: only the
+// bands being worked on are held, so that any size whose band fits the pixel budget can be made (one
+// line on standard error says why not otherwise). The bytes are the same on any number of threads.
+std::vector<uint8_t> drawAsPNG(const DrawingLog& log, QnSize sizeInPoints, double scale, int threads = 0);
+
 // A transparent bitmap of (width * scale) by (height * scale) pixels whose context draws in points.
 class QnBitmapContext {
  public:
@@ -63,10 +69,11 @@ class QnBitmapContext {
   double scale() const { return scale_; }
   // Replaces every pixel with the other bitmap's, which must have the same pixel size.
   void copyPixelsFrom(const QnBitmapContext& other);
-  // Draws the calls as a fresh context() would, in horizontal bands on one thread each (by default one
-  // a processor, fewer in a short bitmap): the same pixels, since each pixel sees the same drawing in
-  // the same order.
-  void drawInBands(const DrawingLog& log, int bands = 0);
+  // The pixels to read and write directly (premultiplied ARGB, stride() bytes a row; null without
+  // pixels); pixelsChanged() once written.
+  unsigned char* pixels();
+  int stride() const;
+  void pixelsChanged();
 
  private:
   cairo_surface_t* surface_;

@@ -1,34 +1,45 @@
 #include "platform/parallel.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <atomic>
 #include <thread>
 
 namespace scrivlet {
 
-std::vector<RowBand> rowBands(int height, int wanted) {
-  constexpr int kRowsPerBandAtLeast = 64;
-  height = std::max(height, 0);
-  int count = wanted > 0 ? wanted
-                         : std::clamp(height / kRowsPerBandAtLeast, 1,
-                                      int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u)));
-  count = std::clamp(count, 1, std::max(height, 1));
-  std::vector<RowBand> bands(count);
-  for (int i = 0; i < count; ++i)
-    bands[i] = {int(int64_t(height) * i / count), int(int64_t(height) * (i + 1) / count)};
+namespace {
+std::atomic<int> threadsSet{0};
+}  // namespace
+
+std::vector<RowBand> rowBands(int height) {
+  std::vector<RowBand> bands;
+  for (int top = 0; top < height; top += std::min(kBandRows, height - top))
+    bands.push_back({top, top + std::min(kBandRows, height - top)});
+  if (bands.empty()) bands.push_back({0, 0});
   return bands;
 }
 
-void forEachBandInParallel(const std::vector<RowBand>& bands, const std::function<void(size_t)>& work) {
-  std::vector<std::jthread> helpers;
-  for (size_t i = 1; i < bands.size(); ++i) {
+int bandThreads() {
+  int set = threadsSet.load();
+  return set > 0 ? set : int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u));
+}
+
+void setBandThreads(int count) { threadsSet = std::max(count, 0); }
+
+void forEachBandInParallel(const std::vector<RowBand>& bands, const std::function<void(size_t)>& work, int threads) {
+  std::atomic<size_t> next{0};
+  auto takeBands = [&] {
+    for (size_t i = next++; i < bands.size(); i = next++) work(i);
+  };
+  size_t helpers = std::min(size_t(std::max(threads, 1)), bands.size()) - (bands.empty() ? 0 : 1);
+  std::vector<std::jthread> running;
+  for (size_t i = 0; i < helpers; ++i) {
     try {
-      helpers.emplace_back(work, i);
+      running.emplace_back(takeBands);
     } catch (const std::system_error&) {
-      work(i);
+      break;
     }
   }
-  if (!bands.empty()) work(0);
+  takeBands();
 }
 
 }  // namespace scrivlet

@@ -13,14 +13,21 @@ struct RowBand {
   int firstRow = 0, endRow = 0;
 };
 
-// Rows 0 to `height` in bands of nearly equal height: `wanted` of them, or by default one for each
-// processor (at most 8) with none under 64 rows, a thinner band costing more in thread start than it
-// saves. Never more bands than rows, and always at least one.
-std::vector<RowBand> rowBands(int height, int wanted = 0);
+// Rows 0 to `height` in bands of kBandRows rows, the last one shorter. The edges depend on the height
+// alone, so that work done band by band gives the same pixels and bytes on any number of threads.
+constexpr int kBandRows = 256;
+std::vector<RowBand> rowBands(int height);
 
-// Calls work(i) for every band i, band 0 on this thread and each other on a thread of its own (or on
-// this one, when no thread can be had), and returns when all are done.
-void forEachBandInParallel(const std::vector<RowBand>& bands, const std::function<void(size_t)>& work);
+// The threads that band work runs on: by default one a processor, at most 8. A count set here
+// (1 runs everything on the calling thread) holds until 0 puts the default back.
+int bandThreads();
+void setBandThreads(int count);
+
+// Calls work(i) once for every band i, on up to `threads` threads (the calling one included), each
+// taking the next band not yet taken, and returns when all are done. A thread that cannot be had
+// leaves its share to the others.
+void forEachBandInParallel(const std::vector<RowBand>& bands, const std::function<void(size_t)>& work,
+                           int threads = bandThreads());
 
 // A job started on a thread of its own, or done here and now when no thread can be had or
 // `aside` is false; `get` waits for its result.

@@ -2,6 +2,7 @@
 #include "platform/pdf_context.h"
 
 #include "platform/cairo_context.h"
+#include "platform/clock.h"
 #include "platform/pdf_content_stream.h"
 #include "platform/pdf_page_splice.h"
 
@@ -10,6 +11,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <ctime>
 
 namespace scrivlet {
 
@@ -41,6 +43,15 @@ QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creato
   valid_ = valid_ && cairo_surface_status(surface_) == CAIRO_STATUS_SUCCESS;
   if (valid_ && !creator.empty())
     cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_CREATOR, creator.c_str());
+  // Dated by the system's clock rather than the wall clock cairo would read: the same strokes at the
+  // same time give the same bytes.
+  if (valid_) {
+    std::time_t now = std::time_t(std::floor(QnClock::now()));
+    std::tm utc{};
+    char date[32];
+    if (gmtime_r(&now, &utc) && std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%SZ", &utc))
+      cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_CREATE_DATE, date);
+  }
   cairo_t* cr = cairo_create(surface_);
   if (valid_) cairo_translate(cr, -mediaBox.origin.x, -mediaBox.origin.y);
   context_ = std::make_unique<CairoContext>(cr);

@@ -34,18 +34,20 @@ uint32_t straightRGBA(uint32_t p) {
 
 // The band's rows as PNG scanlines (the "sub" filter: ink on a transparent ground compresses well
 // with it and it costs one subtraction a byte).
-void deflateBand(const unsigned char* pixels, int width, int stride, RowBand rows, bool last, Band& band) {
+void deflateBand(BandPixels pixels, int width, RowBand rows, bool last, Band& band) {
   z_stream z{};
-  // The fastest level, raw deflate: the zlib header and checksum are written once, for all bands.
-  if (deflateInit2(&z, 1, Z_DEFLATED, -15, 8, Z_DEFAULT_STRATEGY) != Z_OK) return;
+  // The fastest level, raw deflate: the zlib header and checksum are written once, for all bands. Runs
+  // only: the rows after the sub filter are mostly runs of zeros, and the PNG of the 2,000-point
+  // signature comes out a third smaller (131 KB, not 195 KB) for a tenth less work than with matches.
+  if (!pixels.rows || deflateInit2(&z, 1, Z_DEFLATED, -15, 8, Z_RLE) != Z_OK) return;
   std::vector<unsigned char> line(1 + size_t(width) * 4);
   band.adler = adler32(0, nullptr, 0);
   band.deflated.resize(deflateBound(&z, uLong(line.size()) * uLong(rows.endRow - rows.firstRow)) + 64);
   z.next_out = reinterpret_cast<Bytef*>(band.deflated.data());
   z.avail_out = uInt(band.deflated.size());
   bool ok = true;
-  for (int y = rows.firstRow; y < rows.endRow && ok; ++y) {
-    const auto* argb = reinterpret_cast<const uint32_t*>(pixels + size_t(y) * stride);
+  for (int y = 0; y < rows.endRow - rows.firstRow && ok; ++y) {
+    const auto* argb = reinterpret_cast<const uint32_t*>(pixels.rows + size_t(y) * pixels.stride);
     line[0] = 1;  // sub
     uint32_t before = 0;  // the pixel to the left, straight
     for (int x = 0; x < width; ++x) {
@@ -58,13 +60,14 @@ void deflateBand(const unsigned char* pixels, int width, int stride, RowBand row
     band.adler = adler32(band.adler, line.data(), uInt(line.size()));
     z.next_in = line.data();
     z.avail_in = uInt(line.size());
-    bool lastRow = y + 1 == rows.endRow;
+    bool lastRow = rows.firstRow + y + 1 == rows.endRow;
     int flush = !lastRow ? Z_NO_FLUSH : last ? Z_FINISH : Z_SYNC_FLUSH;
     int status = deflate(&z, flush);
     ok = z.avail_in == 0 && (status == Z_OK || status == Z_STREAM_END || status == Z_BUF_ERROR) &&
          (!lastRow || !last || status == Z_STREAM_END);
   }
   band.deflated.resize(band.deflated.size() - z.avail_out);
+  band.deflated.shrink_to_fit();
   deflateEnd(&z);
   band.ok = ok;
 }
@@ -83,11 +86,18 @@ void putChunk(std::vector<uint8_t>& out, const char* type, const uint8_t* data, 
 
 }  // namespace
 
-std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int height, int stride, int bandsWanted) {
-  if (!pixels || width <= 0 || height <= 0) return {};
-  std::vector<RowBand> rows = rowBands(height, bandsWanted);
+std::vector<uint8_t> encodePNGInBands(int width, int height, const BandSource& source, int threads) {
+  // A row's bytes must be countable by zlib.
+  if (width <= 0 || height <= 0 || size_t(width) > (UINT32_MAX - 1) / 4) return {};
+  std::vector<RowBand> rows = rowBands(height);
   std::vector<Band> bands(rows.size());
-  forEachBandInParallel(rows, [&](size_t i) { deflateBand(pixels, width, stride, rows[i], i + 1 == rows.size(), bands[i]); });
+  forEachBandInParallel(
+      rows,
+      [&](size_t i) {
+        std::vector<unsigned char> scratch;
+        deflateBand(source(rows[i], scratch), width, rows[i], i + 1 == rows.size(), bands[i]);
+      },
+      threads);
   size_t deflatedSize = 0;
   for (const Band& band : bands) {
     if (!band.ok) return {};
@@ -100,6 +110,7 @@ std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int
   uLong adler = bands[0].adler;
   for (size_t i = 0; i < bands.size(); ++i) {
     idat.insert(idat.end(), bands[i].deflated.begin(), bands[i].deflated.end());
+    std::string().swap(bands[i].deflated);
     if (i > 0) {
       z_off_t length = z_off_t(rows[i].endRow - rows[i].firstRow) * (1 + z_off_t(width) * 4);
       adler = adler32_combine(adler, bands[i].adler, length);
@@ -114,9 +125,20 @@ std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int
   putBigEndian(header, uint32_t(height));
   header.insert(header.end(), {8, 6, 0, 0, 0});  // 8 bits, RGBA, deflate, adaptive filters, no interlace
   putChunk(png, "IHDR", header.data(), header.size());
-  putChunk(png, "IDAT", idat.data(), idat.size());
+  // A chunk holds less than 2 GB.
+  constexpr size_t kLargestChunk = size_t(1) << 30;
+  for (size_t at = 0; at < idat.size(); at += kLargestChunk)
+    putChunk(png, "IDAT", idat.data() + at, std::min(kLargestChunk, idat.size() - at));
   putChunk(png, "IEND", nullptr, 0);
   return png;
+}
+
+std::vector<uint8_t> encodeARGBAsPNG(const unsigned char* pixels, int width, int height, int stride, int threads) {
+  if (!pixels) return {};
+  return encodePNGInBands(
+      width, height,
+      [&](RowBand band, std::vector<unsigned char>&) { return BandPixels{pixels + size_t(band.firstRow) * stride, size_t(stride)}; },
+      threads);
 }
 
 }  // namespace scrivlet

@@ -23,41 +23,7 @@ constexpr double kDirtyMargin = 10.0;
 
 QnPoint midpoint(QnPoint a, QnPoint b) { return {(a.x + b.x) * 0.5, (a.y + b.y) * 0.5}; }
 
-bool sameBits(double a, double b) { return std::bit_cast<uint64_t>(a) == std::bit_cast<uint64_t>(b); }
-
-// Whether the first `count` points of `drawn` would ink exactly as the stroke does: the drawing reads a
-// point's location, velocity and diameter alone. Strokes only ever grow, so the points drawn stay as
-// they were.
-bool inksAlike(const QnStroke& drawn, size_t count, const QnStroke& stroke) {
-  if (stroke.size() != count || drawn.size() < count) return false;
-  if (&drawn == &stroke) return true;
-  for (size_t i = 0; i < count; ++i) {
-    const QnSignaturePoint &a = drawn[i], &b = stroke[i];
-    if (!sameBits(a.location.x, b.location.x) || !sameBits(a.location.y, b.location.y) ||
-        !sameBits(a.velocity.x, b.velocity.x) || !sameBits(a.velocity.y, b.velocity.y) ||
-        std::bit_cast<uint32_t>(a.diameter) != std::bit_cast<uint32_t>(b.diameter))
-      return false;
-  }
-  return true;
-}
-
 }  // namespace
-
-struct QnDrawingView::KeptInk {
-  KeptInk(int pixelWidth, int pixelHeight, QnSize size, double scale, const QnColor& color, float corner, bool debug)
-      : bitmap(size, scale), combo(&bitmap.context()), width(pixelWidth), height(pixelHeight), scale(scale),
-        color(color), cornerThreshold(corner), showDebug(debug) {}
-  QnBitmapContext bitmap;
-  QnComboContext combo;
-  // What the pixels depend on besides the strokes.
-  int width, height;
-  double scale;
-  QnColor color;
-  float cornerThreshold;
-  bool showDebug;
-  // The strokes drawn, each with its length then.
-  std::vector<std::pair<QnStrokeRef, size_t>> strokes;
-};
 
 QnDrawingView::QnDrawingView(QnRect frame) : QnView(frame) {
   isCursor_ = false;
@@ -81,53 +47,6 @@ QnDrawingView::QnDrawingView(QnRect frame) : QnView(frame) {
 
 QnDrawingView::~QnDrawingView() { QnNotificationCenter::defaultCenter().removeObserver(this); }
 
-void QnDrawingView::redrawCacheThroughKeptInk(const QnStrokeList& strokes) {
-  QnColor color = strokeColor();
-  double scale = cacheContext_->scale();
-  int width = cacheContext_->pixelWidth(), height = cacheContext_->pixelHeight();
-  bool usable = keptInk_ && keptInk_->width == width && keptInk_->height == height && keptInk_->scale == scale &&
-                keptInk_->color == color && keptInk_->cornerThreshold == cornerThreshold_ &&
-                keptInk_->showDebug == showDebug_;
-  size_t alike = 0;
-  if (usable) {
-    auto& kept = keptInk_->strokes;
-    for (; alike < kept.size() && alike < strokes.size(); ++alike) {
-      const QnStrokeRef& stroke = strokes[alike];
-      if (!kept[alike].first || !stroke || !inksAlike(*kept[alike].first, kept[alike].second, *stroke)) break;
-      kept[alike].first = stroke;  // the same ink: next time the object itself answers
-    }
-    usable = alike == kept.size();
-  }
-  if (!usable) {
-    keptInk_ = std::make_unique<KeptInk>(width, height, cacheSize_, scale, color, cornerThreshold_, showDebug_);
-    alike = 0;
-  }
-  for (size_t s = alike; s < strokes.size(); ++s) {
-    const QnStrokeRef& stroke = strokes[s];
-    if (stroke && !stroke->empty()) drawStroke(&keptInk_->combo, *stroke, color, true, true);
-    keptInk_->strokes.emplace_back(stroke, stroke ? stroke->size() : 0);
-  }
-  cacheContext_->copyPixelsFrom(keptInk_->bitmap);
-}
-
-void QnDrawingView::initContext(QnSize size) {
-  cacheSize_ = size;
-  cacheComboContext_.reset();
-  cacheContext_ = std::make_unique<QnBitmapContext>(size, QnDevice::screenScale());
-  cacheComboContext_ = std::make_unique<QnComboContext>(&cacheContext_->context());
-}
-
-void QnDrawingView::updateLayout() {
-  QnSize size = bounds().size;
-  if (size.width == 0 && size.height == 0) return;
-  initContext(size);
-  setNeedsDisplay();
-}
-
-void QnDrawingView::drawRect(CGContext& context, const QnRect&) {
-  if (cacheContext_) context.drawImage(cacheContext_->sharedImage(), bounds());
-}
-
 void QnDrawingView::colorChanged(const QnNotification& notification) {
   auto found = notification.userInfo.find("color");
   if (found != notification.userInfo.end())
@@ -147,7 +66,13 @@ void QnDrawingView::strokeWidthChanged(const QnNotification& notification) {
 }
 
 void QnDrawingView::drawToCacheWithFinalSegmentFullRedraw(bool finalSegment, bool fullRedraw) {
-  drawToContextWithFinalSegmentFullRedraw(cacheComboContext_.get(), finalSegment, fullRedraw);
+  drawStrokesToCacheWithFinalSegmentFullRedraw(myStrokes(), finalSegment, fullRedraw);
+}
+
+void QnDrawingView::drawStrokesToCacheWithFinalSegmentFullRedraw(const QnStrokeListRef& strokes,
+                                                                 bool finalSegment, bool fullRedraw) {
+  cache();
+  drawStrokesToContextWithFinalSegmentFullRedraw(strokes, cacheComboContext_.get(), finalSegment, fullRedraw);
 }
 
 void QnDrawingView::drawToContextWithFinalSegmentFullRedraw(QnComboContext* context,
@@ -161,13 +86,15 @@ void QnDrawingView::drawStrokesToContextWithFinalSegmentFullRedraw(const QnStrok
                                                                    bool fullRedraw) {
   if (!context) return;
   bool onMainThread = isMainThread();
+  bool toCache = context == cacheComboContext_.get();
   // The cache's own full redraw, when the cache covers the bounds as a clear of the bounds would.
-  if (fullRedraw && finalSegment && onMainThread && context == cacheComboContext_.get() && strokes &&
-      bounds().origin == QnPoint{} && bounds().size == cacheSize_) {
+  if (toCache && fullRedraw && finalSegment && onMainThread && strokes && bounds().origin == QnPoint{} &&
+      bounds().size == cacheSize_) {
     redrawCacheThroughKeptInk(*strokes);
     requestRedisplay(strokes.get(), true);
     return;
   }
+  if (toCache) settleCache(fullRedraw || !onMainThread);
   if (fullRedraw && onMainThread) context->clearRect(bounds());
   QnColor color = strokeColor();
   if (strokes && !strokes->empty()) {
@@ -175,23 +102,33 @@ void QnDrawingView::drawStrokesToContextWithFinalSegmentFullRedraw(const QnStrok
     for (size_t s = first; s < strokes->size(); ++s)
       if (const QnStrokeRef& stroke = (*strokes)[s]; stroke && !stroke->empty())
         drawStroke(context, *stroke, color, finalSegment, fullRedraw);
+    if (toCache && !fullRedraw && onMainThread) noteLiveInk(*strokes);
   }
   if (onMainThread) requestRedisplay(strokes.get(), fullRedraw);
 }
 
 void QnDrawingView::drawStroke(QnComboContext* context, const QnStroke& stroke,
                                const QnColor& color, bool finalSegment, bool fullRedraw) {
+  beginStroke(context, stroke, color);
+  size_t n = stroke.size();
+  // An incremental call draws only the segments that end at the two newest points.
+  drawPieces(context, stroke, color, (!fullRedraw && n > 2) ? n - 2 : 0, n, finalSegment, fullRedraw);
+}
+
+void QnDrawingView::beginStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color) {
   context->setStrokeColorWithColor(color);
   context->setFillColorWithColor(color);
   context->setLineWidth(kStrokeStartLineWidth);
   context->setLineJoin(kQnLineJoinRound);
   context->setLineCap(kQnLineCapRound);
   context->moveToPoint(stroke[0].location);
+}
 
+void QnDrawingView::drawPieces(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
+                               size_t from, size_t to, bool finalSegment, bool fullRedraw, KeptInk* into) {
   size_t n = stroke.size();
-  // An incremental call draws only the segments that end at the two newest points.
-  size_t start = (!fullRedraw && n > 2) ? n - 2 : 0;
-  for (size_t i = start; i < n; ++i) {
+  for (size_t i = from; i < to; ++i) {
+    if (into) into->willDraw(stroke, i < 2 ? 0 : i - 2, i);
     if (i == 0) {
       // A round dot of the first point's diameter.
       context->beginPath();

@@ -6,12 +6,12 @@
 #include <scrivlet/signature_point.h>
 #include <scrivlet/view.h>
 
+#include "render/kept_ink.h"
+
 #include <memory>
 
 namespace scrivlet {
 
-class QnBitmapContext;
-class QnComboContext;
 struct QnNotification;
 
 class QnDrawingView : public QnView {
@@ -51,10 +51,12 @@ class QnDrawingView : public QnView {
   QnRect strokeBounds() const { return strokeBounds_; }
 
   // The cache: a bitmap of the view's size at the screen scale, and the surface that draws into it.
+  // It is made when first drawn into or asked for, so that a view that never draws costs no pixels.
   void initContext(QnSize size);
-  QnBitmapContext* cacheContext() const { return cacheContext_.get(); }
-  QnComboContext* cacheComboContext() const { return cacheComboContext_.get(); }
-  // Makes a new, empty cache of the view's size and asks for a full redisplay; nothing at size zero.
+  QnBitmapContext* cacheContext();
+  QnComboContext* cacheComboContext();
+  // Makes the cache new and empty at the view's size and asks for a full redisplay; nothing at size
+  // zero. A cache of the same size is kept and counts as cleared.
   void updateLayout();
 
   // Draws myStrokes into the surface: with full false only the newest segments of the last stroke,
@@ -67,6 +69,8 @@ class QnDrawingView : public QnView {
                                                       QnComboContext* context, bool finalSegment,
                                                       bool fullRedraw);
   void drawToCacheWithFinalSegmentFullRedraw(bool finalSegment, bool fullRedraw);
+  void drawStrokesToCacheWithFinalSegmentFullRedraw(const QnStrokeListRef& strokes, bool finalSegment,
+                                                    bool fullRedraw);
   // Shows the cache over the bounds.
   void drawRect(CGContext& context, const QnRect& rect) override;
 
@@ -99,11 +103,28 @@ class QnDrawingView : public QnView {
  private:
   void drawStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
                   bool finalSegment, bool fullRedraw);
+  // What every stroke begins with: its colours, pen and a move to its first point.
+  void beginStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color);
+  // Indices [from, to) of a stroke: index 0 its dot, index i its piece between the points around
+  // point i - 1, the last index with the piece that carries the ink on to the last point (when final
+  // or full). Into the kept ink, each is announced to it first.
+  void drawPieces(QnComboContext* context, const QnStroke& stroke, const QnColor& color, size_t from,
+                  size_t to, bool finalSegment, bool fullRedraw, KeptInk* into = nullptr);
   void drawDebugMarks(QnComboContext* context, QnPoint origin, QnPoint destination, QnPoint point,
                       const QnColor& color);
   void requestRedisplay(const QnStrokeList* strokes, bool fullRedraw);
-  // A full redraw of the cache through the kept ink (see KeptInk).
+
+  // The cache and the kept ink (drawing_view_cache.cpp).
+  QnBitmapContext& cache();
+  KeptInk::Look look();
+  // Clears a cache that counts as cleared; makes no pixel of it count as known.
+  void settleCache(bool forgetLevels);
+  // After live ink: its tiles differ from the kept ink's; the open stroke's finished pieces go on.
+  void noteLiveInk(const QnStrokeList& strokes);
+  void advanceKeptInk(const QnStrokeList& strokes);
+  // A full redraw of the cache through the kept ink, and the cache brought level with it.
   void redrawCacheThroughKeptInk(const QnStrokeList& strokes);
+  void levelCacheWithKeptInk();
 
   QnStrokeListRef myStrokes_;
   std::shared_ptr<const QnColor> strokeColor_;
@@ -126,12 +147,18 @@ class QnDrawingView : public QnView {
   std::unique_ptr<QnBitmapContext> cacheContext_;
   std::unique_ptr<QnComboContext> cacheComboContext_;
   QnSize cacheSize_;
-  // The strokes of the last full redraws drawn in full into a bitmap of their own, so that a full
-  // redraw of a list that starts with them draws only the rest and copies the bitmap into the cache.
-  // Compositing is sequential, so the pixels are those of drawing every stroke again; the work no longer
-  // grows with the strokes already drawn.
-  struct KeptInk;
+  double cacheScale_ = 1;
+  // Cleared by a layout that kept the cache, its pixels not yet touched: a full redraw overwrites them.
+  bool cacheCleared_ = false;
+  // For each tile of the cache, the version of the kept ink's tile it holds, or kUnknownLevel.
+  std::vector<uint64_t> cacheLevels_;
+  static constexpr uint64_t kUnknownLevel = UINT64_MAX;
+  // The finished strokes drawn in full into a bitmap of their own (the open one as far as its
+  // pieces are final), so that a full redraw draws only what is new, undoes by putting tiles back,
+  // and copies only the tiles that differ into the cache. Compositing is sequential, so the pixels
+  // are those of drawing every stroke again.
   std::unique_ptr<KeptInk> keptInk_;
+  uint64_t inkVersions_ = KeptInk::kClear;
 };
 
 }  // namespace scrivlet
