@@ -10,6 +10,7 @@
 #include <scrivlet/gesture_recognizer.h>
 #include <scrivlet/headless.h>
 #include <scrivlet/load_error.h>
+#include <scrivlet/log.h>
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/notification_center.h>
 #include <scrivlet/pdf_document.h>
