@@ -6,7 +6,7 @@ packages=(
   build-essential cmake pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libcairo2-dev fontconfig fonts-urw-base35
-  libicu-dev uuid-dev libssl-dev libpoppler-cpp-dev nlohmann-json3-dev libpugixml-dev
+  libicu-dev uuid-dev libssl-dev nlohmann-json3-dev libpugixml-dev
   libqpdf-dev libpng-dev zlib1g-dev openssl libcurl4-openssl-dev python3
   qt6-base-dev qt6-base-private-dev qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
   qpdf poppler-utils libxml2-utils librsvg2-bin
