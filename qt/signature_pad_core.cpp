@@ -151,10 +151,9 @@ void SignaturePadCore::setStrokesJson(const QString& json) {
 }
 
 QString SignaturePadCore::loadStrokes(const QString& json) {
-  LoadError error;
-  QnStrokeListRef strokes = strokesFromJson(json.toStdString(), &error);
-  if (!strokes) return QString::fromStdString(error.message);
-  setStrokes(strokes);
+  Result<QnStrokeListRef> strokes = strokesFromJson(json.toStdString());
+  if (!strokes) return QString::fromStdString(strokes.error().message);
+  setStrokes(*strokes);
   return {};
 }
 

@@ -5,6 +5,7 @@
 #include <scrivlet/controls.h>
 #include <scrivlet/delegate.h>
 #include <scrivlet/device.h>
+#include <scrivlet/error.h>
 #include <scrivlet/facade.h>
 #include <scrivlet/geometry.h>
 #include <scrivlet/gesture_recognizer.h>
