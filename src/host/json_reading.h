@@ -58,6 +58,6 @@ class JsonEventHandler {
 // JSON, nested deeper than kMostJsonDepth, or stopped by the handler (its error); `what` names the
 // document in the messages.
 std::optional<Error> readJsonEvents(std::string_view text, size_t mostBytes, const char* what,
-                                        JsonEventHandler& handler);
+                                    JsonEventHandler& handler);
 
 }  // namespace scrivlet
