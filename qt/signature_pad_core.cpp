@@ -1,6 +1,8 @@
 // The pad's shared core: change detection, taps' dots, resizing, strokes as JSON and the keys.
 #include "signature_pad_core.h"
 
+#include "qt_log.h"
+
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/stroke_json.h>
 
@@ -8,7 +10,6 @@
 #include "platform/image_view.h"
 
 #include <QKeyEvent>
-#include <QtDebug>
 
 #include <algorithm>
 #include <cmath>
@@ -145,14 +146,14 @@ QString SignaturePadCore::strokesJson() const { return QString::fromStdString(st
 
 void SignaturePadCore::setStrokesJson(const QString& json) {
   if (json.isEmpty()) return clear();
-  if (QString why = loadStrokes(json); !why.isEmpty()) qWarning("Scrivlet: strokes refused: %s", qPrintable(why));
+  if (QString why = loadStrokes(json); !why.isEmpty())
+    logWarning(QString::asprintf("Scrivlet: strokes refused: %s", qPrintable(why)));
 }
 
 QString SignaturePadCore::loadStrokes(const QString& json) {
-  LoadError error;
-  QnStrokeListRef strokes = strokesFromJson(json.toStdString(), &error);
-  if (!strokes) return QString::fromStdString(error.message);
-  setStrokes(strokes);
+  Result<QnStrokeListRef> strokes = strokesFromJson(json.toStdString());
+  if (!strokes) return QString::fromStdString(strokes.error().message);
+  setStrokes(*strokes);
   return {};
 }
 

@@ -1,12 +1,13 @@
 // The signature record's Qt accessors.
 #include <scrivlet/signature_record.h>
 
+#include "qt_log.h"
+
 #include <scrivlet/record_file.h>
 #include <scrivlet/stroke_json.h>
 
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QtDebug>
 
 namespace scrivlet {
 
@@ -61,7 +62,8 @@ QString SignatureRecord::strokesJson() const {
 
 bool SignatureRecord::save(const QUrl& file, const QString& format) const {
   QString path = file.isLocalFile() ? file.toLocalFile() : file.scheme().isEmpty() ? file.path() : QString();
-  if (!signature_ || path.isEmpty()) return qWarning("Scrivlet: record not saved: no record or not a local file"), false;
+  if (!signature_ || path.isEmpty())
+    return logWarning("Scrivlet: record not saved: no record or not a local file"), false;
   QString kind = format.isEmpty() ? QFileInfo(path).suffix().toLower() : format.toLower();
   QByteArray bytes = kind == "png"     ? png()
                      : kind == "pdf"   ? pdf()
@@ -70,10 +72,13 @@ bool SignatureRecord::save(const QUrl& file, const QString& format) const {
                      : kind == "strokes" ? strokesJson().toUtf8()
                      : kind == "record" || kind == "json" ? QByteArray::fromStdString(recordToJson(*signature_))
                                                            : QByteArray();
-  if (bytes.isEmpty()) return qWarning("Scrivlet: record not saved: no %s part", qPrintable(kind)), false;
+  if (bytes.isEmpty())
+    return logWarning(QString::asprintf("Scrivlet: record not saved: no %s part", qPrintable(kind))), false;
   QSaveFile out(path);
   if (!out.open(QIODevice::WriteOnly) || out.write(bytes) != bytes.size() || !out.commit())
-    return qWarning("Scrivlet: record not saved to %s: %s", qPrintable(path), qPrintable(out.errorString())), false;
+    return logWarning(QString::asprintf("Scrivlet: record not saved to %s: %s", qPrintable(path),
+                                        qPrintable(out.errorString()))),
+           false;
   return true;
 }
 

@@ -1,12 +1,13 @@
 // Checking the pad's settings and forwarding them to the facade.
 #include "signature_settings.h"
 
+#include "qt_log.h"
+
 #include <scrivlet/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
 
 #include <QRegularExpression>
-#include <QtDebug>
 
 #include <algorithm>
 #include <cmath>
@@ -25,11 +26,11 @@ QnColor colorOf(const QColor& c) { return QnColor(c.redF(), c.greenF(), c.blueF(
 // A finite value within [low, high]: clamped with a warning, or refused (nothing) when not a number.
 std::optional<double> bounded(const char* what, double value, double low, double high) {
   if (!std::isfinite(value)) {
-    qWarning("Scrivlet: %s %g refused: not a finite number", what, value);
+    logWarning(QString::asprintf("Scrivlet: %s %g refused: not a finite number", what, value));
     return std::nullopt;
   }
   double clamped = std::clamp(value, low, high);
-  if (clamped != value) qWarning("Scrivlet: %s %g clamped to %g", what, value, clamped);
+  if (clamped != value) logWarning(QString::asprintf("Scrivlet: %s %g clamped to %g", what, value, clamped));
   return clamped;
 }
 
@@ -43,7 +44,7 @@ bool assign(T& member, const T& value) {
 }  // namespace
 
 bool SignatureSettings::setPenColor(const QColor& color) {
-  if (!color.isValid()) return qWarning("Scrivlet: pen colour refused: not a valid colour"), false;
+  if (!color.isValid()) return logWarning("Scrivlet: pen colour refused: not a valid colour"), false;
   return assign(penColor, color) && (session_.scrivlet().setStrokeColor(colorOf(color)), true);
 }
 
@@ -94,7 +95,7 @@ bool SignatureSettings::setCustomHash(const QString& hash) {
   // The SVG carries the hash unescaped: only characters that need no escaping.
   static const QRegularExpression kSafe("^[A-Za-z0-9._-]{0,64}$");
   if (!kSafe.match(hash).hasMatch())
-    return qWarning("Scrivlet: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'"), false;
+    return logWarning("Scrivlet: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'"), false;
   return assign(customHash, hash) &&
          (session_.scrivlet().setCustomHash(hash.isEmpty() ? std::nullopt : std::optional(hash.toStdString())), true);
 }
@@ -108,7 +109,7 @@ bool SignatureSettings::setSkipPdf(bool on) {
 }
 
 bool SignatureSettings::setBackgroundColor(const QColor& color) {
-  if (!color.isValid()) return qWarning("Scrivlet: background colour refused: not a valid colour"), false;
+  if (!color.isValid()) return logWarning("Scrivlet: background colour refused: not a valid colour"), false;
   if (!assign(backgroundColor, color)) return false;
   if (backgroundInRecord) session_.setRecordBackground(colorOf(color));
   return true;
@@ -147,7 +148,8 @@ bool SignatureSettings::setDotSize(double size) {
 bool SignatureSettings::setReadOnly(bool on) { return assign(readOnly, on); }
 
 bool SignatureSettings::setResizePolicy(int policy) {
-  if (policy < 0 || policy > 2) return qWarning("Scrivlet: resize policy %d refused", policy), false;
+  if (policy < 0 || policy > 2)
+    return logWarning(QString::asprintf("Scrivlet: resize policy %d refused", policy)), false;
   return assign(resizePolicy, policy);
 }
 

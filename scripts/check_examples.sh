@@ -55,6 +55,15 @@ fi
 
 static=(); [ "$shared" = no ] && static=(--static)
 export PKG_CONFIG_PATH="$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}"
+# A host links the core alone; the libraries the core uses come in only for a static link.
+read -r -a libs <<<"$(pkg-config --libs scrivlet)"
+if [ ${#libs[@]} -ne 2 ] || [ "${libs[0]#-L}" = "${libs[0]}" ] || [ "${libs[1]}" != -lscrivlet ]; then
+  echo "pkg-config --libs scrivlet names more than the core: ${libs[*]}" >&2; exit 1
+fi
+if pkg-config --static --libs scrivlet | grep -q poppler; then echo "the core still needs poppler" >&2; exit 1; fi
+if [ "$shared" = yes ] && readelf -d "$prefix/lib/libscrivlet.so" | grep NEEDED | grep -q poppler; then
+  echo "libscrivlet.so still needs poppler" >&2; exit 1
+fi
 # shellcheck disable=SC2046
 "${CXX:-g++}" -std=c++20 -o "$work/sign_headless_pc" "$top/examples/headless/main.cpp" \
   $(pkg-config "${static[@]}" --cflags --libs scrivlet) -Wl,-rpath,"$prefix/lib"

@@ -1,33 +1,48 @@
 #!/usr/bin/env bash
-# Installs the Debian packages that building, testing and benchmarking Scrivlet need, where missing.
+# Installs the Debian packages Scrivlet needs, where missing.
+#   bash scripts/setup.sh          what building the library, the Qt widget, the QML item, the tool and
+#                                  the demo needs
+#   bash scripts/setup.sh --tests  that, and what the tests and benchmarks run: GoogleTest, Google
+#                                  Benchmark, the output validators, the QML runtime modules, Xvfb and
+#                                  a German locale
+#   bash scripts/setup.sh --ci     that, and what CI adds: clang with libFuzzer and the sanitizers
 set -euo pipefail
 
-packages=(
+build=(
   build-essential cmake pkg-config
-  libgtest-dev libgmock-dev libbenchmark-dev
   libcairo2-dev fontconfig fonts-urw-base35
-  libicu-dev uuid-dev libssl-dev libpoppler-cpp-dev nlohmann-json3-dev libpugixml-dev
-  libqpdf-dev libpng-dev zlib1g-dev openssl libcurl4-openssl-dev python3
-  qt6-base-dev qt6-base-private-dev qt6-declarative-dev qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
-  qpdf poppler-utils libxml2-utils librsvg2-bin
-  locales xvfb xauth
-  clang libclang-rt-14-dev libxml2-dev
+  libicu-dev uuid-dev libssl-dev nlohmann-json3-dev libpugixml-dev
+  libqpdf-dev libpng-dev zlib1g-dev libcurl4-openssl-dev
+  qt6-base-dev qt6-base-private-dev qt6-declarative-dev
 )
+tests=(
+  libgtest-dev libgmock-dev libbenchmark-dev
+  qpdf poppler-utils libxml2-utils librsvg2-bin openssl python3
+  qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
+  locales xvfb xauth
+)
+ci=(clang libclang-rt-14-dev libxml2-dev)
 
+packages=("${build[@]}")
+case "${1:-}" in
+  "") ;;
+  --tests) packages+=("${tests[@]}") ;;
+  --ci) packages+=("${tests[@]}" "${ci[@]}") ;;
+  *) echo "usage: bash scripts/setup.sh [--tests | --ci]" >&2; exit 2 ;;
+esac
+
+sudo=""
+[ "$(id -u)" -eq 0 ] || sudo="sudo"
 missing=()
 for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
 if [ ${#missing[@]} -gt 0 ]; then
-  sudo=""
-  [ "$(id -u)" -eq 0 ] || sudo="sudo"
   $sudo apt-get update -qq
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
 # The tests check that number formatting ignores a locale with a decimal comma.
-if ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
-  sudo=""
-  [ "$(id -u)" -eq 0 ] || sudo="sudo"
+if [ -n "${1:-}" ] && ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
   $sudo localedef -i de_DE -f UTF-8 de_DE.UTF-8 || echo "setup: could not generate de_DE.UTF-8" >&2
 fi

@@ -71,9 +71,8 @@ class Evidence : public ::testing::Test {
   }
 
   static std::string seal(const EvidenceSealRequest& request) {
-    EvidenceError error;
-    std::optional<std::string> sealed = sealEvidence(request, &error);
-    EXPECT_TRUE(sealed) << error.message;
+    auto sealed = sealEvidence(request);
+    EXPECT_TRUE(sealed) << sealed.error().message;
     return sealed.value_or("");
   }
 
@@ -106,15 +105,15 @@ TEST_F(Evidence, SealsVerifiesAndOpensForRsaAndEcExaminersAndPublicKeys) {
       EXPECT_EQ(report.hash, "A1B2C3D4");
       EXPECT_EQ(report.device.pixelsPerInch, 264);
 
-      EvidenceError error;
-      std::optional<RecordFile> opened = openEvidence(sealed, examiner->key, trusting(certificates->root), &error);
-      ASSERT_TRUE(opened) << error.message;
+      Error error;
+      auto opened = openEvidence(sealed, examiner->key, trusting(certificates->root));
+      ASSERT_TRUE(opened) << opened.error().message;
       EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));  // to the bit
       EXPECT_EQ(opened->png, kPng);
       EXPECT_EQ(opened->hash, "A1B2C3D4");
       EXPECT_EQ(opened->timestamp, 786000000.25);
-      EXPECT_FALSE(openEvidence(sealed, certificates->signer.key, trusting(certificates->root), &error));
-      EXPECT_EQ(error.code, EvidenceErrorCode::BadKey);
+      error = openEvidence(sealed, certificates->signer.key, trusting(certificates->root)).error();
+      EXPECT_EQ(error.code, ErrorCode::BadKey);
     }
   }
 }
@@ -125,15 +124,13 @@ TEST_F(Evidence, SealsTheRecordOnTheCapturingDeviceForTheDocumentItShows) {
   signing.setImageData(kPng);
   signing.setHashString("A1B2C3D4");
   signing.setTimestamp(786000000.25);
-  EvidenceError error;
-  std::optional<std::string> sealed = sealSignatureForDocument(
+  auto sealed = sealSignatureForDocument(
       signing, kDocument, "contract.pdf", certificates->ecExaminer.certificate,
-      {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, &error);
-  ASSERT_TRUE(sealed) << error.message;
+      {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate});
+  ASSERT_TRUE(sealed) << sealed.error().message;
   EXPECT_EQ(verifyEvidence(*sealed, kDocument, trusting(certificates->root)).verdict, Verdict::Valid);
-  std::optional<RecordFile> opened =
-      openEvidence(*sealed, certificates->ecExaminer.key, trusting(certificates->root), &error);
-  ASSERT_TRUE(opened) << error.message;
+  auto opened = openEvidence(*sealed, certificates->ecExaminer.key, trusting(certificates->root));
+  ASSERT_TRUE(opened) << opened.error().message;
   EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));
   EXPECT_EQ(opened->hash, "A1B2C3D4");
   EXPECT_EQ(opened->device.model, currentCaptureDevice().model);
@@ -216,9 +213,8 @@ TEST_F(Evidence, EveryChangedPartFailsItsOwnCheckWithItsVerdict) {
     EXPECT_EQ(failed, std::vector<std::string>{c.failing});
   }
   EXPECT_NE(verifyEvidence(cases[7].sealed, cases[7].document).reason.find("33 bytes were added"), std::string::npos);
-  EvidenceError error;
-  EXPECT_FALSE(openEvidence(cases[1].sealed, certificates->ecExaminer.key, trusting(certificates->root), &error));
-  EXPECT_EQ(error.code, EvidenceErrorCode::Tampered);
+  Error error = openEvidence(cases[1].sealed, certificates->ecExaminer.key, trusting(certificates->root)).error();
+  EXPECT_EQ(error.code, ErrorCode::Tampered);
   EXPECT_NE(error.message.find("biometric data: changed since sealing"), std::string::npos) << error.message;
 }
 
@@ -271,21 +267,19 @@ TEST_F(Evidence, OnlyASignerChainingToTheTrustedRootMakesEvidenceValid) {
   for (const TestIdentity* signer : {&certificates->expiredSigner, &certificates->codeSigner}) {
     EvidenceSealRequest asked = request(certificates->rsaExaminer.certificate);
     asked.manifestSigner = {signer->certificate, signer->key, intermediate};
-    EvidenceError error;
-    EXPECT_FALSE(sealEvidence(asked, &error));
-    EXPECT_EQ(error.code, EvidenceErrorCode::CertificateRejected) << error.message;
+    Error error = sealEvidence(asked).error();
+    EXPECT_EQ(error.code, ErrorCode::CertificateRejected) << error.message;
   }
 }
 
 TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOrSigning) {
   const TestIdentity& examiner = certificates->ecExaminer;
   std::string sealed = seal(request(examiner.certificate));
-  EvidenceError error;
-  EXPECT_FALSE(openEvidence(sealed, examiner.key, {}, &error));  // no trust given: untrusted
-  EXPECT_EQ(error.code, EvidenceErrorCode::Untrusted) << error.message;
-  ASSERT_TRUE(openEvidence(sealed, examiner.key, trusting(certificates->root), &error, nullptr, kDocument));
-  EXPECT_FALSE(openEvidence(sealed, examiner.key, trusting(certificates->root), &error, nullptr, kDocument + "x"));
-  EXPECT_EQ(error.code, EvidenceErrorCode::Tampered);
+  Error error = openEvidence(sealed, examiner.key, {}).error();  // no trust given: untrusted
+  EXPECT_EQ(error.code, ErrorCode::Untrusted) << error.message;
+  ASSERT_TRUE(openEvidence(sealed, examiner.key, trusting(certificates->root), nullptr, kDocument));
+  error = openEvidence(sealed, examiner.key, trusting(certificates->root), nullptr, kDocument + "x").error();
+  EXPECT_EQ(error.code, ErrorCode::Tampered);
 
   // Whoever holds the application's key moves another signing's envelope under this manifest, or this
   // signing's strokes under a manifest for another document, and signs the manifest again.
@@ -306,11 +300,11 @@ TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOr
   };
   std::string swappedStrokes = transplanted(seal(otherSigning), sealed);
   EXPECT_TRUE(verifyEvidence(swappedStrokes, kDocument, trusting(certificates->root)).valid());  // the digests agree
-  EXPECT_FALSE(openEvidence(swappedStrokes, examiner.key, trusting(certificates->root), &error));
-  EXPECT_EQ(error.code, EvidenceErrorCode::Tampered);
+  error = openEvidence(swappedStrokes, examiner.key, trusting(certificates->root)).error();
+  EXPECT_EQ(error.code, ErrorCode::Tampered);
   EXPECT_EQ(error.message, "the biometric data was sealed with another signing");
   std::string reboundStrokes = transplanted(sealed, seal(otherDocument));
-  EXPECT_FALSE(openEvidence(reboundStrokes, examiner.key, trusting(certificates->root), &error));
+  error = openEvidence(reboundStrokes, examiner.key, trusting(certificates->root)).error();
   EXPECT_EQ(error.message, "the biometric data was sealed for another document");
 }
 
@@ -337,10 +331,8 @@ TEST_F(Evidence, AlgorithmsThisLibraryDoesNotWriteAreRefusedByName) {
         file.manifest,
         {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
         nullptr);
-    EvidenceError error;
-    EXPECT_FALSE(
-        openEvidence(evidenceFileToJson(file), certificates->rsaExaminer.key, trusting(certificates->root), &error));
-    EXPECT_EQ(error.code, EvidenceErrorCode::UnsupportedAlgorithm);
+    Error error = openEvidence(evidenceFileToJson(file), certificates->rsaExaminer.key, trusting(certificates->root)).error();
+    EXPECT_EQ(error.code, ErrorCode::UnsupportedAlgorithm);
     EXPECT_NE(error.message.find(weak.name), std::string::npos) << error.message;
   }
   EvidenceFile parts = *evidenceFileFromJson(sealed, nullptr);
@@ -366,33 +358,32 @@ TEST_F(Evidence, SealingRefusesDamagedExaminersImagesThatAreNotPngsEmptyDocument
   struct Case {
     const char* name;
     std::function<void(EvidenceSealRequest&)> change;
-    EvidenceErrorCode code;
+    ErrorCode code;
   };
   const std::vector<Case> cases{
-      {"damaged examiner", [&](EvidenceSealRequest& r) { r.examinerCertificate = damaged; }, EvidenceErrorCode::BadKey},
+      {"damaged examiner", [&](EvidenceSealRequest& r) { r.examinerCertificate = damaged; }, ErrorCode::BadKey},
       {"garbage examiner", [](EvidenceSealRequest& r) { r.examinerCertificate = "-----BEGIN CERTIFICATE-----\nx\n"; },
-       EvidenceErrorCode::BadKey},
+       ErrorCode::BadKey},
       {"image not a PNG", [](EvidenceSealRequest& r) { r.record.png = {'G', 'I', 'F', '8', '9', 'a'}; },
-       EvidenceErrorCode::InvalidArgument},
+       ErrorCode::InvalidArgument},
       {"image larger than a reader takes",
        [](EvidenceSealRequest& r) {
          r.record.png = kPng;  // a header claiming 20,000 x 20,000 pixels
          r.record.png[18] = r.record.png[22] = 0x4e, r.record.png[19] = r.record.png[23] = 0x20;
        },
-       EvidenceErrorCode::InvalidArgument},
+       ErrorCode::InvalidArgument},
       {"empty document", [](EvidenceSealRequest& r) { r.documentSize = 0, r.documentSha256 = documentSha256Of(""); },
-       EvidenceErrorCode::InvalidArgument},
+       ErrorCode::InvalidArgument},
       {"no strokes", [](EvidenceSealRequest& r) { r.record.strokes = std::make_shared<QnStrokeList>(); },
-       EvidenceErrorCode::InvalidArgument},
+       ErrorCode::InvalidArgument},
       {"signer's key not the certificate's",
-       [](EvidenceSealRequest& r) { r.manifestSigner.key = certificates->ecSigner.key; }, EvidenceErrorCode::BadKey},
+       [](EvidenceSealRequest& r) { r.manifestSigner.key = certificates->ecSigner.key; }, ErrorCode::BadKey},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     EvidenceSealRequest asked = request(certificates->rsaExaminer.certificate);
     c.change(asked);
-    EvidenceError error;
-    EXPECT_FALSE(sealEvidence(asked, &error));
+    Error error = sealEvidence(asked).error();
     EXPECT_EQ(error.code, c.code) << error.message;
     EXPECT_EQ(error.message.find('\n'), std::string::npos);
   }

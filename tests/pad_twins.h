@@ -43,7 +43,9 @@ struct Twin {
   QObject* pad;
   QWindow* window;
   std::function<QImage()> grab;
-  QnStrokeListRef strokes() const { return strokesFromJson(pad->property("strokesJson").toString().toStdString()); }
+  QnStrokeListRef strokes() const {
+    return strokesFromJson(pad->property("strokesJson").toString().toStdString()).value_or(nullptr);
+  }
 };
 
 class Twins : public ::testing::Test {

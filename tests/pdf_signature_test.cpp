@@ -95,7 +95,7 @@ std::string withRevision(const std::string& pdf, const std::function<void(QPDF&,
   pdf::open(qpdf, pdf);
   pdf::IncrementalUpdate update(pdf, qpdf.getTrailer().getKey("/Size").getIntValueAsInt());
   write(qpdf, update);
-  return update.finish("/Root " + qpdf.getRoot().unparse(), pdf::lastCrossReferenceOffset(pdf));
+  return update.finish("/Root " + qpdf.getRoot().unparse(), *pdf::lastCrossReferenceOffset(pdf));
 }
 
 // Paints "EUR 12,000.00" in red over the first page's total.
@@ -131,9 +131,8 @@ class PdfSignature : public ::testing::Test {
     request.documentSize = pdf.size();
     request.examinerCertificate = certificates->ecExaminer.certificate;
     if (signedManifest) request.manifestSigner = {certificates->signer.certificate, certificates->signer.key, ""};
-    EvidenceError error;
-    std::optional<std::string> sealed = sealEvidence(request, &error);
-    EXPECT_TRUE(sealed) << error.message;
+    auto sealed = sealEvidence(request);
+    EXPECT_TRUE(sealed) << sealed.error().message;
     return sealed.value_or("");
   }
 
@@ -146,9 +145,8 @@ class PdfSignature : public ::testing::Test {
   }
 
   static std::string signedPdf(const std::string& pdf, PdfSignatureRequest r) {
-    EvidenceError error;
-    std::optional<Bytes> result = signPdf(pdf, r, &error);
-    EXPECT_TRUE(result) << error.message;
+    auto result = signPdf(pdf, r);
+    EXPECT_TRUE(result) << result.error().message;
     return result ? textOf(*result) : "";
   }
 
@@ -271,11 +269,10 @@ TEST_F(PdfSignature, TwoSignersEachWithTheirOwnEvidenceAreBothValid) {
   EXPECT_EQ(report.signatures[1].signer, "/CN=Tablet App EC");
   EXPECT_EQ(report.signatures[0].evidence->hash, "AAAA1111");
   EXPECT_EQ(report.signatures[1].evidence->hash, "BBBB2222");
-  EvidenceError error;
-  EXPECT_FALSE(openPdfEvidence(twice, "", certificates->ecExaminer.key, trusted(), &error));  // which one?
+  Error error = openPdfEvidence(twice, "", certificates->ecExaminer.key, trusted()).error();  // which one?
   for (const char* field : {"Signature1", "Signature2"}) {
-    std::optional<RecordFile> opened = openPdfEvidence(twice, field, certificates->ecExaminer.key, trusted(), &error);
-    ASSERT_TRUE(opened) << error.message;
+    auto opened = openPdfEvidence(twice, field, certificates->ecExaminer.key, trusted());
+    ASSERT_TRUE(opened) << opened.error().message;
     EXPECT_EQ(opened->hash, std::string(field) == "Signature1" ? "AAAA1111" : "BBBB2222");
   }
 }
@@ -310,9 +307,8 @@ TEST_F(PdfSignature, AnyRevisionAfterASignatureButASignatureIsAModificationAfter
   });
   report = verifyPdf(replaced, trusted());
   EXPECT_EQ(report.verdict, Verdict::ModifiedAfterSigning);
-  EvidenceError error;
-  std::optional<RecordFile> opened = openPdfEvidence(replaced, "", certificates->ecExaminer.key, trusted(true), &error);
-  ASSERT_TRUE(opened) << error.message;
+  auto opened = openPdfEvidence(replaced, "", certificates->ecExaminer.key, trusted(true));
+  ASSERT_TRUE(opened) << opened.error().message;
   EXPECT_EQ(opened->hash, "A1B2C3D4");
 
   // A second signature whose revision also paints over the page is no excuse.
@@ -325,16 +321,15 @@ TEST_F(PdfSignature, AnyRevisionAfterASignatureButASignatureIsAModificationAfter
   std::string spoofed = signedOnce;
   spoofed.insert(document.size() + 1, "%%EOF\n");
   EXPECT_NE(verifyPdf(spoofed, trusted()).verdict, Verdict::Valid);
-  EXPECT_EQ(pdf::revisionEnds(signedOnce), (std::vector<size_t>{document.size(), signedOnce.size()}));
+  EXPECT_EQ(*pdf::revisionEnds(signedOnce), (std::vector<size_t>{document.size(), signedOnce.size()}));
 }
 
 TEST_F(PdfSignature, CertificatesAreCheckedWhenSigningAndWhenVerifying) {
   std::string document = contract(), sealed = sealedFor(document);
   for (const TestIdentity* signer :
        {&certificates->expiredSigner, &certificates->codeSigner, &certificates->tlsClient}) {
-    EvidenceError error;
-    EXPECT_FALSE(signPdf(document, request(sealed, *signer), &error));
-    EXPECT_EQ(error.code, EvidenceErrorCode::CertificateRejected) << error.message;
+    Error error = signPdf(document, request(sealed, *signer)).error();
+    EXPECT_EQ(error.code, ErrorCode::CertificateRejected) << error.message;
   }
   PdfSignatureRequest lookAlike = request(sealed, certificates->lookAlike);
   lookAlike.signer.chain = certificates->strangerRoot.certificate;
@@ -412,10 +407,10 @@ TEST_F(PdfSignature, ATimeStampFromALocalAuthorityMakesBaselineBTAndGivesTheSign
   EXPECT_FALSE(tokenTime.empty());
   EXPECT_EQ(report.signatures[0].signingTime, tokenTime);  // the token's, two seconds after signing
 
-  EvidenceError error;
+  Error error;
   asked.timeStampUrl = "http://127.0.0.1:9/";  // nobody answers there
-  EXPECT_FALSE(signPdf(document, asked, &error));
-  EXPECT_EQ(error.code, EvidenceErrorCode::TimeStampFailed) << error.message;
+  error = signPdf(document, asked).error();
+  EXPECT_EQ(error.code, ErrorCode::TimeStampFailed) << error.message;
 }
 
 TEST_F(PdfSignature, EmbeddedFilesAreReadNoLargerThanTheirLimit) {
@@ -469,24 +464,31 @@ TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
     std::string what;
     std::string pdf;
     std::function<void(PdfSignatureRequest&)> change;
-    EvidenceErrorCode code;
+    ErrorCode code;
     std::string mentions;
   };
   const std::vector<Case> cases{
-      {"random bytes", "not a PDF at all", [](auto&) {}, EvidenceErrorCode::NotThisDocument, "not the document"},
-      {"evidence for another PDF", document + " ", [](auto&) {}, EvidenceErrorCode::NotThisDocument,
+      {"random bytes", "not a PDF at all", [](auto&) {}, ErrorCode::NotThisDocument, "not the document"},
+      {"evidence for another PDF", document + " ", [](auto&) {}, ErrorCode::NotThisDocument,
        "not the document"},
       {"image replaced in the sealed file", document,
-       [&](auto& r) { r.sealedEvidence = evidenceFileToJson(forgedImage); }, EvidenceErrorCode::Tampered, "image"},
+       [&](auto& r) { r.sealedEvidence = evidenceFileToJson(forgedImage); }, ErrorCode::Tampered, "image"},
       {"image whose manifest was changed to match", document,
-       [&](auto& r) { r.sealedEvidence = evidenceFileToJson(otherImage); }, EvidenceErrorCode::Tampered,
+       [&](auto& r) { r.sealedEvidence = evidenceFileToJson(otherImage); }, ErrorCode::Tampered,
        "manifest signature"},
-      {"page -1", document, [](auto& r) { r.page = -1; }, EvidenceErrorCode::InvalidArgument, "no page -1"},
-      {"page 3", document, [](auto& r) { r.page = 3; }, EvidenceErrorCode::InvalidArgument, "no page 3 (it has 2)"},
-      {"NaN width", document, [&](auto& r) { r.width = nan; }, EvidenceErrorCode::InvalidArgument, "rectangle"},
-      {"field taken", document, [](auto& r) { r.fieldName = "Taken"; }, EvidenceErrorCode::InvalidArgument, ""},
+      {"page -1", document, [](auto& r) { r.page = -1; }, ErrorCode::InvalidArgument, "no page -1"},
+      {"page 3", document, [](auto& r) { r.page = 3; }, ErrorCode::InvalidArgument, "no page 3 (it has 2)"},
+      {"NaN width", document, [&](auto& r) { r.width = nan; }, ErrorCode::InvalidArgument, "rectangle"},
+      {"field taken", document, [](auto& r) { r.fieldName = "Taken"; }, ErrorCode::InvalidArgument, ""},
       {"signer key of another", document, [](auto& r) { r.signer.key = certificates->ecSigner.key; },
-       EvidenceErrorCode::BadKey, "not the certificate's"},
+       ErrorCode::BadKey, "not the certificate's"},
+      // Evidence sealed for exactly these bytes, which qpdf cannot open, or which have no last section.
+      {"encrypted", rewrittenByQpdf(document, "--encrypt '' owner 256 --", "encrypted"), [](auto&) {},
+       ErrorCode::Unreadable, "the PDF is encrypted"},
+      {"no trailer", "%PDF-1.4\n1 0 obj\n<< >>\nendobj\nstartxref\n9\n%%EOF\n", [](auto&) {}, ErrorCode::Unreadable,
+       "the PDF cannot be read: "},
+      {"no startxref", document.substr(0, document.rfind("startxref")), [](auto&) {}, ErrorCode::Unreadable,
+       "no startxref"},
   };
   std::string taken = signedPdf(document, [&] {
     PdfSignatureRequest r = request(sealed);
@@ -496,10 +498,11 @@ TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.what);
     std::string pdf = c.what == "field taken" ? taken : c.pdf;
-    PdfSignatureRequest asked = request(c.what == "field taken" ? sealedFor(taken) : sealed);
+    PdfSignatureRequest asked = request(c.what == "field taken" ? sealedFor(taken)
+                                        : c.code == ErrorCode::Unreadable ? sealedFor(pdf)
+                                                                          : sealed);
     c.change(asked);
-    EvidenceError error;
-    EXPECT_FALSE(signPdf(pdf, asked, &error));
+    Error error = signPdf(pdf, asked).error();
     EXPECT_EQ(error.code, c.code) << error.message;
     EXPECT_NE(error.message.find(c.mentions), std::string::npos) << error.message;
   }

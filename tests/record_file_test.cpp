@@ -33,8 +33,8 @@ TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
   file.timestamp = 786000000.125;
   file.frame = makeRect(-4.5, 2, 300, 120);
   file.device = {"iPad13,4", 2, 264};
-  std::optional<RecordFile> read = recordFromJson(recordFileToJson(file));
-  ASSERT_TRUE(read);
+  Result<RecordFile> read = recordFromJson(recordFileToJson(file));
+  ASSERT_TRUE(read) << read.error().message;
   EXPECT_EQ(strokesToJson(read->strokes), strokesToJson(file.strokes));
   EXPECT_EQ(read->png, file.png);
   EXPECT_EQ(read->hash, file.hash);
@@ -53,17 +53,13 @@ TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
        {std::string("[]"), std::string("{\"format\":\"scrivlet-record\",\"version\":2}"),
         good.substr(0, good.size() - 2), std::string("{\"format\":\"scrivlet-record\",\"version\":1}"),
         withDensity("4294967297"), withDensity("-264")}) {
-    testing::internal::CaptureStderr();
-    EXPECT_FALSE(recordFromJson(bad)) << bad;
-    std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_EQ(said.rfind("Scrivlet: no record read from JSON: ", 0), 0u) << said;
-    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
+    Error error = recordFromJson(bad).error();
+    EXPECT_NE(error.code, ErrorCode::None) << bad;
+    EXPECT_EQ(error.message.find('\n'), std::string::npos) << error.message;
   }
   std::string notBase64 = good;
   notBase64.replace(notBase64.find("\"png\":\"") + 7, 1, "!");
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(recordFromJson(notBase64));
-  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(recordFromJson(notBase64).error().code, ErrorCode::Malformed);
 }
 
 TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWithAReason) {
@@ -80,41 +76,38 @@ TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWi
     if (member == "device" || member == "frame") end = good.find_first_of("}]", at) + 1;
     return good.substr(0, at) + value + good.substr(end);
   };
-  using Code = LoadError::Code;
+  using Code = ErrorCode;
   for (const auto& [bad, code] : std::vector<std::pair<std::string, Code>>{
-           {with("format", "5"), Code::notThisFormat},
-           {with("format", "null"), Code::notThisFormat},
-           {with("version", "[1]"), Code::unsupportedVersion},
-           {with("hash", "12"), Code::malformed},
-           {with("timestamp", "\"NaN\""), Code::malformed},
-           {with("frame", "[1,2,3]"), Code::malformed},
-           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":4294967297})"), Code::malformed},
-           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":-1})"), Code::malformed},
-           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":264.5})"), Code::malformed},
-           {with("strokes", "[]"), Code::malformed},
-           {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":[[{}]]})"), Code::malformed},
+           {with("format", "5"), Code::NotThisFormat},
+           {with("format", "null"), Code::NotThisFormat},
+           {with("version", "[1]"), Code::UnsupportedVersion},
+           {with("hash", "12"), Code::Malformed},
+           {with("timestamp", "\"NaN\""), Code::Malformed},
+           {with("frame", "[1,2,3]"), Code::Malformed},
+           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":4294967297})"), Code::Malformed},
+           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":-1})"), Code::Malformed},
+           {with("device", R"({"model":"x","screenScale":2,"pixelsPerInch":264.5})"), Code::Malformed},
+           {with("strokes", "[]"), Code::Malformed},
+           {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":[[{}]]})"), Code::Malformed},
            // The strokes nested 200,000 deep: 400 KB that used to overflow the stack.
            {with("strokes", R"({"format":"scrivlet-strokes","version":1,"strokes":)" + std::string(200000, '[') +
                                 std::string(200000, ']') + "}"),
-            Code::malformed}}) {
-    LoadError error;
-    EXPECT_FALSE(recordFromJson(bad, &error)) << bad.substr(0, 200);
+            Code::Malformed}}) {
+    Error error = recordFromJson(bad).error();
     EXPECT_EQ(error.code, code) << bad.substr(0, 200) << ": " << error.message;
     EXPECT_EQ(error.message.find('\n'), std::string::npos);
   }
   for (const char* density : {"0", "2147483647"}) {  // 0: a density not known
-    LoadError error;
-    ASSERT_TRUE(recordFromJson(with("device", std::string(R"({"model":"x","screenScale":2,"pixelsPerInch":)") +
-                                                  density + "}"),
-                               &error))
-        << error.message;
+    Result<RecordFile> read = recordFromJson(
+        with("device", std::string(R"({"model":"x","screenScale":2,"pixelsPerInch":)") + density + "}"));
+    ASSERT_TRUE(read) << read.error().message;
   }
 }
 
 TEST(RecordFile, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {
   std::ifstream in(SCRIVLET_TEST_DATA_DIR "/record_v1.json", std::ios::binary);
   const std::string golden{std::istreambuf_iterator<char>(in), {}};
-  std::optional<RecordFile> read = recordFromJson(golden);
+  Result<RecordFile> read = recordFromJson(golden);
   ASSERT_TRUE(read);
   EXPECT_EQ(read->hash, "0F1E2D3C4B");
   EXPECT_EQ(read->timestamp, 786000000.125);

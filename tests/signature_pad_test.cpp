@@ -1,5 +1,6 @@
 // The signature pad on the offscreen platform: properties with real values and their signals, and Done
 // delivering exactly the canvas, after an undo and after loading.
+#include <scrivlet/log.h>
 #include <scrivlet/signature_pad.h>
 #include <scrivlet/stroke_json.h>
 
@@ -32,6 +33,12 @@ TEST_F(Pad, PropertiesHaveRealValuesAndSayWhenTheyChangeAndBadValuesAreClampedOr
             std::tuple(QColor(Qt::black), 4.0, 0.85, 1.0, true, true, QColor(Qt::white), true));
   EXPECT_EQ(surface()->palette().color(QPalette::Window), QColor(Qt::white));
   QSignalSpy width(&pad, &SignaturePad::penWidthChanged), hash(&pad, &SignaturePad::customHashChanged);
+  // Each refusal and clamp is one warning in the host's log sink, and nothing on standard error.
+  std::vector<std::string> warnings;
+  setLogSink([&](LogLevel level, std::string_view line) {
+    if (level == LogLevel::warning) warnings.emplace_back(line);
+  });
+  testing::internal::CaptureStderr();
   EXPECT_TRUE(pad.setProperty("penWidth", 6.0));
   pad.setPenWidth(6);  // unchanged: no signal
   pad.setPenWidth(100);
@@ -47,6 +54,18 @@ TEST_F(Pad, PropertiesHaveRealValuesAndSayWhenTheyChangeAndBadValuesAreClampedOr
   pad.setMinWidth(-1), pad.setMaxWidth(100), pad.setDotSize(NAN), pad.setResizePolicy(SignaturePad::ResizePolicy(7));
   EXPECT_EQ(std::tuple(pad.minWidth(), pad.maxWidth(), pad.dotSize(), pad.resizePolicy()),
             std::tuple(0.0, 53.0, 0.0, SignaturePad::KeepInk));
+  setLogSink({});
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(warnings, (std::vector<std::string>{
+                          "Scrivlet: pen width 100 clamped to 50",
+                          "Scrivlet: pen width nan refused: not a finite number",
+                          "Scrivlet: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'",
+                          "Scrivlet: export scale 0 clamped to 0.1",
+                          "Scrivlet: minimum width -1 clamped to 0",
+                          "Scrivlet: maximum width 100 clamped to 53",
+                          "Scrivlet: dot size nan refused: not a finite number",
+                          "Scrivlet: resize policy 7 refused",
+                      }));
 }
 
 // (The signals and keys of both pads: pad_features_test.cpp.)
@@ -76,7 +95,7 @@ TEST_F(Pad, StrokesLoadedIntoAPadAreShownAndTheNextRecordHoldsThemAndTheNewOnes)
   other.resize(400, 200), other.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
   QSignalSpy empty(&other, &SignaturePad::emptyChanged), ready(&other, &SignaturePad::signatureReady);
-  other.setStrokes(strokesFromJson(saved));
+  other.setStrokes(*strokesFromJson(saved));
   EXPECT_EQ(std::pair(empty.size(), other.isEmpty()), std::pair(qsizetype(1), false));
   EXPECT_TRUE(inked(other.grab().toImage(), 80, 68));
   mouseStroke(other.focusProxy(), {{200, 100}, {260, 120}}, 5000);

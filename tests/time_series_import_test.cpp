@@ -63,7 +63,7 @@ TEST(TimeSeriesImport, ASignatureReadBackDrawsAsItWasSigned) {
     SCOPED_TRACE(stylus ? "stylus" : "finger");
     std::shared_ptr<QnSignature> signedRecord = sign(stylus);
     ASSERT_TRUE(signedRecord && signedRecord->xmlString() && signedRecord->imageData());
-    QnStrokeListRef back = strokesFromTimeSeriesXml(*signedRecord->xmlString());
+    QnStrokeListRef back = strokesFromTimeSeriesXml(*signedRecord->xmlString()).value_or(nullptr);
     ASSERT_TRUE(back);
     const QnStrokeList& was = *signedRecord->rawPoints();
     ASSERT_EQ(back->size(), was.size());
@@ -98,7 +98,7 @@ TEST(TimeSeriesImport, ASignatureReadBackDrawsAsItWasSigned) {
 // metre. The values are worked out from its channels and the pen's rules, in single precision.
 TEST(TimeSeriesImport, AStoredPadSignatureReadsAsSigned) {
   const std::vector<uint8_t> stored = test_support::readBytes(SCRIVLET_TEST_DATA_DIR "/time_series_pad_signature.xml");
-  QnStrokeListRef strokes = strokesFromTimeSeriesXml(std::string(stored.begin(), stored.end()));
+  QnStrokeListRef strokes = strokesFromTimeSeriesXml(std::string(stored.begin(), stored.end())).value_or(nullptr);
   ASSERT_TRUE(strokes && strokes->size() == 2);
   const QnStroke &first = *strokes->at(0), &second = *strokes->at(1);
   ASSERT_EQ(std::pair(first.size(), second.size()), std::pair(size_t(17), size_t(17)));
@@ -131,7 +131,7 @@ TEST(TimeSeriesImport, AStoredPadSignatureReadsAsSigned) {
 
 // Nothing is read in part: a second signature, something in the sample list or in a sample that is
 // not read, a channel out of its range or given twice, are refused as a whole.
-TEST_F(TimeSeriesDocument, DocumentsThatCannotBeReadInFullAreRefusedWithOneLine) {
+TEST_F(TimeSeriesDocument, DocumentsThatCannotBeReadInFullAreRefusedWithAReason) {
   c->setMyBrushStrokes(strokesSpanning(10, 10, 40, 20));
   const std::string good = c->createXmlString();
   ASSERT_TRUE(strokesFromTimeSeriesXml(good));
@@ -151,12 +151,17 @@ TEST_F(TimeSeriesDocument, DocumentsThatCannotBeReadInFullAreRefusedWithOneLine)
         replaced("<sig:DTChannel>", "<sig:TiltChannel>4</sig:TiltChannel><sig:DTChannel>"),
         replaced("<cmn:X>", "<cmn:X>7</cmn:X><cmn:X>"), replaced("<cmn:Z>0", "<cmn:Z>12"),
         replaced("<sig:FChannel>", "<sig:FChannel><sig:Newton/>")}) {
-    testing::internal::CaptureStderr();
-    EXPECT_EQ(strokesFromTimeSeriesXml(bad), nullptr) << bad.substr(0, 80);
-    std::string said = testing::internal::GetCapturedStderr();
-    EXPECT_TRUE(said.starts_with("Scrivlet: no strokes read from the time series: ") &&
-                std::count(said.begin(), said.end(), '\n') == 1) << said;
+    Error error = strokesFromTimeSeriesXml(bad).error();
+    EXPECT_NE(error.code, ErrorCode::None) << bad.substr(0, 80);
+    EXPECT_FALSE(error.message.empty() || error.message.find('\n') != std::string::npos) << error.message;
   }
+  EXPECT_EQ(strokesFromTimeSeriesXml("").error().code, ErrorCode::NotXml);
+  EXPECT_EQ(strokesFromTimeSeriesXml(good.substr(0, good.size() / 2)).error().code, ErrorCode::NotXml);
+  EXPECT_EQ(strokesFromTimeSeriesXml("<svg></svg>").error().code, ErrorCode::NotThisFormat);
+  Error error = strokesFromTimeSeriesXml(twoSignatures).error();
+  EXPECT_EQ(error.code, ErrorCode::Malformed);
+  EXPECT_EQ(error.message, "more than one representation, where one signature is read");
+  EXPECT_EQ(strokesFromTimeSeriesXml(replaced("<cmn:Z>0", "<cmn:Z>12")).error().code, ErrorCode::Malformed);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // examiner alone. <scrivlet/pdf_signature.h> puts it into a PDF under a standard PDF signature.
 #pragma once
 
+#include <scrivlet/error.h>
 #include <scrivlet/evidence_export.h>
 #include <scrivlet/record_file.h>
 
@@ -33,26 +34,9 @@ namespace scrivlet {
 //   {"format": "scrivlet-biometric-data", "version": 1, "document": {"sha256", "size"},
 //    "imageSha256", "record": <a record file without its image>}
 
-// Why an operation did not give its result: a code to act on and one line to show.
-enum class EvidenceErrorCode {
-  None,
-  InvalidArgument,       // a request that cannot be carried out as given (no strokes, a bad rectangle)
-  Unreadable,            // an input that does not read as what it should be, or is too large
-  UnsupportedAlgorithm,  // made with an algorithm this library does not accept
-  BadKey,                // a key or certificate that does not read, is damaged, or does not match
-  CertificateRejected,   // a certificate expired, not yet valid, or not made for signing
-  NotThisDocument,       // evidence sealed for another document
-  Tampered,              // a part changed since it was sealed or signed
-  Untrusted,             // a signer that does not chain to a trusted certificate
-  Unsigned,              // no signature where one is required
-  TimeStampFailed,       // the time-stamping authority gave no usable token
-  Failed,                // anything else (out of memory, a library that failed)
-};
-
-struct EvidenceError {
-  EvidenceErrorCode code = EvidenceErrorCode::None;
-  std::string message;  // one line, no newline
-};
+// The library's one error type; the evidence names are kept for source compatibility.
+using EvidenceErrorCode = ErrorCode;
+using EvidenceError = Error;
 
 // What a verification concluded, from best to worst: the first that applies names the failure.
 enum class EvidenceVerdict {
@@ -84,22 +68,59 @@ struct EvidenceSealRequest {
 // The SHA-256 of a document's bytes, for a request.
 SCRIVLET_EVIDENCE_EXPORT std::array<uint8_t, 32> documentSha256Of(std::string_view document);
 
-// The sealed file, or nothing with the reason in *error. The record's image must be a PNG; the
-// examiner's certificate must be intact (its self-signature, its key) and the signer's valid for
-// signing now. No plaintext biometric data is written anywhere on the way.
-SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealEvidence(const EvidenceSealRequest& request,
-                                                                 EvidenceError* error);
+// The sealed file, or the error that stopped it (InvalidArgument, BadKey, CertificateRejected,
+// UnsupportedAlgorithm, Failed). The record's image must be a PNG; the examiner's certificate must be
+// intact (its self-signature, its key) and the signer's valid for signing now. No plaintext
+// biometric data is written anywhere on the way.
+SCRIVLET_EVIDENCE_EXPORT Result<std::string> sealEvidence(const EvidenceSealRequest& request);
 
 // Sealing on the device that captured the signature, at the moment of signing: the record as the
 // session or the pad delivered it, the document's bytes as the signer saw them, and the examiner's
 // certificate. The plain strokes need never leave the device.
-SCRIVLET_EVIDENCE_EXPORT std::optional<std::string> sealSignatureForDocument(
-    const QnSignature& record, std::string_view document, std::string_view documentName,
-    std::string_view examinerCertificate, const EvidenceSigner& manifestSigner, EvidenceError* error);
+SCRIVLET_EVIDENCE_EXPORT Result<std::string> sealSignatureForDocument(const QnSignature& record,
+                                                                      std::string_view document,
+                                                                      std::string_view documentName,
+                                                                      std::string_view examinerCertificate,
+                                                                      const EvidenceSigner& manifestSigner = {});
+
+// The earlier forms, with the error in *error: kept for source compatibility.
+[[deprecated("sealEvidence returns a Result")]] inline std::optional<std::string> sealEvidence(
+    const EvidenceSealRequest& request, Error* error) {
+  return optionalOf(sealEvidence(request), error);
+}
+[[deprecated("sealSignatureForDocument returns a Result")]] inline std::optional<std::string>
+sealSignatureForDocument(const QnSignature& record, std::string_view document, std::string_view documentName,
+                         std::string_view examinerCertificate, const EvidenceSigner& manifestSigner, Error* error) {
+  return optionalOf(sealSignatureForDocument(record, document, documentName, examinerCertificate, manifestSigner),
+                    error);
+}
+
+// What a check looked at. A sealed file's checks: Container, Manifest, ManifestSignature, Signer,
+// Document, Image, BiometricData; a PDF signature's: ByteRange, Signature, Signer, TimeStamp, Coverage,
+// LaterRevisions, Document, Evidence.
+enum class EvidenceCheckKind {
+  Container,
+  Manifest,
+  ManifestSignature,
+  Signer,
+  Document,
+  Image,
+  BiometricData,
+  ByteRange,
+  Signature,
+  TimeStamp,
+  Coverage,
+  LaterRevisions,
+  Evidence,
+};
+
+// "container", "manifest", "manifest signature", "signer", "document", "image", "biometric data",
+// "byte range", "signature", "time-stamp", "coverage", "later revisions", "evidence".
+SCRIVLET_EVIDENCE_EXPORT const char* evidenceCheckName(EvidenceCheckKind kind);
 
 struct EvidenceCheck {
-  // "container", "manifest", "manifest signature", "signer", "document", "image", "biometric data"
-  std::string name;
+  EvidenceCheckKind kind = EvidenceCheckKind::Container;
+  std::string name;  // evidenceCheckName(kind), as reports show it
   bool passed = false;
   std::string detail;                                   // one line: what was found
   EvidenceVerdict failure = EvidenceVerdict::Tampered;  // what a failure of this check means
@@ -133,13 +154,19 @@ SCRIVLET_EVIDENCE_EXPORT EvidenceVerification verifyEvidence(std::string_view se
 // The record sealed in the file, opened with the examiner's private key (PEM or DER): the strokes,
 // with the manifest's hash, time and device and the sealed image. The file is checked first as
 // verifyEvidence checks it (without a document, the document check is left out), and the
-// plaintext's document digest and record hash must be the manifest's. Nothing, with the reason in
-// *error, otherwise; `verification` (if given) receives the checks.
-SCRIVLET_EVIDENCE_EXPORT std::optional<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey,
-                                                                const EvidenceVerifyOptions& options,
-                                                                EvidenceError* error,
-                                                                EvidenceVerification* verification = nullptr,
-                                                                std::optional<std::string_view> document = {});
+// plaintext's document digest and record hash must be the manifest's. Otherwise the error: the
+// verdict's (Unreadable, Unsigned, Untrusted, Tampered), BadKey for a key that does not open it, or
+// Tampered for a plaintext of another document or signing. `verification` (if given) receives the
+// checks.
+SCRIVLET_EVIDENCE_EXPORT Result<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey,
+                                                         const EvidenceVerifyOptions& options = {},
+                                                         EvidenceVerification* verification = nullptr,
+                                                         std::optional<std::string_view> document = {});
+[[deprecated("openEvidence returns a Result")]] inline std::optional<RecordFile> openEvidence(
+    std::string_view sealed, std::string_view examinerKey, const EvidenceVerifyOptions& options, Error* error,
+    EvidenceVerification* verification = nullptr, std::optional<std::string_view> document = {}) {
+  return optionalOf(openEvidence(sealed, examinerKey, options, verification, document), error);
+}
 
 // A verification as one JSON object (for --json): verdict, reason and every check.
 SCRIVLET_EVIDENCE_EXPORT std::string evidenceVerificationToJson(const EvidenceVerification& verification);

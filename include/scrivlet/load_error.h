@@ -1,20 +1,11 @@
-// Why a saved document did not load: a code to act on and a line to show.
+// The error of a saved document that did not load: the library's one Error (kept for source
+// compatibility; new code includes <scrivlet/error.h>).
 #pragma once
 
-#include <string>
+#include <scrivlet/error.h>
 
 namespace scrivlet {
 
-struct LoadError {
-  enum class Code {
-    tooLarge,            // more bytes, strokes or points than any document this library reads
-    notJson,             // not JSON text, or cut short
-    notThisFormat,       // JSON, but not a document of the kind asked for
-    unsupportedVersion,  // a version of the format this library does not read
-    malformed,           // a member missing, of the wrong type or out of range, or nested too deep
-  };
-  Code code = Code::malformed;
-  std::string message;  // one line, in English, that a host may show or log
-};
+using LoadError = Error;
 
 }  // namespace scrivlet

@@ -35,10 +35,14 @@ struct PdfSignatureRequest {
 // /ETSI.CAdES.detached) whose CMS SignedData (SHA-256, signing-certificate-v2, the chain) covers every
 // byte of the result but its own /Contents, the evidence included. Before anything is written the
 // sealed file is checked (intact, its manifest signature valid, sealed with this PDF) and the signer's
-// certificate must be valid for signing now. Nothing, with the reason in *error, otherwise.
-SCRIVLET_EVIDENCE_EXPORT std::optional<std::vector<uint8_t>> signPdf(std::string_view pdf,
-                                                                     const PdfSignatureRequest& request,
-                                                                     EvidenceError* error);
+// certificate must be valid for signing now. Otherwise the error: InvalidArgument (the page, the
+// rectangle, a field name taken), Unreadable (a PDF qpdf cannot read, encrypted, or too large),
+// NotThisDocument or Tampered (the sealed file), BadKey, CertificateRejected, TimeStampFailed, Failed.
+SCRIVLET_EVIDENCE_EXPORT Result<std::vector<uint8_t>> signPdf(std::string_view pdf, const PdfSignatureRequest& request);
+[[deprecated("signPdf returns a Result")]] inline std::optional<std::vector<uint8_t>> signPdf(
+    std::string_view pdf, const PdfSignatureRequest& request, Error* error) {
+  return optionalOf(signPdf(pdf, request), error);
+}
 
 struct PdfSignatureVerification {
   std::string field;  // the signature field's name
@@ -71,13 +75,18 @@ SCRIVLET_EVIDENCE_EXPORT PdfVerification verifyPdf(std::string_view pdf, const E
 
 // The record sealed with a signature of the PDF (the field's, or the only signature's when no field is
 // named), as the revision it signed holds it, opened with the examiner's key. The PDF must verify
-// first (valid; modified after signing too when options.allowLaterChanges); nothing, with the reason
-// in *error, otherwise. `verification` (if given) receives what verifying found.
-SCRIVLET_EVIDENCE_EXPORT std::optional<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldName,
-                                                                   std::string_view examinerKey,
-                                                                   const EvidenceVerifyOptions& options,
-                                                                   EvidenceError* error,
-                                                                   PdfVerification* verification = nullptr);
+// first (valid; modified after signing too when options.allowLaterChanges); otherwise the error (the
+// verdict's, as openEvidence gives it, or InvalidArgument for a field without evidence, or no field
+// named where there are several). `verification` (if given) receives what verifying found.
+SCRIVLET_EVIDENCE_EXPORT Result<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldName,
+                                                            std::string_view examinerKey,
+                                                            const EvidenceVerifyOptions& options = {},
+                                                            PdfVerification* verification = nullptr);
+[[deprecated("openPdfEvidence returns a Result")]] inline std::optional<RecordFile> openPdfEvidence(
+    std::string_view pdf, std::string_view fieldName, std::string_view examinerKey,
+    const EvidenceVerifyOptions& options, Error* error, PdfVerification* verification = nullptr) {
+  return optionalOf(openPdfEvidence(pdf, fieldName, examinerKey, options, verification), error);
+}
 
 SCRIVLET_EVIDENCE_EXPORT std::string pdfVerificationToJson(const PdfVerification& verification);
 

@@ -3,7 +3,7 @@
 
 #include <scrivlet/export.h>
 #include <scrivlet/geometry.h>
-#include <scrivlet/load_error.h>
+#include <scrivlet/error.h>
 #include <scrivlet/signature.h>
 
 #include <cstdint>
@@ -39,14 +39,19 @@ struct RecordFile {
 // The record's strokes, PNG, hash, time and frame, and this machine's device.
 SCRIVLET_EXPORT std::string recordToJson(const QnSignature& record);
 SCRIVLET_EXPORT std::string recordFileToJson(const RecordFile& file);
-// Such a document read back. Anything else gives nothing, with the reason in *error when given, else
-// in one line of the log (standard error): a document over 128 MiB (refused before it is read), not
-// JSON, nested deeper than 32 levels, of another format or version, a member missing, twice, of the
-// wrong type or out of range (pixelsPerInch from 1 to 2^31 - 1), strokes that do not read as a
-// strokes document (strokesFromJson's limits). The reading never costs more than a few times the
-// document's size.
-SCRIVLET_EXPORT std::optional<RecordFile> recordFromJson(std::string_view json, LoadError* error);
-SCRIVLET_EXPORT std::optional<RecordFile> recordFromJson(std::string_view json, std::string* error = nullptr);
+// Such a document read back, or why not: TooLarge (over 128 MiB, refused before it is read), NotJson,
+// NotThisFormat, UnsupportedVersion, Malformed (nested deeper than 32 levels; a member missing, twice,
+// of the wrong type or out of range: pixelsPerInch from 1 to 2^31 - 1; strokes that do not read as a
+// strokes document, within strokesFromJson's limits). The reading never costs more than a few times
+// the document's size.
+SCRIVLET_EXPORT Result<RecordFile> recordFromJson(std::string_view json);
+
+// The earlier forms: nothing, with the reason in *error, or in one line of the log when error is
+// null. Kept for source compatibility.
+[[deprecated("recordFromJson returns a Result")]] SCRIVLET_EXPORT std::optional<RecordFile> recordFromJson(
+    std::string_view json, Error* error);
+[[deprecated("recordFromJson returns a Result")]] SCRIVLET_EXPORT std::optional<RecordFile> recordFromJson(
+    std::string_view json, std::string* error);
 
 // This machine's device.
 SCRIVLET_EXPORT CaptureDevice currentCaptureDevice();

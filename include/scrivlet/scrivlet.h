@@ -5,11 +5,13 @@
 #include <scrivlet/controls.h>
 #include <scrivlet/delegate.h>
 #include <scrivlet/device.h>
+#include <scrivlet/error.h>
 #include <scrivlet/facade.h>
 #include <scrivlet/geometry.h>
 #include <scrivlet/gesture_recognizer.h>
 #include <scrivlet/headless.h>
 #include <scrivlet/load_error.h>
+#include <scrivlet/log.h>
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/notification_center.h>
 #include <scrivlet/pdf_document.h>

@@ -5,7 +5,7 @@
 #include <scrivlet/color.h>
 #include <scrivlet/export.h>
 #include <scrivlet/facade.h>
-#include <scrivlet/load_error.h>
+#include <scrivlet/error.h>
 #include <scrivlet/signature.h>
 
 #include <functional>
@@ -65,7 +65,7 @@ class SCRIVLET_EXPORT SignatureSession {
   void setStrokes(const QnStrokeListRef& strokes);
   // Loads a strokes document (strokesFromJson) in place of the canvas: nothing when it loaded, else
   // why not, and the canvas is left as it was.
-  std::optional<LoadError> loadStrokes(std::string_view json);
+  std::optional<Error> loadStrokes(std::string_view json);
 
   // The colour the record's PNG is painted on; none by default, which keeps the PNG transparent (the
   // PDF and SVG stay transparent either way).

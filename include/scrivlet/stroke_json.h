@@ -2,7 +2,7 @@
 #pragma once
 
 #include <scrivlet/export.h>
-#include <scrivlet/load_error.h>
+#include <scrivlet/error.h>
 #include <scrivlet/signature_point.h>
 
 #include <string>
@@ -18,11 +18,16 @@ namespace scrivlet {
 // as the string "NaN", "Infinity" or "-Infinity". A missing list is written as no strokes.
 SCRIVLET_EXPORT std::string strokesToJson(const QnStrokeListRef& strokes);
 
-// The strokes of such a document. Anything else gives nothing, with the reason in *error when given,
-// else in one line of the log (standard error): a document over 64 MiB (refused before it is read),
-// not JSON, nested deeper than 32 levels, of another format or version, a field missing or of the
-// wrong type, a position that is not finite, more than 10,000 strokes or a million points. The
-// limits apply while reading: the reading never costs more than a few times the document's size.
-SCRIVLET_EXPORT QnStrokeListRef strokesFromJson(std::string_view json, LoadError* error = nullptr);
+// The strokes of such a document, or why not: TooLarge (a document over 64 MiB, refused before it is
+// read; more than 10,000 strokes or a million points), NotJson, NotThisFormat, UnsupportedVersion,
+// Malformed (nested deeper than 32 levels, a field missing or of the wrong type, a position that is
+// not finite). The limits apply while reading: the reading never costs more than a few times the
+// document's size.
+SCRIVLET_EXPORT Result<QnStrokeListRef> strokesFromJson(std::string_view json);
+
+// The earlier form: nothing, with the reason in *error, or in one line of the log when error is null.
+// Kept for source compatibility.
+[[deprecated("strokesFromJson returns a Result")]] SCRIVLET_EXPORT QnStrokeListRef strokesFromJson(
+    std::string_view json, Error* error);
 
 }  // namespace scrivlet

@@ -1,6 +1,7 @@
 // Reading back the ISO/IEC 19794-7 time series this library writes, as strokes that draw as signed.
 #pragma once
 
+#include <scrivlet/error.h>
 #include <scrivlet/export.h>
 #include <scrivlet/signature_point.h>
 
@@ -30,10 +31,10 @@ struct TimeSeriesPen {
 // velocity, no acceleration, as every stroke's first point is), after a pause of at least 30 ms, and
 // the stroke before has its two points at least.
 //
-// A document this reader cannot read in full gives nothing, with one line on standard error: not XML,
-// another root, more than one representation, anything but sample points in the sample list, a sample
-// without its channels or with others, numbers out of their range, a pen above the surface (Z other
-// than 0), more than a million samples.
-SCRIVLET_EXPORT QnStrokeListRef strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesPen& pen = {});
+// A document this reader cannot read in full gives the error: NotXml; NotThisFormat (another root);
+// Malformed (more than one representation, anything but sample points in the sample list, a sample
+// without its channels or with others, numbers out of their range, a pen above the surface: Z other
+// than 0); TooLarge (more than a million samples).
+SCRIVLET_EXPORT Result<QnStrokeListRef> strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesPen& pen = {});
 
 }  // namespace scrivlet

@@ -2,6 +2,7 @@
 #include "demo_window.h"
 
 #include <scrivlet/facade.h>
+#include <scrivlet/pdf_document.h>
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 
@@ -25,10 +26,6 @@
 #include <QTabWidget>
 #include <QVBoxLayout>
 
-#include <poppler-document.h>
-#include <poppler-page-renderer.h>
-#include <poppler-page.h>
-
 namespace scrivlet {
 
 namespace {
@@ -40,19 +37,16 @@ QByteArray bytesOf(const std::optional<std::vector<uint8_t>>& data) {
               : QByteArray();
 }
 
-// The first page of a PDF as an image, at 2 pixels a point.
-QImage renderPdf(const QByteArray& pdf) {
-  std::unique_ptr<poppler::document> document(
-      poppler::document::load_from_raw_data(pdf.constData(), static_cast<int>(pdf.size())));
-  if (!document || document->pages() < 1) return {};
-  std::unique_ptr<poppler::page> page(document->create_page(0));
-  poppler::page_renderer renderer;
-  renderer.set_render_hints(poppler::page_renderer::antialiasing | poppler::page_renderer::text_antialiasing);
-  poppler::image image = renderer.render_page(page.get(), 144, 144);
-  if (!image.is_valid()) return {};
-  return QImage(reinterpret_cast<const uchar*>(image.const_data()), image.width(), image.height(),
-                image.bytes_per_row(), QImage::Format_ARGB32)
-      .copy();
+// What the PDF holds, read back from its bytes; a PDF reader shows the page itself once it is saved.
+QString describePdf(const QnSignature& record) {
+  const std::shared_ptr<QnPDFDocument>& pdf = record.pdf();
+  if (!pdf || pdf->numberOfPages() < 1) return "No PDF.";
+  QnSize page = pdf->pageSize(0);
+  return QString("%1 page of %2 × %3 points, %4 bytes: save it to open it in a PDF reader.")
+      .arg(pdf->numberOfPages())
+      .arg(page.width)
+      .arg(page.height)
+      .arg(record.pdfData() ? record.pdfData()->size() : 0);
 }
 
 }  // namespace
@@ -211,7 +205,7 @@ void DemoWindow::showRecord(const std::shared_ptr<QnSignature>& record) {
   record_ = record;
   QImage png = QImage::fromData(bytesOf(record->imageData()), "PNG");
   pngView_->setPixmap(QPixmap::fromImage(png));
-  pdfView_->setPixmap(QPixmap::fromImage(renderPdf(bytesOf(record->pdfData()))));
+  pdfView_->setText(describePdf(*record));
   svgView_->setPlainText(QString::fromStdString(record->svgString().value_or("")));
   xmlView_->setPlainText(QString::fromStdString(record->xmlString().value_or("")));
   unsigned long points = 0;

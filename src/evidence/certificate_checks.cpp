@@ -42,51 +42,51 @@ std::string purposeProblem(X509* certificate) {
   return "its extended key usage is for " + named + ", not for signing documents";
 }
 
-std::optional<LoadedSigner> loadSigner(const EvidenceSigner& signer, EvidenceError* error) {
+std::optional<LoadedSigner> loadSigner(const EvidenceSigner& signer, Error* error) {
   LoadedSigner loaded{certificateOf(signer.certificate), privateKeyOf(signer.key), nullptr};
-  if (!loaded.certificate) return fail(error, EvidenceErrorCode::BadKey, "the signer's certificate does not read");
+  if (!loaded.certificate) return fail(error, ErrorCode::BadKey, "the signer's certificate does not read");
   if (!loaded.key)
-    return fail(error, EvidenceErrorCode::BadKey,
+    return fail(error, ErrorCode::BadKey,
                 "the signer's private key does not read (a key protected by a pass phrase is refused)");
   if (!X509_check_private_key(loaded.certificate.get(), loaded.key.get()))
-    return fail(error, EvidenceErrorCode::BadKey, "the signer's key is not the certificate's");
+    return fail(error, ErrorCode::BadKey, "the signer's key is not the certificate's");
   std::optional<CertificatesPtr> chain = certificatesOf(signer.chain);
-  if (!chain) return fail(error, EvidenceErrorCode::BadKey, "a certificate of the signer's chain does not read");
+  if (!chain) return fail(error, ErrorCode::BadKey, "a certificate of the signer's chain does not read");
   loaded.chain = std::move(*chain);
   X509* certificate = loaded.certificate.get();
   if (X509_cmp_current_time(X509_get0_notAfter(certificate)) <= 0)
-    return fail(error, EvidenceErrorCode::CertificateRejected, "the signer's certificate has expired");
+    return fail(error, ErrorCode::CertificateRejected, "the signer's certificate has expired");
   if (X509_cmp_current_time(X509_get0_notBefore(certificate)) >= 0)
-    return fail(error, EvidenceErrorCode::CertificateRejected, "the signer's certificate is not valid yet");
+    return fail(error, ErrorCode::CertificateRejected, "the signer's certificate is not valid yet");
   if (std::string problem = purposeProblem(certificate); !problem.empty())
-    return fail(error, EvidenceErrorCode::CertificateRejected, "the signer's certificate cannot sign: " + problem);
+    return fail(error, ErrorCode::CertificateRejected, "the signer's certificate cannot sign: " + problem);
   return loaded;
 }
 
-std::optional<X509Ptr> loadExaminer(std::string_view recipient, bool* byKeyIdentifier, EvidenceError* error) {
+std::optional<X509Ptr> loadExaminer(std::string_view recipient, bool* byKeyIdentifier, Error* error) {
   X509Ptr certificate = certificateOf(recipient);
   KeyPtr bareKey;
   *byKeyIdentifier = false;
   if (!certificate) {
     bareKey = publicKeyOf(recipient);
     if (!bareKey)
-      return fail(error, EvidenceErrorCode::BadKey, "the examiner's certificate or public key does not read");
+      return fail(error, ErrorCode::BadKey, "the examiner's certificate or public key does not read");
     *byKeyIdentifier = true;
   }
   EVP_PKEY* key = certificate ? X509_get0_pubkey(certificate.get()) : bareKey.get();
-  if (!key) return fail(error, EvidenceErrorCode::BadKey, "the examiner's certificate holds no key that reads");
+  if (!key) return fail(error, ErrorCode::BadKey, "the examiner's certificate holds no key that reads");
   if (certificate && X509_check_issued(certificate.get(), certificate.get()) == X509_V_OK &&
       X509_verify(certificate.get(), key) != 1)
-    return fail(error, EvidenceErrorCode::BadKey,
+    return fail(error, ErrorCode::BadKey,
                 "the examiner's certificate is damaged: its self-signature does not match its key");
   std::unique_ptr<EVP_PKEY_CTX, Deleter<EVP_PKEY_CTX, EVP_PKEY_CTX_free>> context(
       EVP_PKEY_CTX_new_from_pkey(nullptr, key, nullptr));
   if (!context || EVP_PKEY_public_check(context.get()) != 1)
-    return fail(error, EvidenceErrorCode::BadKey, "the examiner's public key is not a valid key");
+    return fail(error, ErrorCode::BadKey, "the examiner's public key is not a valid key");
   if (!EVP_PKEY_is_a(key, "RSA") && !EVP_PKEY_is_a(key, "EC"))
-    return fail(error, EvidenceErrorCode::UnsupportedAlgorithm, "the examiner's key is neither RSA nor EC");
+    return fail(error, ErrorCode::UnsupportedAlgorithm, "the examiner's key is neither RSA nor EC");
   if (EVP_PKEY_is_a(key, "RSA") && EVP_PKEY_get_bits(key) < 2048)
-    return fail(error, EvidenceErrorCode::UnsupportedAlgorithm, "the examiner's RSA key has fewer than 2048 bits");
+    return fail(error, ErrorCode::UnsupportedAlgorithm, "the examiner's RSA key has fewer than 2048 bits");
   ERR_clear_error();
   if (certificate) return certificate;
   return X509Ptr(nullptr);  // the caller makes a carrier for the bare key

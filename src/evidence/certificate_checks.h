@@ -19,12 +19,12 @@ struct LoadedSigner {
   KeyPtr key;
   CertificatesPtr chain;
 };
-std::optional<LoadedSigner> loadSigner(const EvidenceSigner& signer, EvidenceError* error);
+std::optional<LoadedSigner> loadSigner(const EvidenceSigner& signer, Error* error);
 
 // The examiner's certificate (PEM or DER) or PEM public key, intact: a self-issued certificate's
 // signature matches its key, the key is valid (an EC point on its curve, an RSA key of 2048 bits
 // or more). Gives the key's holder as a certificate, or nothing with the reason.
-std::optional<X509Ptr> loadExaminer(std::string_view recipient, bool* byKeyIdentifier, EvidenceError* error);
+std::optional<X509Ptr> loadExaminer(std::string_view recipient, bool* byKeyIdentifier, Error* error);
 
 struct ChainCheck {
   EvidenceVerdict verdict = EvidenceVerdict::Untrusted;  // Valid or Untrusted

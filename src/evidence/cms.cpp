@@ -20,7 +20,7 @@ using namespace scrivlet::ssl;
 
 namespace {
 
-using Code = EvidenceErrorCode;
+using Code = ErrorCode;
 
 // CMS names recipients by certificate: a bare public key is carried in a certificate made for the
 // occasion, signed by a throwaway key, which names the recipient by the key's identifier only.
@@ -126,7 +126,7 @@ time_t claimedSigningTime(CMS_SignerInfo* signer, time_t claimed) {
 
 }  // namespace
 
-std::optional<std::string> envelope(std::string_view content, std::string_view recipient, EvidenceError* error) {
+std::optional<std::string> envelope(std::string_view content, std::string_view recipient, Error* error) {
   bool byKeyIdentifier = false;
   std::optional<X509Ptr> cert = loadExaminer(recipient, &byKeyIdentifier, error);
   if (!cert) return std::nullopt;
@@ -155,7 +155,7 @@ std::optional<std::string> envelope(std::string_view content, std::string_view r
   return der;
 }
 
-std::optional<std::string> openEnvelope(std::string_view der, std::string_view privateKey, EvidenceError* error) {
+std::optional<std::string> openEnvelope(std::string_view der, std::string_view privateKey, Error* error) {
   CmsPtr cms = cmsOf(der);
   if (!cms) return fail(error, Code::Unreadable, "the biometric data is not a CMS envelope");
   if (std::string problem = envelopeAlgorithmProblem(cms.get(), der); !problem.empty())
@@ -171,7 +171,7 @@ std::optional<std::string> openEnvelope(std::string_view der, std::string_view p
 }
 
 std::optional<std::string> signDetached(std::string_view content, const EvidenceSigner& signer, bool cades,
-                                        const std::string& timeStampUrl, EvidenceError* error) {
+                                        const std::string& timeStampUrl, Error* error) {
   std::optional<LoadedSigner> loaded = loadSigner(signer, error);
   if (!loaded) return std::nullopt;
   BioPtr in = memoryOf(content);

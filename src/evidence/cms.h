@@ -15,17 +15,17 @@ namespace scrivlet::cms {
 // AuthEnvelopedData (DER) of the content for the recipient: a PEM or DER X.509 certificate, or a PEM
 // public key (then identified by its key identifier). The recipient is checked first, and the
 // envelope is read back before it is given.
-std::optional<std::string> envelope(std::string_view content, std::string_view recipient, EvidenceError* error);
+std::optional<std::string> envelope(std::string_view content, std::string_view recipient, Error* error);
 // The content of such an envelope, opened with the recipient's PEM or DER private key; an envelope
 // made with other algorithms is refused unopened.
-std::optional<std::string> openEnvelope(std::string_view der, std::string_view privateKey, EvidenceError* error);
+std::optional<std::string> openEnvelope(std::string_view der, std::string_view privateKey, Error* error);
 
 // SignedData (DER) over the content, detached, SHA-256, by the signer (checked first), its chain
 // included. `cades` adds the signing-certificate-v2 attribute and leaves out the signing time (PAdES
 // keeps it in /M); `timeStampUrl` adds a time-stamp token over the signature value as an unsigned
 // attribute.
 std::optional<std::string> signDetached(std::string_view content, const EvidenceSigner& signer, bool cades,
-                                        const std::string& timeStampUrl, EvidenceError* error);
+                                        const std::string& timeStampUrl, Error* error);
 
 struct SignatureCheck {
   EvidenceVerdict verdict = EvidenceVerdict::Unreadable;  // Valid, Untrusted, Tampered or Unreadable

@@ -10,27 +10,21 @@
 #include <nlohmann/json.hpp>
 #include <openssl/crypto.h>
 
-#include <map>
 
 namespace scrivlet {
 
 namespace {
 
-using Code = EvidenceErrorCode;
+using Code = ErrorCode;
 using Verdict = EvidenceVerdict;
-
-template <class T>
-std::optional<T> failWith(EvidenceError* error, Code code, const std::string& why) {
-  if (error) *error = {code, why};
-  return std::nullopt;
-}
+using Kind = EvidenceCheckKind;
 
 std::string_view bytesOf(const std::vector<uint8_t>& bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-EvidenceCheck check(const char* name, bool passed, std::string detail, Verdict failure = Verdict::Tampered) {
-  return {name, passed, std::move(detail), failure};
+EvidenceCheck check(Kind kind, bool passed, std::string detail, Verdict failure = Verdict::Tampered) {
+  return {kind, evidenceCheckName(kind), passed, std::move(detail), failure};
 }
 
 }  // namespace
@@ -45,6 +39,25 @@ const char* evidenceVerdictName(EvidenceVerdict verdict) {
     case Verdict::Tampered: return "tampered";
   }
   return "unreadable";
+}
+
+const char* evidenceCheckName(EvidenceCheckKind kind) {
+  switch (kind) {
+    case Kind::Container: return "container";
+    case Kind::Manifest: return "manifest";
+    case Kind::ManifestSignature: return "manifest signature";
+    case Kind::Signer: return "signer";
+    case Kind::Document: return "document";
+    case Kind::Image: return "image";
+    case Kind::BiometricData: return "biometric data";
+    case Kind::ByteRange: return "byte range";
+    case Kind::Signature: return "signature";
+    case Kind::TimeStamp: return "time-stamp";
+    case Kind::Coverage: return "coverage";
+    case Kind::LaterRevisions: return "later revisions";
+    case Kind::Evidence: return "evidence";
+  }
+  return "container";
 }
 
 std::pair<EvidenceVerdict, std::string> worstOf(const std::vector<EvidenceCheck>& checks) {
@@ -68,13 +81,13 @@ std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::st
   else
     file = evidenceFileFromJson(sealed, &error);
   report.checks.push_back(
-      check("container", bool(file), file ? "a sealed evidence file, version 2" : error, Verdict::Unreadable));
+      check(Kind::Container, bool(file), file ? "a sealed evidence file, version 2" : error, Verdict::Unreadable));
   std::optional<ReadEvidence> read;
   if (file) {
     bool untouched = sameDigest(sha256Hex(file->manifest), file->manifestSha256);
     std::optional<EvidenceManifest> manifest;
     if (untouched) manifest = manifestFromJson(file->manifest, &error);
-    report.checks.push_back(check("manifest", bool(manifest),
+    report.checks.push_back(check(Kind::Manifest, bool(manifest),
                                   !untouched ? "the manifest does not match its SHA-256: it was changed"
                                   : manifest ? "the manifest matches its SHA-256"
                                              : error));
@@ -93,48 +106,49 @@ std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::st
     cms::SignatureCheck signature = cms::verifyDetached(*read->file.manifestSignature, read->file.manifest, trusted);
     report.signer = signature.signer;
     bool intact = !signature.signer.empty();  // the signature was checked up to its signer
-    report.checks.push_back(check("manifest signature", intact,
+    report.checks.push_back(check(Kind::ManifestSignature, intact,
                                   intact ? "matches the manifest, signed by " + signature.signer : signature.reason,
                                   intact ? Verdict::Tampered : signature.verdict));
     if (intact)
-      report.checks.push_back(check("signer", signature.verdict == Verdict::Valid,
+      report.checks.push_back(check(Kind::Signer, signature.verdict == Verdict::Valid,
                                     signature.verdict == Verdict::Valid
                                         ? signature.signer + " chains to a trusted certificate"
                                         : signature.reason,
                                     Verdict::Untrusted));
   } else if (signatureRequired) {
     report.checks.push_back(
-        check("manifest signature", false, "the manifest is hashed, not signed", Verdict::Unsigned));
+        check(Kind::ManifestSignature, false, "the manifest is hashed, not signed", Verdict::Unsigned));
   }
   if (document) report.checks.push_back(document(manifest));
   bool imageMatches = sameDigest(sha256Hex(read->file.image), manifest.imageSha256);
-  report.checks.push_back(check("image", imageMatches, imageMatches ? "untouched" : "changed since sealing"));
+  report.checks.push_back(check(Kind::Image, imageMatches, imageMatches ? "untouched" : "changed since sealing"));
   bool bioMatches = sameDigest(sha256Hex(read->file.biometricData), manifest.biometricSha256);
-  report.checks.push_back(check("biometric data", bioMatches, bioMatches ? "untouched" : "changed since sealing"));
+  report.checks.push_back(check(Kind::BiometricData, bioMatches, bioMatches ? "untouched" : "changed since sealing"));
   concludeVerification(report);
   return read;
 }
 
 std::array<uint8_t, 32> documentSha256Of(std::string_view document) { return sha256Digest(document); }
 
-std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, EvidenceError* error) {
+Result<std::string> sealEvidence(const EvidenceSealRequest& request) {
   const RecordFile& record = request.record;
   if (!record.strokes || record.strokes->empty())
-    return failWith<std::string>(error, Code::InvalidArgument, "the record has no strokes");
+    return Error{Code::InvalidArgument, "the record has no strokes"};
   if (request.documentSize == 0)
-    return failWith<std::string>(error, Code::InvalidArgument, "the document is empty: there is nothing to bind");
+    return Error{Code::InvalidArgument, "the document is empty: there is nothing to bind"};
   std::string reason;
   if (!decodeSignaturePng(bytesOf(record.png), &reason))
-    return failWith<std::string>(error, Code::InvalidArgument, "the record's image: " + reason);
+    return Error{Code::InvalidArgument, "the record's image: " + reason};
   bool signs = !request.manifestSigner.certificate.empty() || !request.manifestSigner.key.empty();
 
   BiometricDocument biometric{hexString(request.documentSha256), request.documentSize, sha256Hex(bytesOf(record.png)),
                               record};
   // The biometric data exists in plain text only in memory, on its way into the envelope.
   std::string plaintext = biometricDocumentToJson(biometric);
-  std::optional<std::string> enveloped = cms::envelope(plaintext, request.examinerCertificate, error);
+  Error error;
+  std::optional<std::string> enveloped = cms::envelope(plaintext, request.examinerCertificate, &error);
   OPENSSL_cleanse(plaintext.data(), plaintext.size());
-  if (!enveloped) return std::nullopt;
+  if (!enveloped) return error;
 
   EvidenceFile file;
   file.image.assign(bytesOf(record.png));
@@ -153,19 +167,18 @@ std::optional<std::string> sealEvidence(const EvidenceSealRequest& request, Evid
   file.manifest = manifestToJson(manifest);
   file.manifestSha256 = sha256Hex(file.manifest);
   if (signs) {
-    file.manifestSignature = cms::signDetached(file.manifest, request.manifestSigner, false, "", error);
-    if (!file.manifestSignature) return std::nullopt;
+    file.manifestSignature = cms::signDetached(file.manifest, request.manifestSigner, false, "", &error);
+    if (!file.manifestSignature) return error;
   }
   std::string sealed = evidenceFileToJson(file);
   if (sealed.size() > kLargestSealedFile)
-    return failWith<std::string>(error, Code::InvalidArgument,
-                                 "the sealed file would be larger than any sealed file is read (256 MiB)");
+    return Error{Code::InvalidArgument, "the sealed file would be larger than any sealed file is read (256 MiB)"};
   return sealed;
 }
 
-std::optional<std::string> sealSignatureForDocument(const QnSignature& record, std::string_view document,
-                                                    std::string_view documentName, std::string_view examinerCertificate,
-                                                    const EvidenceSigner& manifestSigner, EvidenceError* error) {
+Result<std::string> sealSignatureForDocument(const QnSignature& record, std::string_view document,
+                                             std::string_view documentName, std::string_view examinerCertificate,
+                                             const EvidenceSigner& manifestSigner) {
   EvidenceSealRequest request;
   request.record.strokes = record.rawPoints();
   if (record.imageData()) request.record.png = *record.imageData();
@@ -178,20 +191,20 @@ std::optional<std::string> sealSignatureForDocument(const QnSignature& record, s
   request.documentName = documentName;
   request.examinerCertificate = examinerCertificate;
   request.manifestSigner = manifestSigner;
-  return sealEvidence(request, error);
+  return sealEvidence(request);
 }
 
 // The document must be exactly the one sealed: the same size and digest, nothing added.
 static DocumentCheck exactDocument(std::string_view document) {
   return [document](const EvidenceManifest& manifest) {
     if (document.size() == manifest.documentSize && sameDigest(sha256Hex(document), manifest.documentSha256))
-      return check("document", true, "the document is the one sealed");
+      return check(Kind::Document, true, "the document is the one sealed");
     if (document.size() > manifest.documentSize &&
         sameDigest(sha256Hex(document.substr(0, manifest.documentSize)), manifest.documentSha256))
       return check(
-          "document", false,
+          Kind::Document, false,
           std::to_string(document.size() - manifest.documentSize) + " bytes were added after the document sealed");
-    return check("document", false, "the document is not the one sealed");
+    return check(Kind::Document, false, "the document is not the one sealed");
   };
 }
 
@@ -202,44 +215,51 @@ EvidenceVerification verifyEvidence(std::string_view sealed, std::string_view do
   return report;
 }
 
-std::optional<RecordFile> openCheckedEvidence(const ReadEvidence& evidence, std::string_view examinerKey,
-                                              EvidenceError* error) {
-  std::optional<std::string> plaintext = cms::openEnvelope(evidence.file.biometricData, examinerKey, error);
-  if (!plaintext) return std::nullopt;
+ErrorCode errorCodeOfVerdict(EvidenceVerdict verdict) {
+  switch (verdict) {
+    case Verdict::Unsigned: return Code::Unsigned;
+    case Verdict::Untrusted: return Code::Untrusted;
+    case Verdict::ModifiedAfterSigning:
+    case Verdict::Tampered: return Code::Tampered;
+    case Verdict::Valid:
+    case Verdict::Unreadable: break;
+  }
+  return Code::Unreadable;
+}
+
+Result<RecordFile> openCheckedEvidence(const ReadEvidence& evidence, std::string_view examinerKey) {
+  Error error;
+  std::optional<std::string> plaintext = cms::openEnvelope(evidence.file.biometricData, examinerKey, &error);
+  if (!plaintext) return error;
   std::string reason;
   std::optional<BiometricDocument> biometric = biometricDocumentFromJson(*plaintext, &reason);
   OPENSSL_cleanse(plaintext->data(), plaintext->size());
-  if (!biometric) return failWith<RecordFile>(error, Code::Unreadable, reason);
+  if (!biometric) return Error{Code::Unreadable, reason};
   const EvidenceManifest& manifest = evidence.manifest;
   if (!sameDigest(biometric->documentSha256, manifest.documentSha256) ||
       biometric->documentSize != manifest.documentSize)
-    return failWith<RecordFile>(error, Code::Tampered, "the biometric data was sealed for another document");
+    return Error{Code::Tampered, "the biometric data was sealed for another document"};
   if (!sameDigest(biometric->imageSha256, manifest.imageSha256) || biometric->record.hash != manifest.hash ||
       biometric->record.timestamp != manifest.timestamp)
-    return failWith<RecordFile>(error, Code::Tampered, "the biometric data was sealed with another signing");
+    return Error{Code::Tampered, "the biometric data was sealed with another signing"};
   RecordFile record = std::move(biometric->record);
   record.png.assign(evidence.file.image.begin(), evidence.file.image.end());
   record.device = manifest.device;
   return record;
 }
 
-std::optional<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey,
-                                       const EvidenceVerifyOptions& options, EvidenceError* error,
-                                       EvidenceVerification* verification, std::optional<std::string_view> document) {
+Result<RecordFile> openEvidence(std::string_view sealed, std::string_view examinerKey,
+                                const EvidenceVerifyOptions& options, EvidenceVerification* verification,
+                                std::optional<std::string_view> document) {
   EvidenceVerification report;
   std::optional<ReadEvidence> read = checkSealedEvidence(sealed, options.trustedCertificates, true,
                                                          document ? exactDocument(*document) : nullptr, report);
   if (verification) *verification = report;
-  static const std::map<Verdict, Code> kCodes{{Verdict::Unreadable, Code::Unreadable},
-                                              {Verdict::Unsigned, Code::Unsigned},
-                                              {Verdict::Untrusted, Code::Untrusted},
-                                              {Verdict::ModifiedAfterSigning, Code::Tampered},
-                                              {Verdict::Tampered, Code::Tampered}};
   if (!report.valid() || !read)
-    return failWith<RecordFile>(
-        error, report.valid() ? Code::Unreadable : kCodes.at(report.verdict),
-        std::string("not opened: the evidence is ") + evidenceVerdictName(report.verdict) + " (" + report.reason + ")");
-  return openCheckedEvidence(*read, examinerKey, error);
+    return Error{report.valid() ? Code::Unreadable : errorCodeOfVerdict(report.verdict),
+                 std::string("not opened: the evidence is ") + evidenceVerdictName(report.verdict) + " (" +
+                     report.reason + ")"};
+  return openCheckedEvidence(*read, examinerKey);
 }
 
 std::string evidenceVerificationToJson(const EvidenceVerification& v) {

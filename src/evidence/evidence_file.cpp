@@ -178,8 +178,8 @@ std::optional<BiometricDocument> biometricDocumentFromJson(std::string_view text
       !jsonField(strokes, "format").is_string())
     return refuse<BiometricDocument>(error, "the biometric document lacks a field or has one of the wrong type");
   BiometricDocument b;
-  std::optional<RecordFile> read = recordFromJson(record.dump(), error);
-  if (!read) return std::nullopt;
+  Result<RecordFile> read = recordFromJson(record.dump());
+  if (!read) return refuse<BiometricDocument>(error, read.error().message.c_str());
   b.documentSha256 = jsonField(sealedFor, "sha256").get<std::string>();
   b.documentSize = jsonField(sealedFor, "size").get<uint64_t>();
   b.imageSha256 = jsonField(document, "imageSha256").get<std::string>();

@@ -28,7 +28,7 @@ std::string reasonWithOpenSsl(const std::string& why) {
   return text;
 }
 
-std::nullopt_t fail(EvidenceError* error, EvidenceErrorCode code, const std::string& why) {
+std::nullopt_t fail(Error* error, ErrorCode code, const std::string& why) {
   std::string text = reasonWithOpenSsl(why);
   if (error) *error = {code, text};
   return std::nullopt;

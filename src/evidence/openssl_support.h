@@ -32,7 +32,7 @@ using CertificatesPtr = std::unique_ptr<STACK_OF(X509), Deleter<STACK_OF(X509), 
 
 // Sets *error (when given) to the code and the reason, with OpenSSL's first queued error appended;
 // clears OpenSSL's queue. Answers nothing, for `return fail(...)`.
-std::nullopt_t fail(EvidenceError* error, EvidenceErrorCode code, const std::string& why);
+std::nullopt_t fail(Error* error, ErrorCode code, const std::string& why);
 // The same for callers that keep the reason as text.
 std::string reasonWithOpenSsl(const std::string& why);
 

@@ -8,12 +8,13 @@
 
 #include <charconv>
 #include <set>
+#include <stdexcept>
 
 namespace scrivlet::pdf {
 
 namespace {
 
-using Code = EvidenceErrorCode;
+using Code = ErrorCode;
 constexpr size_t kMostRevisions = 1000;
 
 std::optional<long long> numberAfter(std::string_view text, std::string_view key) {
@@ -119,7 +120,8 @@ class LimitedBuffer : public Pipeline {
   void write(unsigned char const* data, size_t size) override {
     if (size > limit_ - std::min(limit_, bytes.size())) {
       overflowed = true;
-      throw std::length_error("the embedded file inflates past its limit");  // stops the inflating
+      // A pipeline stops qpdf only by throwing; pipeStreamData catches it and reports a failed decode.
+      throw std::length_error("the embedded file inflates past its limit");
     }
     bytes.append(reinterpret_cast<const char*>(data), size);
   }
@@ -133,27 +135,29 @@ class LimitedBuffer : public Pipeline {
 
 }  // namespace
 
-std::vector<size_t> revisionEnds(std::string_view pdf) {
+Result<std::vector<size_t>> revisionEnds(std::string_view pdf) {
   std::vector<size_t> ends{pdf.size()};
-  long long section = lastCrossReferenceOffset(pdf);
+  Result<long long> last = lastCrossReferenceOffset(pdf);
+  if (!last) return last.error();
+  long long section = *last;
   std::set<long long> seen{section};
   while (std::optional<long long> previous = previousSection(pdf, size_t(section))) {
     // A first-page section of a linearized file points forwards: it does not start a revision.
     if (*previous >= section || size_t(*previous) >= pdf.size()) break;
     if (!seen.insert(*previous).second || seen.size() > kMostRevisions)
-      throw Refusal(Code::Unreadable, "the PDF's cross-reference sections loop or are too many");
+      return Error{Code::Unreadable, "the PDF's cross-reference sections loop or are too many"};
     std::optional<size_t> end = endOfRevisionNaming(pdf, *previous, size_t(section));
     if (!end) break;
     ends.push_back(*end);
     section = *previous;
   }
-  return {ends.rbegin(), ends.rend()};
+  return std::vector<size_t>(ends.rbegin(), ends.rend());
 }
 
-std::vector<std::string> changesBeyondSignatures(std::string_view pdf, size_t before, size_t after) {
+Result<std::vector<std::string>> changesBeyondSignatures(std::string_view pdf, size_t before, size_t after) {
   QPDF older, newer;
-  open(older, pdf.substr(0, before), "the signed revision");
-  open(newer, pdf.substr(0, after), "a later revision");
+  if (std::optional<Error> refused = open(older, pdf.substr(0, before), "the signed revision")) return *refused;
+  if (std::optional<Error> refused = open(newer, pdf.substr(0, after), "a later revision")) return *refused;
   std::vector<std::string> changes;
   if (newer.anyWarnings()) changes.push_back("the revision's cross-reference does not read cleanly");
   auto oldTable = older.getXRefTable(), newTable = newer.getXRefTable();

@@ -24,8 +24,7 @@ namespace scrivlet {
 
 namespace {
 
-using pdf::Refusal;
-using Code = EvidenceErrorCode;
+using Code = ErrorCode;
 
 // Room for the CMS signature: the signer's chain and a time-stamp token fit several times over.
 constexpr size_t kReservedSignatureBytes = 16384;
@@ -36,20 +35,22 @@ std::string text(std::string_view bytes) { return QPDFObjectHandle::newString(st
 
 // The sealed file must be intact and made for exactly this PDF; a signed manifest must match its
 // signature (its signer is judged when verifying, against the verifier's trust).
-ReadEvidence checkedEvidence(std::string_view pdf, const std::string& sealed) {
+Result<ReadEvidence> checkedEvidence(std::string_view pdf, const std::string& sealed) {
   EvidenceVerification report;
   auto document = [pdf](const EvidenceManifest& manifest) {
     bool same = pdf.size() == manifest.documentSize && sameDigest(sha256Hex(pdf), manifest.documentSha256);
-    return EvidenceCheck{"document", same, same ? "" : "the PDF is not the document the evidence was sealed with",
+    return EvidenceCheck{EvidenceCheckKind::Document, evidenceCheckName(EvidenceCheckKind::Document), same,
+                         same ? "" : "the PDF is not the document the evidence was sealed with",
                          EvidenceVerdict::Tampered};
   };
   std::optional<ReadEvidence> read = checkSealedEvidence(sealed, "", false, document, report);
   for (const EvidenceCheck& check : report.checks)
-    if (!check.passed && check.name != "signer")
-      throw Refusal(check.name == "document"                       ? Code::NotThisDocument
-                    : check.failure == EvidenceVerdict::Unreadable ? Code::Unreadable
-                                                                   : Code::Tampered,
-                    "the sealed evidence: " + check.name + ": " + check.detail);
+    if (!check.passed && check.kind != EvidenceCheckKind::Signer)
+      return Error{check.kind == EvidenceCheckKind::Document       ? Code::NotThisDocument
+                   : check.failure == EvidenceVerdict::Unreadable ? Code::Unreadable
+                                                                  : Code::Tampered,
+                   "the sealed evidence: " + check.name + ": " + check.detail};
+  if (!read) return Error{Code::Unreadable, "the sealed evidence does not read"};
   return std::move(*read);
 }
 
@@ -73,15 +74,16 @@ void collectFieldNames(QPDFObjectHandle fields, std::set<std::string>& names, in
 }
 
 // The widget's appearance: the image as large as its proportions allow above the text lines, centred.
-int writeAppearance(pdf::IncrementalUpdate& update, const SignatureImage& image, double width, double height,
-                    const std::vector<std::string>& lines) {
+Result<int> writeAppearance(pdf::IncrementalUpdate& update, const SignatureImage& image, double width,
+                            double height, const std::vector<std::string>& lines) {
   std::string geometry = "/Type /XObject /Subtype /Image /Width " + std::to_string(image.width) + " /Height " +
                          std::to_string(image.height) + " /BitsPerComponent 8 /Filter /FlateDecode";
+  Result<std::string> alpha = pdf::deflate(image.alpha), rgb = pdf::deflate(image.rgb);
+  if (!alpha || !rgb) return alpha ? rgb.error() : alpha.error();
   std::string mask;
   if (!image.alpha.empty())
-    mask = " /SMask " +
-           pdf::reference(update.writeStream(geometry + " /ColorSpace /DeviceGray", pdf::deflate(image.alpha)));
-  int picture = update.writeStream(geometry + " /ColorSpace /DeviceRGB" + mask, pdf::deflate(image.rgb));
+    mask = " /SMask " + pdf::reference(update.writeStream(geometry + " /ColorSpace /DeviceGray", *alpha));
+  int picture = update.writeStream(geometry + " /ColorSpace /DeviceRGB" + mask, *rgb);
 
   double fontSize = std::clamp(height * 0.1, 4.0, 9.0), lineHeight = fontSize * 1.25;
   double textHeight = std::min(height / 2, lineHeight * double(lines.size()));
@@ -123,80 +125,89 @@ std::string arrayWith(QPDFObjectHandle array, int added) {
 }
 
 // Writes the byte range into its placeholder and the signature into /Contents.
-void fillSignature(std::string& file, size_t dictionaryOffset, const PdfSignatureRequest& request) {
+std::optional<Error> fillSignature(std::string& file, size_t dictionaryOffset, const PdfSignatureRequest& request) {
   size_t range = file.find("/ByteRange [", dictionaryOffset), contents = file.find("/Contents <", dictionaryOffset);
   if (range == std::string::npos || contents == std::string::npos)
-    throw Refusal(Code::Failed, "the signature has no room");
+    return Error{Code::Failed, "the signature has no room"};
   size_t gapStart = contents + 10, gapEnd = gapStart + 2 + 2 * kReservedSignatureBytes;
   std::string numbers =
       "0 " + std::to_string(gapStart) + " " + std::to_string(gapEnd) + " " + std::to_string(file.size() - gapEnd);
   size_t slot = file.find(']', range) - (range + 12);
-  if (numbers.size() > slot) throw Refusal(Code::Failed, "the byte range does not fit");
+  if (numbers.size() > slot) return Error{Code::Failed, "the byte range does not fit"};
   file.replace(range + 12, slot, numbers + std::string(slot - numbers.size(), ' '));
   std::string signedBytes = file.substr(0, gapStart) + file.substr(gapEnd);
-  EvidenceError error;
+  Error error;
   std::optional<std::string> signature =
       cms::signDetached(signedBytes, request.signer, true, request.timeStampUrl, &error);
-  if (!signature) throw Refusal(error.code, error.message);
+  if (!signature) return error;
   if (signature->size() > kReservedSignatureBytes)
-    throw Refusal(Code::Failed, "the signature is larger than the room kept for it");
+    return Error{Code::Failed, "the signature is larger than the room kept for it"};
   std::string hex = hexString(reinterpret_cast<const uint8_t*>(signature->data()), signature->size());
   file.replace(gapStart + 1, hex.size(), hex);
+  return std::nullopt;
 }
 
-std::vector<uint8_t> sign(std::string_view original, const PdfSignatureRequest& request) {
+// Everything but qpdf's own exceptions, for objects it cannot read, comes back as an error.
+Result<std::vector<uint8_t>> sign(std::string_view original, const PdfSignatureRequest& request) {
   bool finite = std::isfinite(request.x) && std::isfinite(request.y) && std::isfinite(request.width) &&
                 std::isfinite(request.height);
   if (!finite || !(request.width > 0) || !(request.height > 0))
-    throw Refusal(Code::InvalidArgument, "the rectangle is not finite and positive");
+    return Error{Code::InvalidArgument, "the rectangle is not finite and positive"};
   if (std::max({std::fabs(request.x), std::fabs(request.y), request.width, request.height}) > kMaxCoordinate)
-    throw Refusal(Code::InvalidArgument, "the rectangle lies too far out");
-  ReadEvidence evidence = checkedEvidence(original, request.sealedEvidence);
+    return Error{Code::InvalidArgument, "the rectangle lies too far out"};
+  Result<ReadEvidence> evidence = checkedEvidence(original, request.sealedEvidence);
+  if (!evidence) return evidence.error();
   std::string reason;
-  std::optional<SignatureImage> image = decodeSignaturePng(evidence.file.image, &reason);
-  if (!image) throw Refusal(Code::Unreadable, "the sealed image: " + reason);
-  EvidenceError signerError;
-  if (!ssl::loadSigner(request.signer, &signerError)) throw Refusal(signerError.code, signerError.message);
-  long long previousOffset = pdf::lastCrossReferenceOffset(original);
+  std::optional<SignatureImage> image = decodeSignaturePng(evidence->file.image, &reason);
+  if (!image) return Error{Code::Unreadable, "the sealed image: " + reason};
+  Error signerError;
+  if (!ssl::loadSigner(request.signer, &signerError)) return signerError;
+  Result<long long> previousOffset = pdf::lastCrossReferenceOffset(original);
+  if (!previousOffset) return previousOffset.error();
 
   QPDF qpdf;
-  pdf::open(qpdf, original);
+  if (std::optional<Error> refused = pdf::open(qpdf, original)) return *refused;
   std::vector<QPDFPageObjectHelper> pages = QPDFPageDocumentHelper(qpdf).getAllPages();
   if (request.page < 1 || size_t(request.page) > pages.size())
-    throw Refusal(Code::InvalidArgument, "the PDF has no page " + std::to_string(request.page) + " (it has " +
-                                             std::to_string(pages.size()) + ")");
+    return Error{Code::InvalidArgument,
+                 "the PDF has no page " + std::to_string(request.page) + " (it has " +
+                     std::to_string(pages.size()) + ")"};
   QPDFObjectHandle page = pages[size_t(request.page - 1)].getObjectHandle();
   QPDFObjectHandle trailer = qpdf.getTrailer(), catalog = trailer.getKey("/Root");
   std::map<QPDFObjGen, QPDFXRefEntry> crossReferences = qpdf.getXRefTable();
-  pdf::requireStoredObject(page, crossReferences, "page");
-  pdf::requireStoredObject(catalog, crossReferences, "catalog");
-  if (page.getObjGen() == catalog.getObjGen()) throw Refusal(Code::Unreadable, "the PDF's page is its catalog");
+  if (std::optional<Error> refused = pdf::requireStoredObject(page, crossReferences, "page")) return *refused;
+  if (std::optional<Error> refused = pdf::requireStoredObject(catalog, crossReferences, "catalog")) return *refused;
+  if (page.getObjGen() == catalog.getObjGen()) return Error{Code::Unreadable, "the PDF's page is its catalog"};
   QPDFObjectHandle form = catalog.getKey("/AcroForm");
-  if (form.isIndirect()) pdf::requireStoredObject(form, crossReferences, "form");
+  if (form.isIndirect())
+    if (std::optional<Error> refused = pdf::requireStoredObject(form, crossReferences, "form")) return *refused;
 
   std::set<std::string> fieldNames;
   collectFieldNames(form.isDictionary() ? form.getKey("/Fields") : QPDFObjectHandle::newNull(), fieldNames);
   std::string field = request.fieldName;
   for (int n = 1; field.empty(); ++n)
     if (!fieldNames.count("Signature" + std::to_string(n))) field = "Signature" + std::to_string(n);
-  if (fieldNames.count(field)) throw Refusal(Code::InvalidArgument, "the PDF already has a field named " + field);
+  if (fieldNames.count(field)) return Error{Code::InvalidArgument, "the PDF already has a field named " + field};
 
   long long size = crossReferences.empty() ? 1 : crossReferences.rbegin()->first.getObj() + 1LL;
   if (QPDFObjectHandle declared = trailer.getKey("/Size"); declared.isInteger())
     size = std::max(size, declared.getIntValue());
-  if (size > 8000000) throw Refusal(Code::Unreadable, "the PDF has too many objects");
+  if (size > 8000000) return Error{Code::Unreadable, "the PDF has too many objects"};
 
   pdf::IncrementalUpdate update(original, int(size));
   std::vector<std::string> lines;
   if (!request.signerName.empty()) lines.push_back(request.signerName);
   if (request.showDate) lines.push_back("Signed " + utcNow("%Y-%m-%d %H:%M UTC"));
-  if (request.showHash) lines.push_back("Hash " + evidence.manifest.hash);
-  int appearance = writeAppearance(update, *image, request.width, request.height, lines);
+  if (request.showHash) lines.push_back("Hash " + evidence->manifest.hash);
+  Result<int> appearance = writeAppearance(update, *image, request.width, request.height, lines);
+  if (!appearance) return appearance.error();
+  Result<std::string> packedEvidence = pdf::deflate(request.sealedEvidence);
+  if (!packedEvidence) return packedEvidence.error();
 
   std::string fileName = evidenceAttachmentName(field);
   int file = update.writeStream("/Type /EmbeddedFile /Subtype /application#2Fjson /Params << /Size " +
                                     std::to_string(request.sealedEvidence.size()) + " >> /Filter /FlateDecode",
-                                pdf::deflate(request.sealedEvidence));
+                                *packedEvidence);
   int filespec = update.writeNewObject("<< /Type /Filespec /F " + text(fileName) + " /UF " +
                                        QPDFObjectHandle::newUnicodeString(fileName).unparse() + " /EF << /F " +
                                        pdf::reference(file) + " /UF " + pdf::reference(file) +
@@ -210,7 +221,7 @@ std::vector<uint8_t> sign(std::string_view original, const PdfSignatureRequest& 
       "<< /Type /Annot /Subtype /Widget /FT /Sig /T " + QPDFObjectHandle::newUnicodeString(field).unparse() + " /V " +
       pdf::reference(signature) + " /F 132 /Rect [" + pdf::number(request.x) + " " + pdf::number(request.y) + " " +
       pdf::number(request.x + request.width) + " " + pdf::number(request.y + request.height) + "] /P " +
-      page.unparse() + " /AP << /N " + pdf::reference(appearance) + " >> /AF [" + pdf::reference(filespec) + "] >>");
+      page.unparse() + " /AP << /N " + pdf::reference(*appearance) + " >> /AF [" + pdf::reference(filespec) + "] >>");
 
   QPDFObjectHandle annotations = page.getKey("/Annots");
   if (annotations.isArray() && annotations.isIndirect() && crossReferences.count(annotations.getObjGen()))
@@ -236,8 +247,8 @@ std::vector<uint8_t> sign(std::string_view original, const PdfSignatureRequest& 
     trailerEntries += " /Info " + info.unparse();
   if (QPDFObjectHandle id = trailer.getKey("/ID"); id.isArray()) trailerEntries += " /ID " + id.unparse();
   size_t signatureOffset = update.offsetOf(signature);
-  std::string signed_ = update.finish(trailerEntries, previousOffset);
-  fillSignature(signed_, signatureOffset, request);
+  std::string signed_ = update.finish(trailerEntries, *previousOffset);
+  if (std::optional<Error> refused = fillSignature(signed_, signatureOffset, request)) return *refused;
   return std::vector<uint8_t>(signed_.begin(), signed_.end());
 }
 
@@ -247,22 +258,12 @@ std::string evidenceAttachmentName(std::string_view fieldName) {
   return "scrivlet-evidence-" + std::string(fieldName) + ".json";
 }
 
-std::optional<std::vector<uint8_t>> signPdf(std::string_view pdf, const PdfSignatureRequest& request,
-                                            EvidenceError* error) {
-  EvidenceError failure;
+Result<std::vector<uint8_t>> signPdf(std::string_view pdf, const PdfSignatureRequest& request) {
   try {
     return sign(pdf, request);
-  } catch (const Refusal& refusal) {
-    failure = {refusal.code, refusal.what()};
-  } catch (const std::exception& exception) {  // qpdf's, for input it cannot read
-    failure = {Code::Unreadable, std::string("the PDF cannot be read: ") + exception.what()};
-  } catch (...) {
-    failure = {Code::Unreadable, "the PDF cannot be read"};
+  } catch (const std::exception& exception) {  // qpdf's, for objects it cannot read
+    return pdf::unreadablePdf(exception);
   }
-  for (char& c : failure.message)
-    if (c == '\n' || c == '\r') c = ' ';
-  if (error) *error = failure;
-  return std::nullopt;
 }
 
 }  // namespace scrivlet

@@ -46,12 +46,12 @@ std::string unparseWith(QPDFObjectHandle dictionary, const std::map<std::string,
   return text + " >>";
 }
 
-std::string deflate(std::string_view data) {
+Result<std::string> deflate(std::string_view data) {
   uLongf size = compressBound(uLong(data.size()));
   std::string packed(size, '\0');
   if (compress2(reinterpret_cast<Bytef*>(packed.data()), &size, reinterpret_cast<const Bytef*>(data.data()),
                 uLong(data.size()), Z_DEFAULT_COMPRESSION) != Z_OK)
-    throw Refusal(EvidenceErrorCode::Failed, "the data could not be compressed");
+    return Error{ErrorCode::Failed, "the data could not be compressed"};
   packed.resize(size);
   return packed;
 }
@@ -59,11 +59,11 @@ std::string deflate(std::string_view data) {
 // The offset given by the file's last "startxref", which an update names as /Prev. It must sit in
 // the tail, be followed by %%EOF and point at a cross-reference table or stream: a file cut short or
 // patched carelessly could otherwise gain an update that readers chain to the wrong section.
-long long lastCrossReferenceOffset(std::string_view file) {
+Result<long long> lastCrossReferenceOffset(std::string_view file) {
   std::string_view tail = file.substr(file.size() - std::min<size_t>(file.size(), 2048));
   size_t keyword = tail.rfind("startxref");
   if (keyword == std::string_view::npos)
-    throw Refusal(EvidenceErrorCode::Unreadable, "the PDF has no startxref at its end");
+    return Error{ErrorCode::Unreadable, "the PDF has no startxref at its end"};
   std::string_view rest = tail.substr(keyword + 9);
   auto skipSpace = [](std::string_view text) {
     return text.substr(std::min(text.size(), text.find_first_not_of(" \t\r\n\f")));
@@ -73,19 +73,19 @@ long long lastCrossReferenceOffset(std::string_view file) {
   auto [end, failure] = std::from_chars(rest.data(), rest.data() + rest.size(), offset);
   if (failure != std::errc() || offset < 0 || size_t(offset) >= file.size() ||
       skipSpace(rest.substr(end - rest.data())).substr(0, 5) != "%%EOF")
-    throw Refusal(EvidenceErrorCode::Unreadable, "the PDF does not end with a startxref offset and %%EOF");
+    return Error{ErrorCode::Unreadable, "the PDF does not end with a startxref offset and %%EOF"};
   std::string_view section = skipSpace(file.substr(size_t(offset)));
   if (section.substr(0, 4) != "xref" && (section.empty() || section[0] < '0' || section[0] > '9'))
-    throw Refusal(EvidenceErrorCode::Unreadable, "the PDF's startxref does not point at a cross-reference section");
+    return Error{ErrorCode::Unreadable, "the PDF's startxref does not point at a cross-reference section"};
   return offset;
 }
 
 // An object the update replaces must be one the file holds, not one qpdf made up while repairing it.
-void requireStoredObject(QPDFObjectHandle object, const std::map<QPDFObjGen, QPDFXRefEntry>& crossReferences,
-                         const char* what) {
+std::optional<Error> requireStoredObject(QPDFObjectHandle object,
+                                         const std::map<QPDFObjGen, QPDFXRefEntry>& crossReferences, const char* what) {
   if (!object.isIndirect() || !object.isDictionary() || !crossReferences.count(object.getObjGen()))
-    throw Refusal(EvidenceErrorCode::Unreadable,
-                  std::string("the PDF's ") + what + " is not an object stored in the file");
+    return Error{ErrorCode::Unreadable, std::string("the PDF's ") + what + " is not an object stored in the file"};
+  return std::nullopt;
 }
 
 IncrementalUpdate::IncrementalUpdate(std::string_view original, int firstNewNumber)
@@ -130,11 +130,23 @@ std::string IncrementalUpdate::finish(const std::string& trailerEntries, long lo
   return std::move(bytes_);
 }
 
-void open(QPDF& qpdf, std::string_view pdf, const char* description) {
-  if (pdf.size() > kLargestPdf) throw Refusal(EvidenceErrorCode::Unreadable, "the PDF is larger than 512 MiB");
+std::optional<Error> open(QPDF& qpdf, std::string_view pdf, const char* description) {
+  if (pdf.size() > kLargestPdf) return Error{ErrorCode::Unreadable, "the PDF is larger than 512 MiB"};
   qpdf.setSuppressWarnings(true);
-  qpdf.processMemoryFile(description, pdf.data(), pdf.size());
-  if (qpdf.isEncrypted()) throw Refusal(EvidenceErrorCode::Unreadable, "the PDF is encrypted");
+  try {
+    qpdf.processMemoryFile(description, pdf.data(), pdf.size());
+  } catch (const std::exception& exception) {
+    return unreadablePdf(exception);
+  }
+  if (qpdf.isEncrypted()) return Error{ErrorCode::Unreadable, "the PDF is encrypted"};
+  return std::nullopt;
+}
+
+Error unreadablePdf(const std::exception& exception) {
+  Error error{ErrorCode::Unreadable, std::string("the PDF cannot be read: ") + exception.what()};
+  for (char& c : error.message)
+    if (c == '\n' || c == '\r') c = ' ';
+  return error;
 }
 
 }  // namespace scrivlet::pdf

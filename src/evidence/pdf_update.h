@@ -10,17 +10,12 @@
 #include <qpdf/QPDF.hh>
 
 #include <map>
-#include <stdexcept>
+#include <exception>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace scrivlet::pdf {
-
-// A reason not to go on, carried up to the public call and reported there with its code.
-struct Refusal : std::runtime_error {
-  Refusal(EvidenceErrorCode code, const std::string& why) : std::runtime_error(why), code(code) {}
-  EvidenceErrorCode code;
-};
 
 // PDFs larger than this are refused unread.
 inline constexpr size_t kLargestPdf = size_t(512) << 20;
@@ -33,17 +28,22 @@ std::string reference(int number);
 // The dictionary as PDF text, with `replaced` entries (name without the slash -> PDF text) in place of
 // or beside its own. Entries that are indirect stay references to the original objects.
 std::string unparseWith(QPDFObjectHandle dictionary, const std::map<std::string, std::string>& replaced);
-std::string deflate(std::string_view data);
+Result<std::string> deflate(std::string_view data);
 
 // The offset given by the file's last "startxref", which an update names as /Prev.
-long long lastCrossReferenceOffset(std::string_view pdf);
+Result<long long> lastCrossReferenceOffset(std::string_view pdf);
 
-// Opens the PDF in qpdf (warnings kept quiet), refusing one that is too large or encrypted.
-void open(QPDF& qpdf, std::string_view pdf, const char* description = "PDF");
+// Opens the PDF in qpdf (warnings kept quiet), refusing one that is too large, does not read or is
+// encrypted.
+std::optional<Error> open(QPDF& qpdf, std::string_view pdf, const char* description = "PDF");
+
+// What qpdf's exception says about a PDF it could not read, as one line. qpdf reports damage it
+// finds while reading objects by throwing: the public calls catch there and say why with this.
+Error unreadablePdf(const std::exception& exception);
 
 // An object the update replaces must be one the file holds, not one qpdf made up while repairing it.
-void requireStoredObject(QPDFObjectHandle object, const std::map<QPDFObjGen, QPDFXRefEntry>& crossReferences,
-                         const char* what);
+std::optional<Error> requireStoredObject(QPDFObjectHandle object,
+                                         const std::map<QPDFObjGen, QPDFXRefEntry>& crossReferences, const char* what);
 
 class IncrementalUpdate {
  public:

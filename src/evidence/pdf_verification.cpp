@@ -16,9 +16,9 @@ namespace scrivlet {
 
 namespace {
 
-using pdf::Refusal;
 using Verdict = EvidenceVerdict;
-using Code = EvidenceErrorCode;
+using Kind = EvidenceCheckKind;
+using Code = ErrorCode;
 
 struct SignatureField {
   std::string name;
@@ -56,9 +56,11 @@ time_t pdfDate(const std::string& text) {
   return sign == '+' ? utc - offset : sign == '-' ? utc + offset : utc;
 }
 
-EvidenceCheck passed(const char* name, std::string detail) { return {name, true, std::move(detail), Verdict::Valid}; }
-EvidenceCheck failed(const char* name, Verdict verdict, std::string detail) {
-  return {name, false, std::move(detail), verdict};
+EvidenceCheck passed(Kind kind, std::string detail) {
+  return {kind, evidenceCheckName(kind), true, std::move(detail), Verdict::Valid};
+}
+EvidenceCheck failed(Kind kind, Verdict verdict, std::string detail) {
+  return {kind, evidenceCheckName(kind), false, std::move(detail), verdict};
 }
 
 struct SignedRange {
@@ -90,11 +92,13 @@ std::optional<SignedRange> signedRangeOf(std::string_view pdf, QPDFObjectHandle 
   return r;
 }
 
-// The checks of one signature; the evidence it carries is kept in *evidence when it reads.
-PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureField& field,
-                                         const std::vector<size_t>& ends,
-                                         const std::map<size_t, std::vector<std::string>>& signaturesEnding,
-                                         const EvidenceVerifyOptions& options, std::optional<ReadEvidence>* evidence) {
+// The checks of one signature; the evidence it carries is kept in *evidence when it reads. An error
+// when a revision of the PDF does not read at all.
+Result<PdfSignatureVerification> verifySignature(std::string_view pdf, const SignatureField& field,
+                                                 const std::vector<size_t>& ends,
+                                                 const std::map<size_t, std::vector<std::string>>& signaturesEnding,
+                                                 const EvidenceVerifyOptions& options,
+                                                 std::optional<ReadEvidence>* evidence) {
   PdfSignatureVerification s;
   s.field = field.name;
   auto conclude = [&] {
@@ -106,15 +110,16 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
   auto revision = range ? std::find(ends.begin(), ends.end(), range->end) : ends.end();
   if (!range || revision == ends.end()) {
     s.checks.push_back(
-        failed("byte range", Verdict::Tampered, range ? "the signed bytes do not end a revision" : problem));
+        failed(Kind::ByteRange, Verdict::Tampered, range ? "the signed bytes do not end a revision" : problem));
     return conclude();
   }
   size_t index = size_t(revision - ends.begin());
-  s.checks.push_back(passed("byte range", "bytes 0 to " + std::to_string(range->end) + " but the signature's own"));
+  s.checks.push_back(passed(Kind::ByteRange, "bytes 0 to " + std::to_string(range->end) + " but the signature's own"));
 
   std::string subFilter = field.value.getKey("/SubFilter").unparse();
   if (subFilter != "/ETSI.CAdES.detached" && subFilter != "/adbe.pkcs7.detached") {
-    s.checks.push_back(failed("signature", Verdict::Unreadable, "a signature of kind " + subFilter + " is not read"));
+    s.checks.push_back(
+        failed(Kind::Signature, Verdict::Unreadable, "a signature of kind " + subFilter + " is not read"));
     return conclude();
   }
   std::string signedBytes =
@@ -126,30 +131,33 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
   s.timeStamped = cms.timeStamped;
   s.signingTime = cms.signer.empty() ? "" : ssl::isoTime(cms.signingTime);
   if (cms.signer.empty()) {
-    s.checks.push_back(failed("signature", cms.verdict, cms.reason));
+    s.checks.push_back(failed(Kind::Signature, cms.verdict, cms.reason));
     return conclude();
   }
   if (subFilter == "/ETSI.CAdES.detached" && !cms.signingCertificateV2)
-    s.checks.push_back(failed("signature", Verdict::Untrusted, "a CAdES signature without signing-certificate-v2"));
+    s.checks.push_back(failed(Kind::Signature, Verdict::Untrusted, "a CAdES signature without signing-certificate-v2"));
   else
-    s.checks.push_back(passed("signature", "matches the signed bytes, signed by " + cms.signer));
-  s.checks.push_back(cms.verdict == Verdict::Valid ? passed("signer", cms.signer + " chains to a trusted certificate")
-                                                   : failed("signer", Verdict::Untrusted, cms.reason));
+    s.checks.push_back(passed(Kind::Signature, "matches the signed bytes, signed by " + cms.signer));
+  s.checks.push_back(cms.verdict == Verdict::Valid
+                         ? passed(Kind::Signer, cms.signer + " chains to a trusted certificate")
+                         : failed(Kind::Signer, Verdict::Untrusted, cms.reason));
   if (cms.timeStamped)
     s.checks.push_back(cms.timeStampDetail.rfind("time-stamped", 0) == 0
-                           ? passed("time-stamp", cms.timeStampDetail)
-                           : failed("time-stamp", Verdict::Untrusted, cms.timeStampDetail));
+                           ? passed(Kind::TimeStamp, cms.timeStampDetail)
+                           : failed(Kind::TimeStamp, Verdict::Untrusted, cms.timeStampDetail));
 
   s.coversWholeDocument = range->end == pdf.size();
   s.laterRevisions = ends.size() - 1 - index;
-  s.checks.push_back(passed("coverage", s.coversWholeDocument
+  s.checks.push_back(passed(Kind::Coverage, s.coversWholeDocument
                                             ? "covers the whole document"
                                             : "covers the document up to byte " + std::to_string(range->end) + " of " +
                                                   std::to_string(pdf.size())));
   std::vector<std::string> later;
   for (size_t next = index + 1; next < ends.size(); ++next) {
     auto signers = signaturesEnding.find(ends[next]);
-    std::vector<std::string> changes = pdf::changesBeyondSignatures(pdf, ends[next - 1], ends[next]);
+    Result<std::vector<std::string>> changed = pdf::changesBeyondSignatures(pdf, ends[next - 1], ends[next]);
+    if (!changed) return changed.error();
+    std::vector<std::string> changes = std::move(*changed);
     if (signers == signaturesEnding.end()) changes.insert(changes.begin(), "not signed");
     std::string what = "revision " + std::to_string(next + 1) +
                        (signers == signaturesEnding.end() ? "" : " (signature " + signers->second.front() + ")");
@@ -161,41 +169,45 @@ PdfSignatureVerification verifySignature(std::string_view pdf, const SignatureFi
                              : "modified after signing: " + later.front() +
                                    (later.size() > 1 ? " (and " + std::to_string(later.size() - 1) + " more)" : "");
     s.checks.push_back(later.empty() || options.allowLaterChanges
-                           ? passed("later revisions", detail + (later.empty() ? "" : " (allowed)"))
-                           : failed("later revisions", Verdict::ModifiedAfterSigning, detail));
+                           ? passed(Kind::LaterRevisions, detail + (later.empty() ? "" : " (allowed)"))
+                           : failed(Kind::LaterRevisions, Verdict::ModifiedAfterSigning, detail));
   }
 
   // The evidence as the signed revision holds it: a later revision cannot replace it.
   QPDF signedRevision;
-  pdf::open(signedRevision, pdf.substr(0, range->end), "the signed revision");
+  if (std::optional<Error> refused = pdf::open(signedRevision, pdf.substr(0, range->end), "the signed revision"))
+    return *refused;
   std::string reason;
   std::optional<std::string> sealed =
       pdf::boundedEmbeddedFile(signedRevision, evidenceAttachmentName(field.name), kLargestSealedFile, &reason);
   if (!sealed) {
-    s.checks.push_back(reason.find("holds no") != std::string::npos ? passed("evidence", "none: " + reason)
-                                                                    : failed("evidence", Verdict::Tampered, reason));
+    s.checks.push_back(reason.find("holds no") != std::string::npos
+                           ? passed(Kind::Evidence, "none: " + reason)
+                           : failed(Kind::Evidence, Verdict::Tampered, reason));
     return conclude();
   }
   size_t revisionStart = index == 0 ? 0 : ends[index - 1];
   auto document = [&](const EvidenceManifest& manifest) {
     bool same = index > 0 && manifest.documentSize == revisionStart &&
                 sameDigest(sha256Hex(pdf.substr(0, revisionStart)), manifest.documentSha256);
-    return same ? passed("document", "the PDF as it was before this signature is the one sealed")
-                : failed("document", Verdict::Tampered, "the evidence was sealed with another document");
+    return same ? passed(Kind::Document, "the PDF as it was before this signature is the one sealed")
+                : failed(Kind::Document, Verdict::Tampered, "the evidence was sealed with another document");
   };
   EvidenceVerification report;
   *evidence = checkSealedEvidence(*sealed, options.trustedCertificates, false, document, report);
-  s.checks.push_back(report.valid() ? passed("evidence", "sealed for this PDF, intact")
-                                    : failed("evidence", report.verdict, report.reason));
+  s.checks.push_back(report.valid() ? passed(Kind::Evidence, "sealed for this PDF, intact")
+                                    : failed(Kind::Evidence, report.verdict, report.reason));
   s.evidence = std::move(report);
   return conclude();
 }
 
-void verifyInto(std::string_view pdf, const EvidenceVerifyOptions& options, PdfVerification& result,
-                std::map<std::string, ReadEvidence>* evidences) {
+std::optional<Error> verifyInto(std::string_view pdf, const EvidenceVerifyOptions& options, PdfVerification& result,
+                                std::map<std::string, ReadEvidence>* evidences) {
   QPDF qpdf;
-  pdf::open(qpdf, pdf);
-  std::vector<size_t> ends = pdf::revisionEnds(pdf);
+  if (std::optional<Error> refused = pdf::open(qpdf, pdf)) return refused;
+  Result<std::vector<size_t>> revisions = pdf::revisionEnds(pdf);
+  if (!revisions) return revisions.error();
+  const std::vector<size_t>& ends = *revisions;
   result.revisions = ends.size();
   std::vector<SignatureField> fields;
   std::set<QPDFObjGen> seen;
@@ -203,7 +215,7 @@ void verifyInto(std::string_view pdf, const EvidenceVerifyOptions& options, PdfV
   if (form.isDictionary()) collectSignatures(form.getKey("/Fields"), "", QPDFObjectHandle::newNull(), fields, seen);
   if (fields.empty()) {
     result.verdict = Verdict::Unsigned, result.reason = "the PDF has no signature";
-    return;
+    return std::nullopt;
   }
   std::map<size_t, std::vector<std::string>> signaturesEnding;
   for (const SignatureField& field : fields) {
@@ -213,7 +225,9 @@ void verifyInto(std::string_view pdf, const EvidenceVerifyOptions& options, PdfV
   }
   for (const SignatureField& field : fields) {
     std::optional<ReadEvidence> evidence;
-    result.signatures.push_back(verifySignature(pdf, field, ends, signaturesEnding, options, &evidence));
+    Result<PdfSignatureVerification> verified = verifySignature(pdf, field, ends, signaturesEnding, options, &evidence);
+    if (!verified) return verified.error();
+    result.signatures.push_back(std::move(*verified));
     if (evidence && evidences) evidences->emplace(field.name, std::move(*evidence));
   }
   std::stable_sort(result.signatures.begin(), result.signatures.end(),
@@ -223,24 +237,21 @@ void verifyInto(std::string_view pdf, const EvidenceVerifyOptions& options, PdfV
   result.verdict = Verdict::Valid;
   for (const PdfSignatureVerification& s : result.signatures)
     if (s.verdict > result.verdict) result.verdict = s.verdict, result.reason = s.field + ": " + s.reason;
+  return std::nullopt;
 }
 
 PdfVerification verifyGuarded(std::string_view pdf, const EvidenceVerifyOptions& options,
                               std::map<std::string, ReadEvidence>* evidences) {
   PdfVerification result;
+  std::optional<Error> refused;
   try {
-    verifyInto(pdf, options, result, evidences);
-    return result;
-  } catch (const Refusal& refusal) {
-    result.reason = refusal.what();
-  } catch (const std::exception& exception) {  // qpdf's, for input it cannot read
-    result.reason = std::string("the PDF cannot be read: ") + exception.what();
-  } catch (...) {
-    result.reason = "the PDF cannot be read";
+    refused = verifyInto(pdf, options, result, evidences);
+  } catch (const std::exception& exception) {  // qpdf's, for objects it cannot read
+    refused = pdf::unreadablePdf(exception);
   }
-  for (char& c : result.reason)
-    if (c == '\n' || c == '\r') c = ' ';
+  if (!refused) return result;
   result.verdict = Verdict::Unreadable;
+  result.reason = refused->message;
   result.signatures.clear();
   return result;
 }
@@ -257,30 +268,21 @@ PdfVerification verifyPdf(std::string_view pdf, const EvidenceVerifyOptions& opt
   return verifyGuarded(pdf, options, nullptr);
 }
 
-std::optional<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldName,
-                                          std::string_view examinerKey, const EvidenceVerifyOptions& options,
-                                          EvidenceError* error, PdfVerification* verification) {
+Result<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldName, std::string_view examinerKey,
+                                   const EvidenceVerifyOptions& options, PdfVerification* verification) {
   std::map<std::string, ReadEvidence> evidences;
   PdfVerification result = verifyGuarded(pdf, options, &evidences);
   if (verification) *verification = result;
-  auto refuse = [&](Code code, const std::string& why) {
-    if (error) *error = {code, why};
-    return std::nullopt;
-  };
-  static const std::map<Verdict, Code> kCodes{{Verdict::Unreadable, Code::Unreadable},
-                                              {Verdict::Unsigned, Code::Unsigned},
-                                              {Verdict::Untrusted, Code::Untrusted},
-                                              {Verdict::ModifiedAfterSigning, Code::Tampered},
-                                              {Verdict::Tampered, Code::Tampered}};
   if (!result.valid())
-    return refuse(kCodes.at(result.verdict), std::string("not opened: the PDF is ") +
-                                                 evidenceVerdictName(result.verdict) + " (" + result.reason + ")");
+    return Error{errorCodeOfVerdict(result.verdict),
+                 std::string("not opened: the PDF is ") + evidenceVerdictName(result.verdict) + " (" +
+                     result.reason + ")"};
   std::string field(fieldName);
   if (field.empty() && result.signatures.size() == 1) field = result.signatures.front().field;
-  if (field.empty()) return refuse(Code::InvalidArgument, "the PDF has several signatures: name one");
+  if (field.empty()) return Error{Code::InvalidArgument, "the PDF has several signatures: name one"};
   auto found = evidences.find(field);
-  if (found == evidences.end()) return refuse(Code::InvalidArgument, "the signature " + field + " carries no evidence");
-  return openCheckedEvidence(found->second, examinerKey, error);
+  if (found == evidences.end()) return Error{Code::InvalidArgument, "the signature " + field + " carries no evidence"};
+  return openCheckedEvidence(found->second, examinerKey);
 }
 
 std::string pdfVerificationToJson(const PdfVerification& v) {

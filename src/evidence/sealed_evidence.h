@@ -35,7 +35,9 @@ void concludeVerification(EvidenceVerification& report);
 
 // The record in checked evidence, opened with the examiner's key; the plaintext must name the
 // manifest's document, image and record hash.
-std::optional<RecordFile> openCheckedEvidence(const ReadEvidence& evidence, std::string_view examinerKey,
-                                              EvidenceError* error);
+Result<RecordFile> openCheckedEvidence(const ReadEvidence& evidence, std::string_view examinerKey);
+
+// The error of opening evidence whose verification gave this verdict (other than valid).
+ErrorCode errorCodeOfVerdict(EvidenceVerdict verdict);
 
 }  // namespace scrivlet

@@ -14,7 +14,7 @@ namespace scrivlet::ssl {
 
 namespace {
 
-using Code = EvidenceErrorCode;
+using Code = ErrorCode;
 using RequestPtr = std::unique_ptr<TS_REQ, Deleter<TS_REQ, TS_REQ_free>>;
 using ResponsePtr = std::unique_ptr<TS_RESP, Deleter<TS_RESP, TS_RESP_free>>;
 using TokenPtr = std::unique_ptr<PKCS7, Deleter<PKCS7, PKCS7_free>>;
@@ -32,7 +32,7 @@ size_t collect(char* data, size_t size, size_t count, void* target) {
 }
 
 // POSTs the request as application/timestamp-query and gives the body of a 200 answer.
-std::optional<std::string> post(const std::string& url, const std::string& request, EvidenceError* error) {
+std::optional<std::string> post(const std::string& url, const std::string& request, Error* error) {
   static std::once_flag initialised;
   std::call_once(initialised, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
   std::unique_ptr<CURL, Deleter<CURL, curl_easy_cleanup>> curl(curl_easy_init());
@@ -89,7 +89,7 @@ std::string signatureValueOf(CMS_SignerInfo* signer) {
 
 }  // namespace
 
-bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, EvidenceError* error) {
+bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, Error* error) {
   std::string value = signatureValueOf(signer);
   unsigned char digest[EVP_MAX_MD_SIZE];
   unsigned size = 0;

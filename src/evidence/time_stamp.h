@@ -15,7 +15,7 @@ namespace scrivlet::ssl {
 
 // Asks the authority at `url` (http or https) to time-stamp the signer's signature value, checks that
 // the answer is granted and is for this request, and adds the token to the signer.
-bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, EvidenceError* error);
+bool addSignatureTimeStamp(CMS_SignerInfo* signer, const std::string& url, Error* error);
 
 struct TimeStampCheck {
   bool present = false, valid = false;

@@ -2,6 +2,7 @@
 #include "export/pdf_routines.h"
 
 #include "platform/cg_context.h"
+#include "platform/log.h"
 #include "platform/pdf_context.h"
 #include "render/combo_context.h"
 
@@ -43,18 +44,18 @@ QnMutableDataRef setupPDFRenderState(QnRect mediaBox) {
   std::unique_ptr<std::map<std::string, std::string>> auxiliaryInfo(
       new (std::nothrow) std::map<std::string, std::string>());
   if (!auxiliaryInfo) {
-    std::fputs("Couldn't make auxiliaryInfo dictionary.\n", stderr);
+    logLine("Couldn't make auxiliaryInfo dictionary.");
     return nullptr;
   }
   (*auxiliaryInfo)["Creator"] = kCreator;
   QnMutableDataRef data(new (std::nothrow) QnMutableData());
   if (!data) {
-    std::fputs("Couldn't make CFData!\n", stderr);
+    logLine("Couldn't make CFData!");
     return nullptr;
   }
   std::shared_ptr<QnDataConsumer> consumer = myCGDataConsumerCreateWithCFData(data);
   if (!consumer) {
-    std::fputs("Couldn't create data consumer!\n", stderr);
+    logLine("Couldn't create data consumer!");
     return nullptr;
   }
   auto pdf = std::make_shared<QnPDFContext>(
@@ -62,7 +63,7 @@ QnMutableDataRef setupPDFRenderState(QnRect mediaBox) {
       [consumer](const uint8_t* bytes, size_t count) { consumer->putBytes(consumer->info, bytes, count); },
       (*auxiliaryInfo)["Creator"]);
   if (!pdf->isValid()) {
-    std::fputs("Couldn't create PDF context!\n", stderr);
+    logLine("Couldn't create PDF context!");
     return nullptr;
   }
   pdf->context().saveGState();

@@ -64,23 +64,23 @@ class EventSax {
 
 }  // namespace
 
-std::optional<LoadError> readJsonEvents(std::string_view text, size_t mostBytes, const char* what,
-                                        JsonEventHandler& handler) {
+std::optional<Error> readJsonEvents(std::string_view text, size_t mostBytes, const char* what,
+                                    JsonEventHandler& handler) {
   if (text.size() > mostBytes)
-    return LoadError{LoadError::Code::tooLarge, std::string(what) + " of " + std::to_string(text.size()) +
-                                                    " bytes: more than the " + std::to_string(mostBytes) +
-                                                    " bytes of the largest one read"};
+    return Error{ErrorCode::TooLarge, std::string(what) + " of " + std::to_string(text.size()) +
+                                          " bytes: more than the " + std::to_string(mostBytes) +
+                                          " bytes of the largest one read"};
   EventSax sax(handler);
   if (nlohmann::json::sax_parse(text.begin(), text.end(), &sax)) return std::nullopt;
   if (sax.tooDeep())
-    return LoadError{LoadError::Code::malformed,
-                     std::string(what) + " nested deeper than " + std::to_string(kMostJsonDepth) + " levels"};
+    return Error{ErrorCode::Malformed,
+                 std::string(what) + " nested deeper than " + std::to_string(kMostJsonDepth) + " levels"};
   if (sax.syntaxErrorAt())
-    return LoadError{LoadError::Code::notJson,
-                     "not JSON: " + std::string(*sax.syntaxErrorAt() >= text.size() ? "cut short" : "a syntax error") +
-                         " at byte " + std::to_string(*sax.syntaxErrorAt())};
+    return Error{ErrorCode::NotJson,
+                 "not JSON: " + std::string(*sax.syntaxErrorAt() >= text.size() ? "cut short" : "a syntax error") +
+                     " at byte " + std::to_string(*sax.syntaxErrorAt())};
   if (handler.error) return handler.error;
-  return LoadError{LoadError::Code::malformed, std::string(what) + " that could not be read"};
+  return Error{ErrorCode::Malformed, std::string(what) + " that could not be read"};
 }
 
 }  // namespace scrivlet

@@ -2,7 +2,7 @@
 // and never a whole document in memory.
 #pragma once
 
-#include <scrivlet/load_error.h>
+#include <scrivlet/error.h>
 
 #include <cstdint>
 #include <optional>
@@ -34,7 +34,7 @@ class JsonEventHandler {
  public:
   virtual ~JsonEventHandler() = default;
   virtual bool take(const JsonEvent& event) = 0;
-  std::optional<LoadError> error;
+  std::optional<Error> error;
 
  protected:
   // Whether the event is part of a value being skipped (it is taken as such).
@@ -45,8 +45,8 @@ class JsonEventHandler {
   }
   // Skips the rest of the value that begins with the event.
   void skip(const JsonEvent& event) { skipDepth_ = event.begins() ? 1 : 0; }
-  bool stop(LoadError::Code code, std::string message) {
-    error = LoadError{code, std::move(message)};
+  bool stop(Error::Code code, std::string message) {
+    error = Error{code, std::move(message)};
     return false;
   }
 
@@ -57,7 +57,7 @@ class JsonEventHandler {
 // Hands every event of the text to the handler. What is refused: the text longer than mostBytes, not
 // JSON, nested deeper than kMostJsonDepth, or stopped by the handler (its error); `what` names the
 // document in the messages.
-std::optional<LoadError> readJsonEvents(std::string_view text, size_t mostBytes, const char* what,
-                                        JsonEventHandler& handler);
+std::optional<Error> readJsonEvents(std::string_view text, size_t mostBytes, const char* what,
+                                    JsonEventHandler& handler);
 
 }  // namespace scrivlet

@@ -50,22 +50,27 @@ std::string recordFileToJson(const RecordFile& file) {
   return out + ",\"version\":" + std::to_string(kRecordVersion) + "}";
 }
 
-std::optional<RecordFile> recordFromJson(std::string_view text, LoadError* error) {
+Result<RecordFile> recordFromJson(std::string_view text) {
   RecordReader reader;
-  std::optional<LoadError> refused = readJsonEvents(text, kMostRecordBytes, "a record file", reader);
+  std::optional<Error> refused = readJsonEvents(text, kMostRecordBytes, "a record file", reader);
   if (!refused) refused = reader.finish();
-  if (!refused) return std::move(reader.file);
-  if (error)
-    *error = *refused;
-  else
-    logLine("Scrivlet: no record read from JSON: " + refused->message);
-  return std::nullopt;
+  if (refused) return *refused;
+  return std::move(reader.file);
+}
+
+std::optional<RecordFile> recordFromJson(std::string_view text, Error* error) {
+  Result<RecordFile> file = recordFromJson(text);
+  if (!file && !error) logLine("Scrivlet: no record read from JSON: " + file.error().message);
+  return optionalOf(std::move(file), error);
 }
 
 std::optional<RecordFile> recordFromJson(std::string_view text, std::string* error) {
-  LoadError why;
-  std::optional<RecordFile> file = recordFromJson(text, error ? &why : nullptr);
-  if (!file && error) *error = why.message;
+  Error why;
+  std::optional<RecordFile> file = optionalOf(recordFromJson(text), &why);
+  if (!file) {
+    if (error) *error = why.message;
+    else logLine("Scrivlet: no record read from JSON: " + why.message);
+  }
   return file;
 }
 

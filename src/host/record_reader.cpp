@@ -21,7 +21,7 @@ bool RecordReader::take(const JsonEvent& event) {
   if (skipping(event)) return true;
   switch (place_) {
     case Place::start:
-      if (event.kind != JsonEvent::Kind::beginObject) return stop(LoadError::Code::notThisFormat, "not a JSON object");
+      if (event.kind != JsonEvent::Kind::beginObject) return stop(ErrorCode::NotThisFormat, "not a JSON object");
       place_ = Place::document;
       return true;
     case Place::document:
@@ -45,8 +45,8 @@ bool RecordReader::take(const JsonEvent& event) {
       return deviceMember(event);
     case Place::strokes:
       if (!strokes_.take(event)) {
-        LoadError why = *strokes_.error;
-        return stop(why.code == LoadError::Code::tooLarge ? why.code : LoadError::Code::malformed,
+        Error why = *strokes_.error;
+        return stop(why.code == ErrorCode::TooLarge ? why.code : ErrorCode::Malformed,
                     "strokes that do not read: " + why.message);
       }
       if (strokes_.finished()) {
@@ -56,19 +56,19 @@ bool RecordReader::take(const JsonEvent& event) {
       return true;
     case Place::finished: break;
   }
-  return stop(LoadError::Code::malformed, "more after the end of the document");
+  return stop(ErrorCode::Malformed, "more after the end of the document");
 }
 
 bool RecordReader::member(const JsonEvent& event) {
   using Kind = JsonEvent::Kind;
   if (key_ == "format") {
     if (event.kind != Kind::string || *event.text != kRecordFormat)
-      return stop(LoadError::Code::notThisFormat, "not a record document");
+      return stop(ErrorCode::NotThisFormat, "not a record document");
     return format_ = true;
   }
   if (key_ == "version") {
     if ((event.kind != Kind::integer && event.kind != Kind::unsignedInteger) || event.number != kRecordVersion)
-      return stop(LoadError::Code::unsupportedVersion, "a version this library does not read");
+      return stop(ErrorCode::UnsupportedVersion, "a version this library does not read");
     return version_ = true;
   }
   static const std::pair<const char*, unsigned> kMembers[] = {{"hash", kHash},   {"timestamp", kTimestamp},
@@ -123,11 +123,11 @@ bool RecordReader::deviceMember(const JsonEvent& event) {
   return true;
 }
 
-std::optional<LoadError> RecordReader::finish() {
-  if (!format_) return LoadError{LoadError::Code::notThisFormat, "not a record document"};
-  if (!version_) return LoadError{LoadError::Code::unsupportedVersion, "a version this library does not read"};
-  if (spoilt_) return LoadError{LoadError::Code::malformed, *spoilt_};
-  if (seen_ != kAll) return LoadError{LoadError::Code::malformed, "a hash, time, frame, image, device or strokes missing"};
+std::optional<Error> RecordReader::finish() {
+  if (!format_) return Error{ErrorCode::NotThisFormat, "not a record document"};
+  if (!version_) return Error{ErrorCode::UnsupportedVersion, "a version this library does not read"};
+  if (spoilt_) return Error{ErrorCode::Malformed, *spoilt_};
+  if (seen_ != kAll) return Error{ErrorCode::Malformed, "a hash, time, frame, image, device or strokes missing"};
   file.frame = makeRect(frame_[0], frame_[1], frame_[2], frame_[3]);
   return std::nullopt;
 }

@@ -21,7 +21,7 @@ class RecordReader : public JsonEventHandler {
  public:
   bool take(const JsonEvent& event) override;
   // Once the document is read: why it is not a record, or nothing.
-  std::optional<LoadError> finish();
+  std::optional<Error> finish();
 
   RecordFile file;
 

@@ -262,11 +262,10 @@ void SignatureSession::setStrokes(const QnStrokeListRef& strokes) {
   state_->prepareInAdvance();
 }
 
-std::optional<LoadError> SignatureSession::loadStrokes(std::string_view json) {
-  LoadError error;
-  QnStrokeListRef strokes = strokesFromJson(json, &error);
-  if (!strokes) return error;
-  setStrokes(strokes);
+std::optional<Error> SignatureSession::loadStrokes(std::string_view json) {
+  Result<QnStrokeListRef> strokes = strokesFromJson(json);
+  if (!strokes) return strokes.error();
+  setStrokes(*strokes);
   return std::nullopt;
 }
 

@@ -32,18 +32,18 @@ std::string strokesToJson(const QnStrokeListRef& strokes) {
   return out + "],\"version\":" + std::to_string(kStrokesVersion) + "}";
 }
 
-QnStrokeListRef strokesFromJson(std::string_view text, LoadError* error) {
+Result<QnStrokeListRef> strokesFromJson(std::string_view text) {
   StrokesReader reader;
-  std::optional<LoadError> refused = readJsonEvents(text, kMostStrokeJsonBytes, "a strokes document", reader);
+  std::optional<Error> refused = readJsonEvents(text, kMostStrokeJsonBytes, "a strokes document", reader);
   QnStrokeListRef strokes = refused ? nullptr : reader.result();
-  if (!strokes) {
-    const LoadError& why = refused ? *refused : *reader.error;
-    if (error)
-      *error = why;
-    else
-      logLine("Scrivlet: no strokes loaded from JSON: " + why.message);
-  }
+  if (!strokes) return refused ? *refused : *reader.error;
   return strokes;
+}
+
+QnStrokeListRef strokesFromJson(std::string_view text, Error* error) {
+  Result<QnStrokeListRef> strokes = strokesFromJson(text);
+  if (!strokes && !error) logLine("Scrivlet: no strokes loaded from JSON: " + strokes.error().message);
+  return optionalOf(std::move(strokes), error).value_or(nullptr);
 }
 
 }  // namespace scrivlet

@@ -36,7 +36,7 @@ bool StrokesReader::take(const JsonEvent& event) {
   if (skipping(event)) return true;
   switch (place_) {
     case Place::start:
-      if (event.kind != JsonEvent::Kind::beginObject) return stop(LoadError::Code::notThisFormat, "not a JSON object");
+      if (event.kind != JsonEvent::Kind::beginObject) return stop(ErrorCode::NotThisFormat, "not a JSON object");
       place_ = Place::document;
       return true;
     case Place::document:
@@ -50,7 +50,7 @@ bool StrokesReader::take(const JsonEvent& event) {
         return skip(event), true;
       }
       if (strokes_->size() >= kMostStrokes)
-        return stop(LoadError::Code::tooLarge, "more than " + std::to_string(kMostStrokes) + " strokes");
+        return stop(ErrorCode::TooLarge, "more than " + std::to_string(kMostStrokes) + " strokes");
       if (!spoilt_) strokes_->push_back(std::make_shared<QnStroke>());
       place_ = Place::stroke;
       return true;
@@ -71,18 +71,18 @@ bool StrokesReader::take(const JsonEvent& event) {
       return field(event);
     case Place::finished: break;
   }
-  return stop(LoadError::Code::malformed, "more after the end of the document");
+  return stop(ErrorCode::Malformed, "more after the end of the document");
 }
 
 bool StrokesReader::member(const JsonEvent& event) {
   if (key_ == "format") {
     if (event.kind != JsonEvent::Kind::string || *event.text != kStrokesFormat)
-      return stop(LoadError::Code::notThisFormat, "not a strokes document");
+      return stop(ErrorCode::NotThisFormat, "not a strokes document");
     format_ = *event.text;
   } else if (key_ == "version") {
     bool integer = event.kind == JsonEvent::Kind::integer || event.kind == JsonEvent::Kind::unsignedInteger;
     if (!integer || event.number != kStrokesVersion)
-      return stop(LoadError::Code::unsupportedVersion, "a version this library does not read");
+      return stop(ErrorCode::UnsupportedVersion, "a version this library does not read");
     version_ = kStrokesVersion;
   } else if (key_ == "strokes" && event.kind == JsonEvent::Kind::beginArray && !strokesSeen_) {
     strokesSeen_ = true;
@@ -114,7 +114,7 @@ bool StrokesReader::endPoint() {
   if (seen_ != kAllFields) return spoilt("a point with a field missing"), true;
   if (!std::isfinite(values_[0]) || !std::isfinite(values_[1])) return spoilt("a position that is not finite"), true;
   if (++points_ > kMostPoints)
-    return stop(LoadError::Code::tooLarge, "more than " + std::to_string(kMostPoints) + " points");
+    return stop(ErrorCode::TooLarge, "more than " + std::to_string(kMostPoints) + " points");
   if (spoilt_) return true;
   QnSignaturePoint p;
   p.location = {values_[0], values_[1]};
@@ -138,10 +138,10 @@ void StrokesReader::spoilt(std::string message) {
 
 QnStrokeListRef StrokesReader::result() {
   if (error) return nullptr;
-  if (!format_) error = LoadError{LoadError::Code::notThisFormat, "not a strokes document"};
-  else if (!version_) error = LoadError{LoadError::Code::unsupportedVersion, "a version this library does not read"};
-  else if (spoilt_) error = LoadError{LoadError::Code::malformed, *spoilt_};
-  else if (!strokesSeen_) error = LoadError{LoadError::Code::malformed, "no list of strokes"};
+  if (!format_) error = Error{ErrorCode::NotThisFormat, "not a strokes document"};
+  else if (!version_) error = Error{ErrorCode::UnsupportedVersion, "a version this library does not read"};
+  else if (spoilt_) error = Error{ErrorCode::Malformed, *spoilt_};
+  else if (!strokesSeen_) error = Error{ErrorCode::Malformed, "no list of strokes"};
   if (error) strokes_.reset();
   return error ? nullptr : std::move(strokes_);
 }

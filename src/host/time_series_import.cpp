@@ -3,7 +3,6 @@
 
 #include "capture/drawing_controller.h"
 #include "platform/narrowing.h"
-#include "platform/log.h"
 
 #include <pugixml.hpp>
 
@@ -26,10 +25,7 @@ constexpr double kHalfPi = 1.5707963267948966;
 constexpr int kPauseMilliseconds = 30;
 constexpr float kFullSpeedPointsPerSecond = 1500;
 
-QnStrokeListRef refuse(const char* why) {
-  logLine(std::string("Scrivlet: no strokes read from the time series: ") + why);
-  return nullptr;
-}
+using Code = ErrorCode;
 
 bool isLocalName(const pugi::xml_node& node, const char* name) {
   const char* full = node.name();
@@ -119,31 +115,33 @@ std::optional<float> metersPerPointOf(const pugi::xml_node& representation) {
 
 }  // namespace
 
-QnStrokeListRef strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesPen& pen) {
+Result<QnStrokeListRef> strokesFromTimeSeriesXml(std::string_view xml, const TimeSeriesPen& pen) {
   pugi::xml_document document;
   // Each element's text kept in the element itself, not in a node of its own: half the nodes.
   if (!document.load_buffer(xml.data(), xml.size(), pugi::parse_default | pugi::parse_embed_pcdata, pugi::encoding_utf8))
-    return refuse("not well-formed XML");
+    return Error{Code::NotXml, "not well-formed XML"};
   pugi::xml_node root = document.document_element();
-  if (!isLocalName(root, "SignatureSignTimeSeries")) return refuse("not a signature time series");
+  if (!isLocalName(root, "SignatureSignTimeSeries")) return Error{Code::NotThisFormat, "not a signature time series"};
   pugi::xml_node representation;
   for (pugi::xml_node child : childNamed(root, "RepresentationList").children()) {
     if (!isLocalName(child, "Representation")) continue;
-    if (representation) return refuse("more than one representation, where one signature is read");
+    if (representation) return Error{Code::Malformed, "more than one representation, where one signature is read"};
     representation = child;
   }
   pugi::xml_node list = childNamed(representation, "SamplePointList");
-  if (!list) return refuse("no sample point list");
+  if (!list) return Error{Code::Malformed, "no sample point list"};
 
   std::vector<Sample> samples;
   int32_t highestY = 0;
   // Text before the first sample is kept in the list itself.
-  if (*list.value()) return refuse("something other than sample points in the sample list");
+  if (*list.value()) return Error{Code::Malformed, "something other than sample points in the sample list"};
   for (pugi::xml_node node : list.children()) {
-    if (!isLocalName(node, "SamplePoint")) return refuse("something other than sample points in the sample list");
-    if (samples.size() == kMostSamples) return refuse("more than a million samples");
+    if (!isLocalName(node, "SamplePoint"))
+      return Error{Code::Malformed, "something other than sample points in the sample list"};
+    if (samples.size() == kMostSamples) return Error{Code::TooLarge, "more than a million samples"};
     std::optional<Sample> sample = sampleOf(node);
-    if (!sample) return refuse("a sample without its channels, with others, or with a number out of its range");
+    if (!sample)
+      return Error{Code::Malformed, "a sample without its channels, with others, or with a number out of its range"};
     samples.push_back(*sample);
     highestY = std::max(highestY, (*sample)[kY]);
   }

@@ -5,6 +5,8 @@
 
 #include "platform/cairo_context.h"
 #include "platform/drawing_log.h"
+#include "platform/format.h"
+#include "platform/log.h"
 #include "platform/parallel.h"
 #include "platform/png_encoder.h"
 
@@ -38,8 +40,8 @@ int pixelCount(double points, double scale) {
 cairo_surface_t* createBitmapSurface(QnSize sizeInPoints, double scale) {
   int width = pixelCount(sizeInPoints.width, scale), height = pixelCount(sizeInPoints.height, scale);
   if (double(width) * height > kPixelBudget) {
-    std::fprintf(stderr, "Scrivlet: a bitmap of %d x %d pixels is over the budget of %.0f megapixels; none is made\n",
-                 width, height, kPixelBudget / (1024 * 1024));
+    logLine(cformat("Scrivlet: a bitmap of %d x %d pixels is over the budget of %.0f megapixels; none is made",
+                    width, height, kPixelBudget / (1024 * 1024)));
     width = height = 0;
   }
   return cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
@@ -97,14 +99,14 @@ std::vector<uint8_t> drawAsPNG(const DrawingLog& log, QnSize sizeInPoints, doubl
   auto side = [](double pixels) { return std::isfinite(pixels) && pixels > 0 ? std::floor(pixels) : 0.0; };
   double width = side(sizeInPoints.width * scale), height = side(sizeInPoints.height * scale);
   if (width == 0 || height == 0) {
-    std::fputs("Scrivlet: no PNG: the image has no pixels\n", stderr);
+    logLine("Scrivlet: no PNG: the image has no pixels");
     return {};
   }
   // Only one band's pixels need to be held; the rows are counted in whole numbers.
   double bandPixels = width * kBandRows;
   if (bandPixels > kPixelBudget || height > INT32_MAX) {
-    std::fprintf(stderr, "Scrivlet: no PNG: a bitmap of %.0f x %.0f pixels is over the budget of %.0f megapixels a band\n",
-                 width, height, kPixelBudget / (1024 * 1024));
+    logLine(cformat("Scrivlet: no PNG: a bitmap of %.0f x %.0f pixels is over the budget of %.0f megapixels a band",
+                    width, height, kPixelBudget / (1024 * 1024)));
     return {};
   }
   // As many bands at once as the budget holds.
@@ -113,7 +115,7 @@ std::vector<uint8_t> drawAsPNG(const DrawingLog& log, QnSize sizeInPoints, doubl
       int(width), int(height),
       [&](RowBand band, std::vector<unsigned char>& scratch) { return drawBand(log, int(width), band, scale, scratch); },
       threads);
-  if (png.empty()) std::fputs("Scrivlet: no PNG: the image could not be encoded\n", stderr);
+  if (png.empty()) logLine("Scrivlet: no PNG: the image could not be encoded");
   return png;
 }
 
@@ -132,13 +134,13 @@ QnImage QnImage::decodePNG(const std::vector<uint8_t>& bytes, double scale) {
 std::vector<uint8_t> QnImage::encodePNG() const {
   int width = pixelWidth(), height = pixelHeight();
   if (width == 0 || height == 0) {
-    std::fputs("Scrivlet: no PNG: the image has no pixels\n", stderr);
+    logLine("Scrivlet: no PNG: the image has no pixels");
     return {};
   }
   cairo_surface_flush(surface_.get());
   std::vector<uint8_t> png = encodeARGBAsPNG(cairo_image_surface_get_data(surface_.get()), width, height,
                                              cairo_image_surface_get_stride(surface_.get()));
-  if (png.empty()) std::fputs("Scrivlet: no PNG: the image could not be encoded\n", stderr);
+  if (png.empty()) logLine("Scrivlet: no PNG: the image could not be encoded");
   return png;
 }
 

@@ -3,6 +3,8 @@
 
 #include "platform/cairo_context.h"
 #include "platform/clock.h"
+#include "platform/format.h"
+#include "platform/log.h"
 #include "platform/pdf_content_stream.h"
 #include "platform/pdf_page_splice.h"
 
@@ -74,8 +76,8 @@ CGContext& QnPDFContext::context() { return *context_; }
 
 void QnPDFContext::end() {
   if (!ended_ && !valid_)
-    std::fprintf(stderr, "Scrivlet: no PDF: a page of %g x %g points cannot be made\n", pageSize_.width,
-                 pageSize_.height);
+    logLine(cformat("Scrivlet: no PDF: a page of %g x %g points cannot be made", pageSize_.width,
+                    pageSize_.height));
   finish();
 }
 
@@ -88,8 +90,8 @@ void QnPDFContext::finish() {
   // cairo may fail part way (a page too large for its numbers): what it wrote is no document.
   if (valid_ && cairo_surface_status(surface_) != CAIRO_STATUS_SUCCESS) {
     valid_ = false;
-    std::fprintf(stderr, "Scrivlet: no PDF: a page of %g x %g points could not be finished (%s)\n", pageSize_.width,
-                 pageSize_.height, cairo_status_to_string(cairo_surface_status(surface_)));
+    logLine(cformat("Scrivlet: no PDF: a page of %g x %g points could not be finished (%s)", pageSize_.width,
+                    pageSize_.height, cairo_status_to_string(cairo_surface_status(surface_))));
   }
   if (valid_ && !shapes_->empty()) {
     std::string content = shapes_->deflated();
@@ -99,8 +101,8 @@ void QnPDFContext::finish() {
       bytes_ = std::move(*spliced);
     } else {
       valid_ = false;
-      std::fprintf(stderr, "Scrivlet: no PDF: the ink of a page of %g x %g points could not be written\n",
-                   pageSize_.width, pageSize_.height);
+      logLine(cformat("Scrivlet: no PDF: the ink of a page of %g x %g points could not be written",
+                      pageSize_.width, pageSize_.height));
     }
   }
   if (sink_) sink_(reinterpret_cast<const uint8_t*>(bytes_.data()), bytes_.size());

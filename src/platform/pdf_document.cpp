@@ -1,13 +1,35 @@
-// PDF parsing with poppler.
+// A PDF's pages and their sizes, read with qpdf.
 #include <scrivlet/pdf_document.h>
 
-#include <poppler-document.h>
-#include <poppler-page.h>
+#ifndef POINTERHOLDER_TRANSITION
+#define POINTERHOLDER_TRANSITION 4  // qpdf hands out std::shared_ptr
+#endif
+#include <qpdf/QPDF.hh>
+#include <qpdf/QPDFPageDocumentHelper.hh>
+#include <qpdf/QPDFPageObjectHelper.hh>
+
+#include <cmath>
+#include <exception>
 
 namespace scrivlet {
 
+namespace {
+
+// A page without a usable media box is US Letter, as PDF readers show it.
+constexpr QnSize kDefaultPageSize{612, 792};
+
+QnSize mediaBoxSize(QPDFPageObjectHelper& page) {
+  QPDFObjectHandle box = page.getMediaBox();
+  if (!box.isRectangle()) return kDefaultPageSize;
+  QPDFObjectHandle::Rectangle r = box.getArrayAsRectangle();
+  QnSize size{std::fabs(r.urx - r.llx), std::fabs(r.ury - r.lly)};
+  return std::isfinite(size.width) && std::isfinite(size.height) ? size : kDefaultPageSize;
+}
+
+}  // namespace
+
 struct QnPDFDocument::Impl {
-  std::unique_ptr<poppler::document> document;
+  std::vector<QnSize> pageSizes;  // read once: the document holds no parser afterwards
 };
 
 QnPDFDocument::QnPDFDocument(std::unique_ptr<Impl> impl) : impl_(std::move(impl)) {}
@@ -15,22 +37,25 @@ QnPDFDocument::~QnPDFDocument() = default;
 
 std::shared_ptr<QnPDFDocument> QnPDFDocument::createWithData(const std::vector<uint8_t>& bytes) {
   if (bytes.empty()) return nullptr;
-  poppler::byte_array data(bytes.begin(), bytes.end());
-  std::unique_ptr<poppler::document> document(poppler::document::load_from_data(&data));
-  if (!document || document->is_locked()) return nullptr;
   auto impl = std::make_unique<Impl>();
-  impl->document = std::move(document);
+  // qpdf reports a file it cannot read, or one locked by a password, by throwing: it stops here.
+  try {
+    QPDF pdf;
+    pdf.setSuppressWarnings(true);
+    pdf.processMemoryFile("PDF data", reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    for (QPDFPageObjectHelper& page : QPDFPageDocumentHelper(pdf).getAllPages())
+      impl->pageSizes.push_back(mediaBoxSize(page));
+  } catch (const std::exception&) {
+    return nullptr;
+  }
   return std::shared_ptr<QnPDFDocument>(new QnPDFDocument(std::move(impl)));
 }
 
-int QnPDFDocument::numberOfPages() const { return impl_->document->pages(); }
+int QnPDFDocument::numberOfPages() const { return static_cast<int>(impl_->pageSizes.size()); }
 
 QnSize QnPDFDocument::pageSize(int page) const {
   if (page < 0 || page >= numberOfPages()) return {};
-  std::unique_ptr<poppler::page> p(impl_->document->create_page(page));
-  if (!p) return {};
-  poppler::rectf box = p->page_rect(poppler::media_box);
-  return {box.width(), box.height()};
+  return impl_->pageSizes[page];
 }
 
 }  // namespace scrivlet

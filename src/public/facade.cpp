@@ -140,7 +140,8 @@ void QnScrivlet::setVelocityReduction(float reduction) {
 
 void QnScrivlet::setExportScale(float scale) {
   // Every output would be made of infinite numbers: refused, the scale stays as it was.
-  if (!std::isfinite(scale)) return logLine(cformat("Scrivlet: export scale %g refused: not a finite number", scale));
+  if (!std::isfinite(scale))
+    return logLine(LogLevel::warning, cformat("Scrivlet: export scale %g refused: not a finite number", scale));
   exportScale_ = scale;
   scrivletController_->setExportScale(scale);
 }

@@ -57,7 +57,7 @@ std::optional<std::string> sealFor(std::string_view document, RecordFile record 
   request.documentSize = document.size();
   request.examinerCertificate = fuzz::kExaminer;
   if (signedManifest) request.manifestSigner = kSigner;
-  return sealEvidence(request, nullptr);
+  return optionalOf(sealEvidence(request), nullptr);
 }
 
 // A record file as the examiner's envelope carries it, read the way opening reads it.
@@ -82,7 +82,7 @@ std::string withLaterRevision(const std::string& pdf) {
   pdf::open(qpdf, pdf);
   pdf::IncrementalUpdate update(pdf, int(qpdf.getXRefTable().rbegin()->first.getObj()) + 1);
   update.writeNewObject("(a change after signing)");
-  return update.finish("/Root " + qpdf.getRoot().unparse(), pdf::lastCrossReferenceOffset(pdf));
+  return update.finish("/Root " + qpdf.getRoot().unparse(), *pdf::lastCrossReferenceOffset(pdf));
 }
 
 // Verifies the PDF; signs it too when `sign` (the costlier half: sealing, signing, verifying again).
@@ -99,7 +99,7 @@ void checkPdf(const std::string& input, bool sign) {
   request.sealedEvidence = *sealed;
   request.signer = kSigner;
   request.fieldName = "Fuzzed signature";
-  std::optional<std::vector<uint8_t>> signedPdf = signPdf(input, request, nullptr);
+  Result<std::vector<uint8_t>> signedPdf = signPdf(input, request);
   if (!signedPdf) return;
   std::string result(signedPdf->begin(), signedPdf->end());
   if (result.compare(0, input.size(), input) != 0) broken("a signed PDF lost its original bytes");
@@ -107,7 +107,7 @@ void checkPdf(const std::string& input, bool sign) {
   for (const PdfSignatureVerification& signature : verified.signatures)
     if (signature.field == "Fuzzed signature")
       for (const EvidenceCheck& check : signature.checks)
-        if ((check.name == "byte range" || check.name == "signature") && !check.passed)
+        if ((check.kind == EvidenceCheckKind::ByteRange || check.kind == EvidenceCheckKind::Signature) && !check.passed)
           broken("what signPdf signed does not verify over its byte range");
 }
 
@@ -170,7 +170,7 @@ void checkWrongTypes(const std::string& input) {
       if (std::optional<RecordFile> read = recordInEnvelope(dumped(record))) {
         if (std::optional<std::string> resealed = sealFor(kDocument, std::move(*read))) {
           checkSealed(*resealed);
-          openEvidence(*resealed, fuzz::kExaminerKey, kTrust, nullptr);
+          openEvidence(*resealed, fuzz::kExaminerKey, kTrust);
         }
       }
       return;
@@ -179,7 +179,7 @@ void checkWrongTypes(const std::string& input) {
   std::string text = dumped(sealed);
   EvidenceVerification report = verifyEvidence(text, kDocument, kTrust);
   if (report.valid()) broken("a sealed file with a value of the wrong type verified");
-  openEvidence(text, fuzz::kExaminerKey, kTrust, nullptr);
+  openEvidence(text, fuzz::kExaminerKey, kTrust);
 }
 
 }  // namespace
@@ -190,7 +190,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   switch (data[0] % 5) {
     case 0: checkSealed(input); break;
     case 1:
-      if (std::optional<RecordFile> record = openEvidence(input, fuzz::kExaminerKey, kTrust, nullptr);
+      if (Result<RecordFile> record = openEvidence(input, fuzz::kExaminerKey, kTrust);
           record && !record->strokes)
         broken("an opened record without strokes");
       break;

@@ -1,7 +1,7 @@
 // What the strokes and record-file fuzzers check of every reading: the memory it held, and a refusal.
 #pragma once
 
-#include <scrivlet/load_error.h>
+#include <scrivlet/error.h>
 
 #include "peak_heap.h"
 
@@ -27,7 +27,7 @@ auto readWithinBounds(const std::string& text, const char* reader, Read read) {
 }
 
 // A refusal: never of a document made of right members, always with one line of reason.
-inline void checkRefusal(const char* fuzzer, const LoadError& error, bool madeValid) {
+inline void checkRefusal(const char* fuzzer, const Error& error, bool madeValid) {
   if (madeValid) violated(fuzzer, "a document of right members was refused");
   if (error.message.empty() || error.message.find('\n') != std::string::npos)
     violated(fuzzer, "a refusal without one line of reason");

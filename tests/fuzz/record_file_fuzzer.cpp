@@ -17,12 +17,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::DocumentGenerator generator(data + 1, size - 1);
   const bool made = data[0] & 1;
   const std::string text = made ? generator.recordDocument() : std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
-  LoadError error;
-  std::optional<RecordFile> record = fuzz::readWithinBounds(text, "recordFromJson", [&] { return recordFromJson(text, &error); });
-  if (!record) return fuzz::checkRefusal(kFuzzer, error, made && generator.valid()), 0;
+  Result<RecordFile> record = fuzz::readWithinBounds(text, "recordFromJson", [&] { return recordFromJson(text); });
+  if (!record) return fuzz::checkRefusal(kFuzzer, record.error(), made && generator.valid()), 0;
   if (!record->strokes) fuzz::violated(kFuzzer, "a record without strokes");
   std::string written = recordFileToJson(*record);
-  std::optional<RecordFile> again = recordFromJson(written);
+  Result<RecordFile> again = recordFromJson(written);
   if (!again || recordFileToJson(*again) != written) fuzz::violated(kFuzzer, "a record read does not write and read again the same");
   return 0;
 }

@@ -18,14 +18,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   fuzz::DocumentGenerator generator(data + 1, size - 1);
   const bool made = data[0] & 1;
   const std::string text = made ? generator.strokesDocument() : std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
-  LoadError error;
-  QnStrokeListRef strokes = fuzz::readWithinBounds(text, "strokesFromJson", [&] { return strokesFromJson(text, &error); });
-  if (!strokes) return fuzz::checkRefusal(kFuzzer, error, made && generator.valid()), 0;
+  Result<QnStrokeListRef> read = fuzz::readWithinBounds(text, "strokesFromJson", [&] { return strokesFromJson(text); });
+  if (!read) return fuzz::checkRefusal(kFuzzer, read.error(), made && generator.valid()), 0;
+  QnStrokeListRef strokes = *read;
   for (const auto& stroke : *strokes)
     for (const QnSignaturePoint& p : *stroke)
       if (!std::isfinite(p.location.x) || !std::isfinite(p.location.y)) fuzz::violated(kFuzzer, "a position that is not finite");
   std::string saved = strokesToJson(strokes);
-  QnStrokeListRef again = strokesFromJson(saved);
-  if (!again || strokesToJson(again) != saved) fuzz::violated(kFuzzer, "a loaded document does not save and load again the same");
+  Result<QnStrokeListRef> again = strokesFromJson(saved);
+  if (!again || strokesToJson(*again) != saved) fuzz::violated(kFuzzer, "a loaded document does not save and load again the same");
   return 0;
 }

@@ -8,7 +8,8 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace scrivlet;
-  QnStrokeListRef strokes = strokesFromTimeSeriesXml(std::string_view(reinterpret_cast<const char*>(data), size));
+  QnStrokeListRef strokes =
+      strokesFromTimeSeriesXml(std::string_view(reinterpret_cast<const char*>(data), size)).value_or(nullptr);
   if (!strokes) return 0;
   for (const auto& stroke : *strokes)
     for (const QnSignaturePoint& p : *stroke)

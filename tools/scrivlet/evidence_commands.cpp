@@ -108,8 +108,8 @@ int sealCommand(int argc, char** argv) {
   if (recordText) document = required(args, "document", kLargestInput, &error);
   if (document) examiner = required(args, "examiner", kLargestKeyFile, &error);
   if (!examiner) return failure("seal", error);
-  std::optional<RecordFile> record = recordFromJson(*recordText, &error);
-  if (!record) return failure("seal", args.value("record") + " is not a record file: " + error);
+  Result<RecordFile> record = recordFromJson(*recordText);
+  if (!record) return failure("seal", args.value("record") + " is not a record file: " + record.error().message);
 
   EvidenceSealRequest request;
   request.record = std::move(*record);
@@ -122,9 +122,8 @@ int sealCommand(int argc, char** argv) {
   if (key) chain = optional(args, "chain", kLargestKeyFile, &error);
   if (!chain) return failure("seal", error);
   request.manifestSigner = {std::move(*cert), std::move(*key), std::move(*chain)};
-  EvidenceError sealError;
-  std::optional<std::string> sealed = sealEvidence(request, &sealError);
-  if (!sealed) return failure("seal", sealError.message);
+  Result<std::string> sealed = sealEvidence(request);
+  if (!sealed) return failure("seal", sealed.error().message);
   if (!writeFile(args.value("output"), *sealed)) return failure("seal", "cannot write " + args.value("output"));
   std::printf("sealed %s with %s: %s\n", args.value("record").c_str(), args.value("document").c_str(),
               args.value("output").c_str());
@@ -152,12 +151,11 @@ int openCommand(int argc, char** argv) {
   if (!document) return failure("open", error);
 
   EvidenceVerifyOptions options{*trust, args.has("allow-later-changes")};
-  EvidenceError openError;
-  std::optional<RecordFile> record =
-      isPdf(*file) ? openPdfEvidence(*file, args.value("field"), *key, options, &openError)
-                   : openEvidence(*file, *key, options, &openError, nullptr,
+  Result<RecordFile> record =
+      isPdf(*file) ? openPdfEvidence(*file, args.value("field"), *key, options)
+                   : openEvidence(*file, *key, options, nullptr,
                                   args.has("document") ? std::optional<std::string_view>(*document) : std::nullopt);
-  if (!record) return failure("open", openError.message);
+  if (!record) return failure("open", record.error().message);
 
   std::filesystem::path folder = args.value("out-dir");
   std::error_code made;

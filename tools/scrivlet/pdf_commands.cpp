@@ -125,9 +125,8 @@ int signCommand(int argc, char** argv) {
   request.showHash = args.has("hash");
   request.fieldName = args.value("field");
   request.timeStampUrl = args.value("tsa");
-  EvidenceError signError;
-  std::optional<std::vector<uint8_t>> signedPdf = signPdf(*document, request, &signError);
-  if (!signedPdf) return failure("sign", signError.message);
+  Result<std::vector<uint8_t>> signedPdf = signPdf(*document, request);
+  if (!signedPdf) return failure("sign", signedPdf.error().message);
   if (!writeFile(args.value("output"), signedPdf->data(), signedPdf->size()))
     return failure("sign", "cannot write " + args.value("output"));
   std::printf("signed %s on page %d: %s\n", args.value("document").c_str(), request.page, args.value("output").c_str());

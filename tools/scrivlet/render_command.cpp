@@ -59,15 +59,17 @@ std::optional<RecordFile> loadSignature(const std::string& path, std::string* er
   if (!text) return *error = "cannot read " + path, std::nullopt;
   size_t start = text->find_first_not_of(" \t\r\n");
   if (text->find("\"scrivlet-record\"") != std::string::npos) {
-    std::optional<RecordFile> record = recordFromJson(*text, error);
-    if (!record) *error = path + " is not a record file: " + *error;
-    return record;
+    Result<RecordFile> record = recordFromJson(*text);
+    if (!record) return *error = path + " is not a record file: " + record.error().message, std::nullopt;
+    return std::move(*record);
   }
-  // The strokes readers say why they refuse a document in a line of their own.
   RecordFile record;
   bool xml = start != std::string::npos && (*text)[start] == '<';
-  record.strokes = xml ? strokesFromTimeSeriesXml(*text) : strokesFromJson(*text);
-  if (!record.strokes) return error->clear(), std::nullopt;
+  Result<QnStrokeListRef> strokes = xml ? strokesFromTimeSeriesXml(*text) : strokesFromJson(*text);
+  if (!strokes)
+    return *error = path + (xml ? " is not a time series: " : " is not a strokes document: ") + strokes.error().message,
+           std::nullopt;
+  record.strokes = *strokes;
   return record;
 }
 
