@@ -12,6 +12,7 @@ packages=(
   qpdf poppler-utils libxml2-utils librsvg2-bin
   locales xvfb xauth
   clang libclang-rt-14-dev libxml2-dev
+  gcovr
 )
 
 missing=()
