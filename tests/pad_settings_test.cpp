@@ -6,6 +6,7 @@
 #include <scrivlet/scrivlet_controller.h>
 
 #include <QMetaProperty>
+#include <QRegularExpression>
 
 #include <map>
 
@@ -135,19 +136,29 @@ TEST_F(Twins, SettingsOutOfRangeAreClampedAndNonNumbersAndBadValuesRefusedWithAW
   }
 }
 
-TEST_F(Twins, OnOffSettingsReachTheEngine) {
+// What the on/off settings do: on screen, in the widths drawn, and in the record (its SVG's texts, its
+// frame, its PDF).
+TEST_F(Twins, StampsClippingSkippingThePdfAHiddenGuidelineAndTheCalligraphicBrushShow) {
   for (const Twin& twin : twins_) {
-    const QnScrivletController& engine = *sessionOf(twin.pad).scrivlet().scrivletController();
-    auto read = [&] {
-      return std::vector<bool>{engine.useCalligraphicBrush(), engine.showGuideline(), engine.drawOnlyWithApplePencil(),
-                               engine.swipeToUndoEnabled(), engine.showDate(), engine.dateIncludesTime(),
-                               engine.showHash(), engine.clipSignatureToBounds(), engine.skipPDFData()};
+    play(twin.window, wave(Sample::finger, 12, 60, 1000));
+    twin.pad->setProperty("calligraphic", true);
+    play(twin.window, wave(Sample::finger, 12, 140, 2000));
+    QnStrokeListRef strokes = twin.strokes();
+    auto inkOf = [&](int s) {  // the widths of a stroke's fast part, after the first points
+      float sum = 0;
+      for (size_t i = 4; i < strokes->at(s)->size(); ++i) sum += strokes->at(s)->at(i).diameter;
+      return sum;
     };
-    EXPECT_EQ(read(), (std::vector<bool>{false, true, false, true, false, false, false, false, false})) << twin.name;
-    for (const char* on : {"calligraphic", "stylusOnly", "dateStamp", "timeStamp", "hashStamp", "clipToBounds", "skipPdf"})
-      twin.pad->setProperty(on, true);
-    for (const char* off : {"guidelineVisible", "swipeToUndo"}) twin.pad->setProperty(off, false);
-    EXPECT_EQ(read(), (std::vector<bool>{true, false, true, false, true, true, true, true, true})) << twin.name;
+    EXPECT_GT(inkOf(1), 2 * inkOf(0)) << twin.name;  // speed thins a calligraphic pen by a third as much
+    for (const char* on : {"dateStamp", "timeStamp", "hashStamp", "clipToBounds", "skipPdf"}) twin.pad->setProperty(on, true);
+    twin.pad->setProperty("customHash", "H-1"), twin.pad->setProperty("guidelineVisible", false);
+    EXPECT_FALSE(inked(twin.grab(), 200, 133)) << twin.name;  // where the signing line was
+    SignatureRecord record = recordOf(twin.pad);
+    EXPECT_EQ(std::pair(record.pdf().isEmpty(), record.frame()), std::pair(true, QRectF(0, 0, 400, 200))) << twin.name;
+    EXPECT_TRUE(record.svg().contains(">H-1</text>")) << twin.name;
+    EXPECT_TRUE(record.svg().contains(QRegularExpression(QString::number(QDate::currentDate().year()) + ".*</text>")))
+        << twin.name;
+    EXPECT_TRUE(record.svg().contains(QRegularExpression("\\d:\\d\\d:\\d\\d.*</text>"))) << twin.name;  // with the time
   }
 }
 
@@ -163,6 +174,7 @@ TEST_F(Twins, TheRecordsPngIsPaintedOnTheBackgroundColourOnlyWhenAskedTo) {
     };
     EXPECT_EQ(corner().alpha(), 0) << twin.name;
     twin.pad->setProperty("backgroundColor", QColor(250, 240, 200));
+    EXPECT_EQ(twin.grab().pixelColor(390, 10), QColor(250, 240, 200)) << twin.name;  // shown at once
     EXPECT_EQ(corner().alpha(), 0) << twin.name;  // the colour alone does not reach the record
     twin.pad->setProperty("backgroundInRecord", true);
     EXPECT_EQ(corner(), QColor(250, 240, 200)) << twin.name;
