@@ -164,6 +164,7 @@ TEST_F(Twins, TheRecordSavesEachPartToAFileThatItsReadersTake) {
   EXPECT_TRUE(record.save(QUrl::fromLocalFile(dir + "strokes.txt"), "strokes"));
   EXPECT_FALSE(record.save(QUrl("https://example.org/signature.png")));
   EXPECT_FALSE(record.save(QUrl::fromLocalFile(dir + "signature.doc")));
+  EXPECT_FALSE(record.save(QUrl::fromLocalFile(dir + "no such folder/signature.png")));
   EXPECT_TRUE(QImage(dir + "signature.png") == record.image());
   EXPECT_EQ(failureOf("qpdf --check '" + (dir + "signature.pdf").toStdString() + "'"), "");
   EXPECT_EQ(failureOf("xmllint --noout '" + (dir + "signature.svg").toStdString() + "' '" +
