@@ -1,6 +1,7 @@
 // The settings of both pads through Qt's property system, as QML and Qt Designer write them: each says
-// once that it changed and never when it did not, values out of range are clamped and values that are
-// not numbers or not allowed are refused, each with a warning, and the engine gets what was kept.
+// once that it changed and never when it did not; values out of range are clamped and values that are
+// not numbers or not allowed refused, each with a warning; and what each does on screen and in the
+// record.
 #include "pad_twins.h"
 
 #include <scrivlet/scrivlet_controller.h>
@@ -75,11 +76,11 @@ TEST_F(Twins, EverySettingSaysOnceThatItChangedAndNothingWhenSetToWhatItIs) {
       EXPECT_TRUE(same(property.read(twin.pad), value)) << twin.name << " " << property.name();
       ASSERT_TRUE(property.write(twin.pad, value));  // the same again: nothing to say
       for (auto& [name, spy] : notified) {
-        EXPECT_EQ(spy->size(), name == property.name() ? 1 : 0) << twin.name << ": " << property.name() << " told " << name.toStdString();
+        const std::string told = twin.name + std::string(": ") + property.name() + " told " + name.toStdString();
+        EXPECT_EQ(spy->size(), name == property.name() ? 1 : 0) << told;
         if (name == property.name() && !spy->isEmpty()) {
-          EXPECT_TRUE(same(spy->first().at(0), value)) << twin.name << " " << name.toStdString();  // the signal carries the new value
+          EXPECT_TRUE(same(spy->first().at(0), value)) << told;  // the new value
         }
-        spy->clear();
       }
       property.write(twin.pad, before);
       for (auto& [name, spy] : notified) spy->clear();
@@ -89,6 +90,7 @@ TEST_F(Twins, EverySettingSaysOnceThatItChangedAndNothingWhenSetToWhatItIs) {
 
 TEST_F(Twins, SettingsOutOfRangeAreClampedAndNonNumbersAndBadValuesRefusedWithAWarning) {
   struct Case { const char* property; QVariant value, kept; const char* warning; };
+  const char* const kHashRefused = "Scrivlet: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'";
   const Case cases[] = {
       {"penWidth", 0.1, 0.5, "Scrivlet: pen width 0.1 clamped to 0.5"},
       {"penWidth", 100.0, 50.0, "Scrivlet: pen width 100 clamped to 50"},
@@ -108,10 +110,10 @@ TEST_F(Twins, SettingsOutOfRangeAreClampedAndNonNumbersAndBadValuesRefusedWithAW
       {"penColor", QColor(), QColor(Qt::black), "Scrivlet: pen colour refused: not a valid colour"},
       {"backgroundColor", QColor(), QColor(Qt::white), "Scrivlet: background colour refused: not a valid colour"},
       // The SVG carries the hash unescaped: letters, digits, '.', '_' and '-', up to 64 of them.
-      {"customHash", "<b>", "", "Scrivlet: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'"},
-      {"customHash", QString(65, 'a'), "", "Scrivlet: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'"},
+      {"customHash", "<b>", "", kHashRefused},
+      {"customHash", QString(65, 'a'), "", kHashRefused},
       {"customHash", QString(64, 'a'), QString(64, 'a'), nullptr},
-      {"customHash", "a b", QString(64, 'a'), "Scrivlet: custom hash refused: only up to 64 letters, digits, '.', '_' and '-'"},
+      {"customHash", "a b", QString(64, 'a'), kHashRefused},
       {"resizePolicy", 7, 0, "Scrivlet: resize policy 7 refused"},
       {"resizePolicy", -1, 0, "Scrivlet: resize policy -1 refused"},
   };
@@ -150,7 +152,8 @@ TEST_F(Twins, StampsClippingSkippingThePdfAHiddenGuidelineAndTheCalligraphicBrus
       return sum;
     };
     EXPECT_GT(inkOf(1), 2 * inkOf(0)) << twin.name;  // speed thins a calligraphic pen by a third as much
-    for (const char* on : {"dateStamp", "timeStamp", "hashStamp", "clipToBounds", "skipPdf"}) twin.pad->setProperty(on, true);
+    for (const char* on : {"dateStamp", "timeStamp", "hashStamp", "clipToBounds", "skipPdf"})
+      twin.pad->setProperty(on, true);
     twin.pad->setProperty("customHash", "H-1"), twin.pad->setProperty("guidelineVisible", false);
     EXPECT_FALSE(inked(twin.grab(), 200, 133)) << twin.name;  // where the signing line was
     SignatureRecord record = recordOf(twin.pad);

@@ -121,7 +121,8 @@ TEST_F(Twins, AQmlFormBindsThePadsStateMirrorsItsStrokesKeepsAButtonOverItAndHan
   EXPECT_EQ(form->property("loadError").toString(), "not a strokes document");
   EXPECT_TRUE(area->isEmpty());
   QMetaObject::invokeMethod(form, "load", Q_ARG(QVariant, three));
-  EXPECT_EQ(std::tuple(form->property("loadError").toString(), form->property("status").toString(), mirror->strokeCount()),
+  EXPECT_EQ(std::tuple(form->property("loadError").toString(), form->property("status").toString(),
+                       mirror->strokeCount()),
             std::tuple(QString(""), QString("3 strokes"), 3));
 }
 
