@@ -81,7 +81,7 @@ TEST_F(Twins, WidthsStayWithinTheirLimitsAndATapLeavesADotOfTheSizeAskedFor) {
   }
 }
 
-TEST_F(Twins, ReadOnlyShowsASavedSignatureWithTheSamePixels) {
+TEST_F(Twins, ReadOnlyShowsASavedSignatureWithTheSamePixelsAndTheNextRecordHoldsIt) {
   for (const Twin& twin : twins_) {
     playAll(twin.window, {wave(Sample::finger, 20, 50, 1000), wave(Sample::pen, 14, 100, 3000)});
     QImage signed_ = twin.grab();
@@ -97,6 +97,12 @@ TEST_F(Twins, ReadOnlyShowsASavedSignatureWithTheSamePixels) {
     for (int y = 0; y < shown.height(); ++y)
       for (int x = 0; x < shown.width(); ++x) dark += inked(shown, x, y);
     EXPECT_GT(dark, 500) << twin.name;  // the strokes and the signing line
+    // Taking input again, the next record holds the loaded strokes and the new one.
+    twin.pad->setProperty("readOnly", false);
+    play(twin.window, wave(Sample::mouse, 5, 160, 5000));
+    Trace expected = traceOf(strokesFromJson(saved.toString().toStdString()));
+    expected.push_back(traceOf(twin.strokes()).back());
+    EXPECT_EQ(traceOf(recordOf(twin.pad).strokes()), expected) << twin.name;
   }
 }
 

@@ -1,7 +1,6 @@
-// The signature pad on the offscreen platform: Done delivering exactly the canvas, after an undo and
-// after loading, with the settings as they are at Done. (Settings: pad_settings_test.cpp.)
+// The signature pad on the offscreen platform: Done delivering exactly the canvas after an undo, with
+// the settings as they are at Done. (Settings: pad_settings_test.cpp; loading: pad_features_test.cpp.)
 #include <scrivlet/signature_pad.h>
-#include <scrivlet/stroke_json.h>
 
 #include "qt_input.h"
 
@@ -43,22 +42,6 @@ TEST_F(Pad, DoneAfterAnUndoDeliversTheCanvasAndAfterAClearNothing) {
   QSignalSpy nothing(&pad, &SignaturePad::signedNothing);
   pad.done();
   EXPECT_EQ(nothing.size(), 1);
-}
-
-TEST_F(Pad, StrokesLoadedIntoAPadAreShownAndTheNextRecordHoldsThemAndTheNewOnes) {
-  mouseStroke(surface(), {{40, 60}, {80, 70}, {120, 65}}, 1000);
-  const std::string saved = strokesToJson(pad.strokes());
-  SignaturePad other;
-  other.resize(400, 200), other.show();
-  ASSERT_TRUE(QTest::qWaitForWindowExposed(&other));
-  QSignalSpy empty(&other, &SignaturePad::emptyChanged), ready(&other, &SignaturePad::signatureReady);
-  other.setStrokes(strokesFromJson(saved));
-  EXPECT_EQ(std::pair(empty.size(), other.isEmpty()), std::pair(qsizetype(1), false));
-  EXPECT_TRUE(inked(other.grab().toImage(), 80, 68));
-  mouseStroke(other.focusProxy(), {{200, 100}, {260, 120}}, 5000);
-  other.done();
-  SignatureRecord record = waitForRecord(ready);
-  EXPECT_EQ(traceOf(record.strokes()), (Trace{{{40, 60}, {80, 70}, {120, 65}}, {{200, 100}, {260, 120}}}));
 }
 
 TEST_F(Pad, SettingsChangedAfterTheRecordWasPreparedReachTheRecordWhichIsAValue) {
