@@ -5,7 +5,8 @@
 #   bash scripts/setup.sh --tests  that, and what the tests and benchmarks run: GoogleTest, Google
 #                                  Benchmark, the output validators, the QML runtime modules, Xvfb and
 #                                  a German locale
-#   bash scripts/setup.sh --ci     that, and what CI adds: clang with libFuzzer and the sanitizers
+#   bash scripts/setup.sh --ci     that, and what CI adds: clang with libFuzzer and the sanitizers, and
+#                                  gcovr for the coverage report
 set -euo pipefail
 
 build=(
@@ -21,7 +22,7 @@ tests=(
   qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
   locales xvfb xauth
 )
-ci=(clang libclang-rt-14-dev libxml2-dev)
+ci=(clang libclang-rt-14-dev libxml2-dev gcovr)
 
 packages=("${build[@]}")
 case "${1:-}" in

@@ -22,6 +22,7 @@ TEST_F(Twins, SignalsComeOncePerStrokeUndoRedoClearAndLoadAndTheKeysUndoAndRedo)
         changed(twin.pad, SIGNAL(changed())), undoable(twin.pad, SIGNAL(canUndoChanged(bool))),
         redoable(twin.pad, SIGNAL(canRedoChanged(bool))), count(twin.pad, SIGNAL(strokeCountChanged(int))),
         empty(twin.pad, SIGNAL(emptyChanged(bool)));
+    twin.pad->setProperty("swipeToUndo", false);  // the keys work without swipes
     playAll(twin.window, {wave(Sample::finger, 20, 50, 1000), wave(Sample::pen, 9, 120, 2000)});
     EXPECT_EQ(began.size(), 2) << twin.name;
     ASSERT_EQ(ended.size(), 2) << twin.name;
@@ -80,7 +81,7 @@ TEST_F(Twins, WidthsStayWithinTheirLimitsAndATapLeavesADotOfTheSizeAskedFor) {
   }
 }
 
-TEST_F(Twins, ReadOnlyShowsASavedSignatureWithTheSamePixels) {
+TEST_F(Twins, ReadOnlyShowsASavedSignatureWithTheSamePixelsAndTheNextRecordHoldsIt) {
   for (const Twin& twin : twins_) {
     playAll(twin.window, {wave(Sample::finger, 20, 50, 1000), wave(Sample::pen, 14, 100, 3000)});
     QImage signed_ = twin.grab();
@@ -96,6 +97,12 @@ TEST_F(Twins, ReadOnlyShowsASavedSignatureWithTheSamePixels) {
     for (int y = 0; y < shown.height(); ++y)
       for (int x = 0; x < shown.width(); ++x) dark += inked(shown, x, y);
     EXPECT_GT(dark, 500) << twin.name;  // the strokes and the signing line
+    // Taking input again, the next record holds the loaded strokes and the new one.
+    twin.pad->setProperty("readOnly", false);
+    play(twin.window, wave(Sample::mouse, 5, 160, 5000));
+    Trace expected = traceOf(*strokesFromJson(saved.toString().toStdString()));
+    expected.push_back(traceOf(twin.strokes()).back());
+    EXPECT_EQ(traceOf(recordOf(twin.pad).strokes()), expected) << twin.name;
   }
 }
 
@@ -163,6 +170,7 @@ TEST_F(Twins, TheRecordSavesEachPartToAFileThatItsReadersTake) {
   EXPECT_TRUE(record.save(QUrl::fromLocalFile(dir + "strokes.txt"), "strokes"));
   EXPECT_FALSE(record.save(QUrl("https://example.org/signature.png")));
   EXPECT_FALSE(record.save(QUrl::fromLocalFile(dir + "signature.doc")));
+  EXPECT_FALSE(record.save(QUrl::fromLocalFile(dir + "no such folder/signature.png")));
   EXPECT_TRUE(QImage(dir + "signature.png") == record.image());
   EXPECT_EQ(failureOf("qpdf --check '" + (dir + "signature.pdf").toStdString() + "'"), "");
   EXPECT_EQ(failureOf("xmllint --noout '" + (dir + "signature.svg").toStdString() + "' '" +

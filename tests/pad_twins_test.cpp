@@ -61,16 +61,21 @@ TEST_F(Twins, DisabledOrReadOnlyNeitherTakesAFingerAPenNorTheMouseAndAStrokeUnde
           << twin.name << " " << property;
       twin.pad->setProperty(property, property != std::string("readOnly"));
     }
-    // Taken again: all three draw. Disabled halfway through a stroke, the stroke so far is kept.
+    // Taken again: all three draw. Disabled or made read-only halfway through a stroke, the stroke so
+    // far is kept, ended where the pointer last was.
     playAll(twin.window, strokes);
     EXPECT_EQ(twin.pad->property("strokeCount").toInt(), 3) << twin.name;
-    Recording half = wave(Sample::mouse, 6, 180, 4000);
-    play(twin.window, Recording(half.begin(), half.begin() + 3));
-    twin.pad->setProperty("enabled", false);
-    play(twin.window, Recording(half.begin() + 3, half.end()));
-    EXPECT_EQ(traceOf(twin.strokes()).back(), (Path{{31, 180}, {48, 195}, {65, 204}, {65, 204}}))
-        << twin.name;
-    twin.pad->setProperty("enabled", true);
+    for (const char* property : {"enabled", "readOnly"}) {
+      const bool taking = property == std::string("enabled");
+      Recording half = wave(Sample::mouse, 6, 180, 4000);
+      play(twin.window, Recording(half.begin(), half.begin() + 3));
+      twin.pad->setProperty(property, !taking);
+      play(twin.window, Recording(half.begin() + 3, half.end()));
+      EXPECT_EQ(traceOf(twin.strokes()).back(), (Path{{31, 180}, {48, 195}, {65, 204}, {65, 204}}))
+          << twin.name << " " << property;
+      twin.pad->setProperty(property, taking);
+    }
+    EXPECT_EQ(twin.pad->property("strokeCount").toInt(), 5) << twin.name;
     // Stylus only: the pen alone draws.
     QMetaObject::invokeMethod(twin.pad, "clear");
     twin.pad->setProperty("stylusOnly", true);

@@ -110,9 +110,6 @@ TEST(Guideline, SitsNineSixteenthsDownAcrossNinetyFivePercentAndTheInkMovesWithI
   EXPECT_EQ(guideline->frame().size.width, kW540);
   EXPECT_NEAR(guideline->frame().size.height, kW540 * 38 / 472, 1e-5);  // sides kept as floats
 
-  // Without a view the guideline is laid out as on a view of zero size.
-  EXPECT_EQ(QnScrivletController::create(nullptr, {}, {})->guideline()->frame(), QnRectZero);
-
   controller->setShowGuideline(false);  // hidden, it is still laid out and the ink follows it
   EXPECT_TRUE(!controller->showGuideline() && guideline->isHidden());
   EXPECT_EQ(snapshotOfView(*view, 1).pixelAt(200, 324).a, 0);
@@ -134,40 +131,32 @@ TEST(Guideline, SitsNineSixteenthsDownAcrossNinetyFivePercentAndTheInkMovesWithI
   EXPECT_FALSE(guideline->isHidden());
 }
 
-TEST(Guideline, ZeroWidthViewLeavesAZeroWidthGuidelineFromThenOn) {
-  auto view = HeadlessView::create(makeRect(0, 0, 0, 300));
-  auto controller = QnScrivletController::create(view, {}, {});
-  const auto& guideline = controller->guideline();
-  EXPECT_EQ(guideline->frame(), makeRect(0, 168.75, 0, 0));
-  controller->drawingController()->setDrawingArray(someInk());
-  auto ink = locations(*controller);
-  view->setFrame(makeRect(0, 0, 540, 527));
-  guideline->setContentMode(kQnContentModeScaleToFill);
-  controller->layoutGuideline();
-  EXPECT_EQ(guideline->frame(), makeRect(0, 168.75, 0, 0));
-  EXPECT_EQ(guideline->contentMode(), kQnContentModeScaleAspectFit);
-  EXPECT_EQ(locations(*controller), ink);
-
-  auto empty = QnScrivletController::create(HeadlessView::create(QnRectZero), {}, {});
-  EXPECT_EQ(empty->guideline()->frame(), QnRectZero);
-  EXPECT_NO_THROW(empty->updateLayout());
-}
-
-TEST(Guideline, AViewResizedToNothingTakesTheGuidelineToItsCornerForGoodAndTheInkWithIt) {
+// A view of no width, from the start or resized to nothing, leaves the guideline empty at its corner
+// for good: a later size never places it again, and the ink stays where the last layout took it.
+TEST(Guideline, AViewOfNoWidthLeavesAnEmptyGuidelineFromThenOnAndTheInkWhereItWas) {
   for (QnSize nothing : {QnSize{0, 0}, QnSize{0, 300}}) {
-    auto view = HeadlessView::create(makeRect(0, 0, 540, 527));
-    auto controller = QnScrivletController::create(view, {}, {});
-    const auto& guideline = controller->guideline();
-    controller->drawingController()->setDrawingArray(someInk());
-    const double y = nothing.height * 9 / 16;
-    auto moved = locations(*controller, -kX540, y - kY527);
-    view->setFrame({{0, 0}, nothing});
-    EXPECT_EQ(guideline->frame(), makeRect(0, y, 0, 0));
-    EXPECT_EQ(locations(*controller), moved);
-    view->setFrame(makeRect(0, 0, 540, 527));  // an empty guideline is never placed again
-    EXPECT_EQ(guideline->frame(), makeRect(0, y, 0, 0));
-    EXPECT_EQ(locations(*controller), moved);
+    for (bool fromTheStart : {true, false}) {
+      SCOPED_TRACE(testing::Message() << nothing.height << (fromTheStart ? " from the start" : " resized"));
+      auto view = HeadlessView::create(fromTheStart ? QnRect{{0, 0}, nothing} : makeRect(0, 0, 540, 527));
+      auto controller = QnScrivletController::create(view, {}, {});
+      const auto& guideline = controller->guideline();
+      controller->drawingController()->setDrawingArray(someInk());
+      const double y = nothing.height * 9 / 16;
+      auto moved = locations(*controller, fromTheStart ? 0 : -kX540, fromTheStart ? 0 : y - kY527);
+      view->setFrame({{0, 0}, nothing});
+      EXPECT_EQ(guideline->frame(), makeRect(0, y, 0, 0));
+      EXPECT_EQ(locations(*controller), moved);
+      view->setFrame(makeRect(0, 0, 540, 527));
+      guideline->setContentMode(kQnContentModeScaleToFill);
+      controller->layoutGuideline();
+      EXPECT_EQ(guideline->frame(), makeRect(0, y, 0, 0));
+      EXPECT_EQ(guideline->contentMode(), kQnContentModeScaleAspectFit);
+      EXPECT_EQ(locations(*controller), moved);
+      EXPECT_NO_THROW(controller->updateLayout());
+    }
   }
+  // Without a view the guideline is laid out as on a view of zero size.
+  EXPECT_EQ(QnScrivletController::create(nullptr, {}, {})->guideline()->frame(), QnRectZero);
 }
 
 }  // namespace

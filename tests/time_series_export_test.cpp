@@ -1,5 +1,4 @@
-// The time-series XML document: its fixed frame, every sample channel as 16-bit integer text, and
-// the writer it is built with.
+// The time-series XML document: its fixed frame and every sample channel as 16-bit integer text.
 #include <climits>
 
 #include "export/xml_serializer.h"
@@ -165,24 +164,6 @@ TEST_F(TimeSeriesExport, ElevationUsesTheAzimuthPrescaler) {
           1000.0f, 1.0f, 1.0f, 1.0f, 2.0f, 5.0f);
   // Azimuth 17.0488 * 2 -> 34; elevation 57.2958 * 2 = 114.59 -> 115. Force 19.6133 -> 20.
   EXPECT_EQ(xml.toString(), samplePoints({{0, 0, 2, 3, -1, -1, 34, 115, 0, 20}}));
-}
-
-TEST(XMLSerializer, WritesTagsAndTextsUnchanged) {
-  QnXMLSerializer xml;
-  xml.setString("left over");
-  xml.startDocument("ISO-8859-1");
-  const std::string prolog = "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>";
-  EXPECT_EQ(xml.toString(), prolog);
-  xml.startTag("a x=\"1\" y='2'");
-  xml.text("1 < 2 & \"3\"");
-  xml.startTag("b");
-  xml.endTag("b");
-  xml.endTag("a");
-  xml.endDocument();
-  EXPECT_EQ(xml.toString(), prolog + "<a x=\"1\" y='2'>1 < 2 & \"3\"<b></b></a>");
-  EXPECT_EQ(xml.string(), xml.toString());
-  xml.startDocument("UTF-8");
-  EXPECT_EQ(xml.toString(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>");
 }
 
 TEST(TimeSeriesWriters, SixteenBitTextsClampAboveAndWrapBelow) {
