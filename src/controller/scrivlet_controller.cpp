@@ -4,7 +4,7 @@
 #include <scrivlet/gesture_recognizer.h>
 
 #include "capture/drawing_controller.h"
-#include "controller/style_kit.h"
+#include "render/style_kit.h"
 #include "controller/touches_observer_gesture_recognizer.h"
 #include "platform/image_view.h"
 

@@ -14,6 +14,14 @@ class QnBitmapContext;
 class QnComboContext;
 struct QnNotification;
 
+// What inks a stroke besides its points: the colour, the angle between velocities past which a bend
+// is drawn as a corner, and the debugging marks.
+struct QnInk {
+  QnColor color = QnColor::black();
+  float cornerThreshold = 0.7853981852531433f;  // pi/4
+  bool showDebug = false;
+};
+
 class QnDrawingView : public QnView {
  public:
   explicit QnDrawingView(QnRect frame);
@@ -67,6 +75,11 @@ class QnDrawingView : public QnView {
                                                       QnComboContext* context, bool finalSegment,
                                                       bool fullRedraw);
   void drawToCacheWithFinalSegmentFullRedraw(bool finalSegment, bool fullRedraw);
+  // The ink this view draws with now.
+  QnInk ink() const { return {strokeColor(), cornerThreshold_, showDebug_}; }
+  // Every stroke drawn in full with the ink, as a full redraw off the main thread draws it, but with
+  // no view at all: nothing cleared, nothing redisplayed, the same on every thread.
+  static void drawStrokesWithInk(QnComboContext* context, const QnStrokeList& strokes, const QnInk& ink);
   // Shows the cache over the bounds.
   void drawRect(CGContext& context, const QnRect& rect) override;
 
@@ -97,6 +110,8 @@ class QnDrawingView : public QnView {
   static bool vectorIsCollinearToVector(QnPoint v1, QnPoint v2);
 
  private:
+  // A view that only inks: no cache, no notifications.
+  QnDrawingView(QnRect frame, const QnInk& ink);
   void drawStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
                   bool finalSegment, bool fullRedraw);
   void drawDebugMarks(QnComboContext* context, QnPoint origin, QnPoint destination, QnPoint point,
@@ -132,6 +147,7 @@ class QnDrawingView : public QnView {
   // grows with the strokes already drawn.
   struct KeptInk;
   std::unique_ptr<KeptInk> keptInk_;
+  bool observesNotifications_ = false;
 };
 
 }  // namespace scrivlet
