@@ -22,6 +22,7 @@
 namespace scrivlet {
 
 class QnComboContext;
+class QnContext;
 class QnDemoDrawingController;
 class QnGestureRecognizer;
 class QnImage;
@@ -173,6 +174,12 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   double delayBeforeCaching() const { return delayBeforeCaching_; }
   void setDelayBeforeCaching(double delay) { delayBeforeCaching_ = delay; }
 
+  // --- Context ---
+  // Where the controller schedules its preparations and reads the time and the device: the default
+  // context unless another was given.
+  QnContext& context() const;
+  void setContext(std::shared_ptr<QnContext> context) { context_ = std::move(context); }
+
   // --- State and outputs ---
   const std::optional<std::string>& lastHash() const { return lastHash_; }
   void setLastHash(std::optional<std::string> hash) { lastHash_ = std::move(hash); }
@@ -278,6 +285,7 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   QnRect lastLocation_;
   QnRect copyOfTargetViewBounds_;
   std::vector<QnView::ObserverToken> observations_;
+  std::shared_ptr<QnContext> context_;
 };
 
 }  // namespace scrivlet

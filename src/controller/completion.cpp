@@ -1,6 +1,7 @@
 // Completion: the record prepared in the background after each stroke, and the delegate calls.
 #include <scrivlet/scrivlet_controller.h>
 
+#include <scrivlet/context.h>
 #include <scrivlet/scheduler.h>
 #include <scrivlet/signature.h>
 
@@ -12,6 +13,7 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
   // A second controller on an invisible view of the same frame, sharing the live stroke model.
   auto invisibleView = std::make_shared<QnView>(scrivletView_ ? scrivletView_->frame() : QnRectZero);
   std::shared_ptr<QnScrivletController> preparer = create(invisibleView, {}, manager_);
+  preparer->setContext(context_);
   preparer->setDrawingController(drawingController_);
   // The strokes are taken now, on the main thread; the live model may change meanwhile, though never
   // a finished stroke, which is shared rather than copied.
@@ -32,12 +34,13 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
   invalidateCacheTimer();
 
   std::weak_ptr<QnScrivletController> weakSelf = weak_from_this();
-  cacheTimerBlock_ = [weakSelf, preparer] {
-    QnScheduler::current().runInBackground([weakSelf, preparer]() mutable {
+  QnScheduler* scheduler = &context().scheduler();
+  cacheTimerBlock_ = [weakSelf, preparer, scheduler] {
+    scheduler->runInBackground([weakSelf, preparer, scheduler]() mutable {
       preparer->prepareScrivletData();
       // The preparer travels on to the main thread, so that its last reference is dropped there
       // and never with this closure on the background thread.
-      QnScheduler::current().postToMainThread([weakSelf, preparer = std::move(preparer)] {
+      scheduler->postToMainThread([weakSelf, preparer = std::move(preparer)] {
         std::shared_ptr<QnScrivletController> self = weakSelf.lock();
         if (!self) return;
         // No generation check: the last preparation to finish wins.
@@ -55,7 +58,7 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
       });
     });
   };
-  cacheTimer_ = QnScheduler::current().scheduleTimer(delay, [weakSelf] {
+  cacheTimer_ = scheduler->scheduleTimer(delay, [weakSelf] {
     if (auto self = weakSelf.lock()) self->runTimerBlockWithTimer(self->cacheTimer_.get());
   });
 }

@@ -1,6 +1,6 @@
 // The controller's exports: its settings taken as one value and drawn by the pure renderer, with the
 // results kept on the controller and its ink view as the preparation leaves them.
-#include <scrivlet/device.h>
+#include <scrivlet/context.h>
 #include <scrivlet/scrivlet_controller.h>
 #include <scrivlet/signature.h>
 
@@ -14,6 +14,7 @@
 #include "export/time_series_export.h"
 #include "platform/clock.h"
 #include "platform/main_thread.h"
+#include "platform/narrowing.h"
 #include "render/drawing_view.h"
 
 namespace scrivlet {
@@ -53,9 +54,10 @@ ExportSettings exportSettingsOf(const QnScrivletController& c) {
   s.exportHashOpacity = c.exportHashOpacity();
   s.customHash = c.customHash();
   s.skipPDFData = c.skipPDFData();
-  s.time = QnClock::now();
-  s.screenScale = QnDevice::screenScale();
-  s.metersPerPoint = QnDPICalculator::metersPerPoint();
+  QnContext& context = c.context();
+  s.time = context.now();
+  s.screenScale = context.screenScale();
+  s.metersPerPoint = QnDPICalculator::metersPerPixel() * narrowToFloat(context.nativeScale());
   return s;
 }
 
@@ -78,7 +80,7 @@ std::shared_ptr<QnSignature> QnScrivletController::prepareSignature() const {
                               ? copyOfStrokesClippedToBounds(myBrushStrokes_, copyOfTargetViewBounds_)
                               : myBrushStrokes_);
   signature->setHashString(lastHash_);
-  signature->setTimestamp(QnClock::timeIntervalSinceReferenceDate());
+  signature->setTimestamp(context().now() - kReferenceDateOffset);
   signature->setImageData(imageData_);
   if (!skipPDFData_) signature->setPdfData(pdfData_);
   signature->setSvgString(svgString_);
@@ -103,8 +105,8 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     QnScrivletController* controller, double w, double h, double x0, double y0, float scale,
     QnImage* pixels) {
   ExportSettings settings;
-  settings.screenScale = QnDevice::screenScale();
-  settings.time = QnClock::now();
+  settings.screenScale = QnContext::defaultContext().screenScale();
+  settings.time = QnContext::defaultContext().now();
   std::string hash;
   if (controller) settings = exportSettingsOf(*controller), hash = controller->lastHash().value_or("");
   // Without an ink view nothing inks the strokes.
@@ -138,7 +140,7 @@ std::string QnScrivletController::createXmlString() const {
   return timeSeriesXml(myBrushStrokes_, exportSettingsOf(*this));
 }
 
-std::string QnScrivletController::xmlDateString() const { return xmlDateText(QnClock::now()); }
+std::string QnScrivletController::xmlDateString() const { return xmlDateText(context().now()); }
 
 QnStrokeListRef QnScrivletController::copyOfStrokesClippedToBounds(const QnStrokeListRef& strokes, QnRect bounds) {
   return clippedCopyOfStrokes(strokes, bounds);

@@ -1,6 +1,7 @@
 // The capture controller's construction, teardown, settings and undo and redo.
 #include <scrivlet/scrivlet_controller.h>
 
+#include <scrivlet/context.h>
 #include <scrivlet/gesture_recognizer.h>
 
 #include "capture/drawing_controller.h"
@@ -122,6 +123,10 @@ void QnScrivletController::setStrokeExportColor(const QnColor& color) {
   strokeExportColor_ = color;
   if (drawingController_) drawingController_->setColor(color);
   updateLayout();
+}
+
+QnContext& QnScrivletController::context() const {
+  return context_ ? *context_ : QnContext::defaultContext();
 }
 
 unsigned long QnScrivletController::numberOfPointsInCurrentSignature() const {

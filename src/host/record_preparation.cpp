@@ -1,7 +1,7 @@
 // Records of a canvas, drawn by the pure record renderer from a copy of its strokes and settings.
 #include "host/record_preparation.h"
 
-#include <scrivlet/device.h>
+#include <scrivlet/context.h>
 #include <scrivlet/scheduler.h>
 #include <scrivlet/scrivlet_controller.h>
 
@@ -12,6 +12,7 @@
 #include "platform/clock.h"
 #include "platform/image.h"
 #include "platform/image_background.h"
+#include "platform/narrowing.h"
 
 #include <cstring>
 
@@ -92,7 +93,7 @@ RecordRequest requestOfCanvas(const QnScrivletController& live, std::optional<Qn
   s.showHash = live.showHash();
   // A record made a day (or, with the time, a second) before prints another date than one made now.
   if (s.showDate) {
-    double now = QnClock::now();
+    double now = live.context().now();
     s.dateText = mediumDateString(now) + (s.dateIncludesTime ? " " + mediumTimeString(now) : "");
   }
   s.customHash = live.customHash();
@@ -106,8 +107,8 @@ RecordRequest requestOfCanvas(const QnScrivletController& live, std::optional<Qn
   s.clipSignatureToBounds = live.clipSignatureToBounds();
   if (s.clipSignatureToBounds && live.scrivletView()) s.clipBounds = live.scrivletView()->bounds();
   s.skipPDF = live.skipPDFData();
-  s.screenScale = QnDevice::screenScale();
-  s.metersPerPoint = QnDPICalculator::metersPerPoint();
+  s.screenScale = live.context().screenScale();
+  s.metersPerPoint = QnDPICalculator::metersPerPixel() * narrowToFloat(live.context().nativeScale());
   s.background = std::move(background);
   return request;
 }
@@ -118,14 +119,16 @@ std::shared_ptr<QnSignature> prepareRecordNow(const RecordRequest& request, std:
   return signatureOfParts(partsOf(request, settings), request.strokes, settings, time - kReferenceDateOffset);
 }
 
-void prepareRecordInBackground(RecordRequest request, std::function<void(std::shared_ptr<QnSignature>)> ready) {
+void prepareRecordInBackground(QnContext& context, RecordRequest request,
+                               std::function<void(std::shared_ptr<QnSignature>)> ready) {
   auto shared = std::make_shared<RecordRequest>(std::move(request));
-  ExportSettings settings = exportSettingsOf(shared->settings, QnClock::now());
-  QnScheduler::current().runInBackground([shared, settings, ready = std::move(ready)]() mutable {
+  ExportSettings settings = exportSettingsOf(shared->settings, context.now());
+  QnScheduler* scheduler = &context.scheduler();
+  scheduler->runInBackground([shared, settings, scheduler, &context, ready = std::move(ready)]() mutable {
     auto parts = std::make_shared<RecordParts>(partsOf(*shared, settings));
     // The record is made and handed over on the main thread, at the time it is done.
-    QnScheduler::current().postToMainThread([shared, settings, parts, ready = std::move(ready)] {
-      ready(signatureOfParts(std::move(*parts), shared->strokes, settings, QnClock::timeIntervalSinceReferenceDate()));
+    scheduler->postToMainThread([shared, settings, parts, &context, ready = std::move(ready)] {
+      ready(signatureOfParts(std::move(*parts), shared->strokes, settings, context.now() - kReferenceDateOffset));
     });
   });
 }

@@ -13,6 +13,7 @@
 
 namespace scrivlet {
 
+class QnContext;
 class QnScrivletController;
 
 // Every setting the record depends on: those of the ink, of the exports, the view's bounds when the
@@ -53,9 +54,11 @@ RecordRequest requestOfCanvas(const QnScrivletController& live, std::optional<Qn
 // The record, made here and now, of the time given (seconds since the Unix epoch) or now.
 std::shared_ptr<QnSignature> prepareRecordNow(const RecordRequest& request,
                                               std::optional<double> unixTime = std::nullopt);
-// The record, made on a background thread and handed to `ready` on the main thread, where the work
-// was started (the same steps as the record's advance preparation).
-void prepareRecordInBackground(RecordRequest request, std::function<void(std::shared_ptr<QnSignature>)> ready);
+// The record, made on a background thread of the context's scheduler and handed to `ready` on its main
+// thread, where the work was started (the same steps as the record's advance preparation). The context
+// outlives the work.
+void prepareRecordInBackground(QnContext& context, RecordRequest request,
+                               std::function<void(std::shared_ptr<QnSignature>)> ready);
 
 // A record of its own: the same outputs, and strokes that share nothing with the original's.
 std::shared_ptr<QnSignature> copyOfRecord(const QnSignature& record);

@@ -1,13 +1,13 @@
-// Batches on threads of this process, with the progress on standard error.
+// Batches on the default context's workers, with the progress on standard error.
 #include "batch.h"
 
+#include <scrivlet/context.h>
+
 #include <algorithm>
-#include <atomic>
 #include <cstdio>
 #include <filesystem>
 #include <map>
 #include <mutex>
-#include <system_error>
 #include <thread>
 
 namespace scrivlet::tool {
@@ -25,33 +25,19 @@ int defaultJobs() { return std::max(1u, std::thread::hardware_concurrency()); }
 
 int runBatch(const std::vector<std::string>& inputs, int jobs, const std::function<int(const std::string&)>& job) {
   if (inputs.size() == 1) return job(inputs[0]);
-  std::atomic<size_t> next{0};
   std::mutex progress;
   size_t finished = 0;
   int status = 0;
-  auto work = [&] {
-    for (size_t i; (i = next++) < inputs.size();) {
-      int exit = job(inputs[i]);
-      std::lock_guard lock(progress);
-      status = std::max(status, exit);
-      // Holding standard output, so that the line never lands inside another input's report there.
-      flockfile(stdout);
-      std::fflush(stdout);
-      std::fprintf(stderr, "[%zu/%zu] %s: %s\n", ++finished, inputs.size(), inputs[i].c_str(), exit == 0 ? "ok" : "failed");
-      funlockfile(stdout);
-    }
-  };
-  std::vector<std::jthread> workers;
-  size_t count = std::min(inputs.size(), size_t(std::max(1, jobs)));
-  for (size_t i = 1; i < count; ++i) {
-    try {
-      workers.emplace_back(work);
-    } catch (const std::system_error&) {
-      break;  // fewer workers: this thread takes the rest
-    }
-  }
-  work();
-  workers.clear();
+  QnContext::defaultContext().forEachInParallel(inputs.size(), size_t(std::max(1, jobs)), [&](size_t i) {
+    int exit = job(inputs[i]);
+    std::lock_guard lock(progress);
+    status = std::max(status, exit);
+    // Holding standard output, so that the line never lands inside another input's report there.
+    flockfile(stdout);
+    std::fflush(stdout);
+    std::fprintf(stderr, "[%zu/%zu] %s: %s\n", ++finished, inputs.size(), inputs[i].c_str(), exit == 0 ? "ok" : "failed");
+    funlockfile(stdout);
+  });
   return status;
 }
 
