@@ -62,29 +62,29 @@ ExportSettings exportSettingsOf(const QnScrivletController& c) {
 }
 
 void QnScrivletController::prepareScrivletData() {
-  RecordParts parts = renderRecordParts(myBrushStrokes_, exportSettingsOf(*this));
-  lastHash_ = std::move(parts.hash);
-  lastLocation_ = parts.frame;
-  imageData_ = std::move(parts.png);
+  RecordParts parts = renderRecordParts(outputs_.myBrushStrokes, exportSettingsOf(*this));
+  outputs_.lastHash = std::move(parts.hash);
+  outputs_.lastLocation = parts.frame;
+  outputs_.imageData = std::move(parts.png);
   // With the PDF skipped, whatever an earlier run left stays.
-  if (!skipPDFData_) pdfData_ = std::move(parts.pdf);
-  svgString_ = std::move(parts.svg);
-  xmlString_ = std::move(parts.xml);
+  if (!settings_.skipPDFData) outputs_.pdfData = std::move(parts.pdf);
+  outputs_.svgString = std::move(parts.svg);
+  outputs_.xmlString = std::move(parts.xml);
   leaveInkViewWith(inkViewOf(this), std::move(parts.drawnStrokes));
 }
 
 std::shared_ptr<QnSignature> QnScrivletController::prepareSignature() const {
   auto signature = std::make_shared<QnSignature>();
-  signature->setFrame(lastLocation_);
-  signature->setRawPoints(clipSignatureToBounds_
-                              ? copyOfStrokesClippedToBounds(myBrushStrokes_, copyOfTargetViewBounds_)
-                              : myBrushStrokes_);
-  signature->setHashString(lastHash_);
+  signature->setFrame(outputs_.lastLocation);
+  signature->setRawPoints(settings_.clipSignatureToBounds
+                              ? copyOfStrokesClippedToBounds(outputs_.myBrushStrokes, outputs_.copyOfTargetViewBounds)
+                              : outputs_.myBrushStrokes);
+  signature->setHashString(outputs_.lastHash);
   signature->setTimestamp(context().now() - kReferenceDateOffset);
-  signature->setImageData(imageData_);
-  if (!skipPDFData_) signature->setPdfData(pdfData_);
-  signature->setSvgString(svgString_);
-  signature->setXmlString(xmlString_);
+  signature->setImageData(outputs_.imageData);
+  if (!settings_.skipPDFData) signature->setPdfData(outputs_.pdfData);
+  signature->setSvgString(outputs_.svgString);
+  signature->setXmlString(outputs_.xmlString);
   return signature;
 }
 
@@ -94,10 +94,10 @@ std::optional<std::vector<uint8_t>> QnScrivletController::getImageData(const std
 
 std::optional<std::vector<uint8_t>> QnScrivletController::exportCanvas(const std::string& format,
                                                                        QnImage* pixels) {
-  ExportCanvasFrame frame = exportCanvasFrame(myBrushStrokes_, exportSettingsOf(*this));
-  lastLocation_ = clipSignatureToBounds_ ? QnRectZero : makeRect(frame.x0, frame.y0, 0, 0);
-  return cfDataCreatePDFDocumentFromDrawing(myBrushStrokes_, format, false, this, frame.w, frame.h, frame.x0,
-                                            frame.y0, exportScale_, pixels);
+  ExportCanvasFrame frame = exportCanvasFrame(outputs_.myBrushStrokes, exportSettingsOf(*this));
+  outputs_.lastLocation = settings_.clipSignatureToBounds ? QnRectZero : makeRect(frame.x0, frame.y0, 0, 0);
+  return cfDataCreatePDFDocumentFromDrawing(outputs_.myBrushStrokes, format, false, this, frame.w, frame.h, frame.x0,
+                                            frame.y0, settings_.exportScale, pixels);
 }
 
 std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
@@ -134,10 +134,10 @@ void renderHashWithContext(QnComboContext* context, bool showDate, const QnScriv
                   controller->exportHashOpacity(), canvasHeight, dateSize);
 }
 
-void QnScrivletController::createAndStoreHashString() { lastHash_ = newSignatureHash(customHash_); }
+void QnScrivletController::createAndStoreHashString() { outputs_.lastHash = newSignatureHash(settings_.customHash); }
 
 std::string QnScrivletController::createXmlString() const {
-  return timeSeriesXml(myBrushStrokes_, exportSettingsOf(*this));
+  return timeSeriesXml(outputs_.myBrushStrokes, exportSettingsOf(*this));
 }
 
 std::string QnScrivletController::xmlDateString() const { return xmlDateText(context().now()); }

@@ -44,9 +44,9 @@ std::shared_ptr<QnScrivletController> QnScrivletController::create(
   if (controller->scrivletView_) controller->scrivletView_->addSubview(controller->guideline_);
   controller->drawingController_ =
       std::make_shared<QnDemoDrawingController>(controller->scrivletView_);
-  controller->drawingController_->setVelocityReduction(controller->velocityReduction_);
-  controller->drawingController_->setStrokeWidthMax(controller->strokeWidthMax_);
-  controller->drawingController_->setColor(controller->strokeExportColor_);
+  controller->drawingController_->setVelocityReduction(controller->settings_.velocityReduction);
+  controller->drawingController_->setStrokeWidthMax(controller->settings_.strokeWidthMax);
+  controller->drawingController_->setColor(controller->settings_.strokeExportColor);
   controller->attachRecognizers();
   return controller;
 }
@@ -100,27 +100,27 @@ bool QnScrivletController::gestureRecognizerShouldRecognizeSimultaneouslyWithGes
 }
 
 void QnScrivletController::setShowGuideline(bool show) {
-  showGuideline_ = show;
+  settings_.showGuideline = show;
   if (guideline_) guideline_->setHidden(!show);
 }
 
 void QnScrivletController::setStrokeWidthMax(float width) {
-  strokeWidthMax_ = width;
+  settings_.strokeWidthMax = width;
   if (drawingController_) drawingController_->setStrokeWidthMax(width);
 }
 
 void QnScrivletController::setVelocityReduction(float reduction) {
-  velocityReduction_ = reduction;
+  settings_.velocityReduction = reduction;
   if (drawingController_) drawingController_->setVelocityReduction(reduction);
 }
 
 void QnScrivletController::setUseCalligraphicBrush(bool calligraphic) {
-  useCalligraphicBrush_ = calligraphic;
+  settings_.useCalligraphicBrush = calligraphic;
   if (drawingController_) drawingController_->setUseCalligraphicBrush(calligraphic);
 }
 
 void QnScrivletController::setStrokeExportColor(const QnColor& color) {
-  strokeExportColor_ = color;
+  settings_.strokeExportColor = color;
   if (drawingController_) drawingController_->setColor(color);
   updateLayout();
 }
@@ -138,11 +138,11 @@ unsigned long QnScrivletController::numberOfPointsInCurrentSignature() const {
 }
 
 void QnScrivletController::undo(void*) {
-  if (swipeToUndoEnabled_ && drawingController_) drawingController_->undoDrawingStroke();
+  if (settings_.swipeToUndoEnabled && drawingController_) drawingController_->undoDrawingStroke();
 }
 
 void QnScrivletController::redo(void*) {
-  if (swipeToUndoEnabled_ && drawingController_) drawingController_->redoDrawingStroke();
+  if (settings_.swipeToUndoEnabled && drawingController_) drawingController_->redoDrawingStroke();
 }
 
 }  // namespace scrivlet
