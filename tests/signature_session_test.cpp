@@ -1,5 +1,6 @@
 // The signing session: the canvas's state, undo and redo whatever the gestures, strokes saved and
 // loaded back, and "Done" answering exactly once with a record of the canvas and settings at "Done".
+#include <scrivlet/context.h>
 #include <scrivlet/headless_view.h>
 #include <scrivlet/signature_session.h>
 #include <scrivlet/stroke_json.h>
@@ -306,6 +307,48 @@ TEST_F(Session, TheRecordsBackgroundIsOffByDefaultAndPaintedUnderTheInkWhenSet) 
       black += p == Rgba{0, 0, 0, 255} && rgbaAt(transparent, x, y) == Rgba{0, 0, 0, 255};
     }
   EXPECT_GT(black, 40);
+}
+
+}  // namespace
+}  // namespace scrivlet
+
+namespace scrivlet {
+namespace {
+
+using namespace test_support;
+
+// A session on a context of its own: its own loop, clock and device.
+struct OwnContext {
+  explicit OwnContext(double time) {
+    context->setScheduler(loop), context->setFixedTime(time);
+    session.signatureReady = [this](std::shared_ptr<QnSignature> r) { records.push_back(std::move(r)); };
+    touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}}, 1);
+    session.done();
+  }
+  void settle() {
+    for (int i = 0; i < 4; ++i) loop->advance(0.25), loop->runUntilIdle();
+  }
+  std::shared_ptr<HeadlessRunLoop> loop = std::make_shared<HeadlessRunLoop>();
+  std::shared_ptr<QnContext> context = QnContext::create();
+  std::shared_ptr<HeadlessView> view = HeadlessView::create(makeRect(0, 0, 300, 200));
+  SignatureSession session{view, context};
+  std::vector<std::shared_ptr<QnSignature>> records;
+};
+
+TEST(SessionContext, TwoSessionsOnContextsOfTheirOwnAreEachAnsweredOnTheirOwnLoopAtTheirOwnTime) {
+  ManualLoop host;  // the default context's loop, which neither session may use
+  QnClock::setFixedTime(1700000000);
+  OwnContext a(1600000000), b(1500000000);
+  a.settle();
+  for (int i = 0; i < 4; ++i) host.loop->advance(0.25), host.loop->runUntilIdle();
+  ASSERT_EQ(a.records.size(), 1u);
+  EXPECT_TRUE(b.records.empty()) << "answered on another loop than its own";
+  b.settle();
+  ASSERT_EQ(b.records.size(), 1u);
+  EXPECT_EQ(a.records[0]->timestamp(), 1600000000 - kReferenceDateOffset);
+  EXPECT_EQ(b.records[0]->timestamp(), 1500000000 - kReferenceDateOffset);
+  EXPECT_EQ(QnClock::now(), 1700000000);
+  QnClock::setFixedTime(std::nullopt);
 }
 
 }  // namespace

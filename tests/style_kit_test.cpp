@@ -1,5 +1,5 @@
 // The guideline artwork (x-mark and rule) and the guideline's place in the capture view.
-#include "controller/style_kit.h"
+#include "render/style_kit.h"
 
 #include <scrivlet/device.h>
 #include <scrivlet/headless_view.h>

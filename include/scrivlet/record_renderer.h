@@ -23,10 +23,9 @@ struct RecordRenderSettings {
   std::optional<QnColor> background;      // painted under the PNG's ink; transparent when not given
 };
 
-// The record of the strokes, drawn as a signing session draws its records, on the calling thread and
-// one of its own. A fixed timestamp fixes the process's clock while the record is drawn: give one
-// only where nothing else reads the time meanwhile (a server's worker, a tool). Nothing, with one
-// line on standard error, when there are no points.
+// The record of the strokes, drawn as a signing session draws its records. Re-entrant: it touches no
+// scheduler, clock or other shared state, so many records may be drawn at once on threads of one
+// process. Nothing, with one line on standard error, when there are no points.
 SCRIVLET_EXPORT std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& strokes,
                                                                     const RecordRenderSettings& settings);
 

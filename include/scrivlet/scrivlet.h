@@ -2,6 +2,7 @@
 #pragma once
 
 #include <scrivlet/color.h>
+#include <scrivlet/context.h>
 #include <scrivlet/controls.h>
 #include <scrivlet/delegate.h>
 #include <scrivlet/device.h>

@@ -22,6 +22,7 @@
 namespace scrivlet {
 
 class QnComboContext;
+class QnContext;
 class QnDemoDrawingController;
 class QnGestureRecognizer;
 class QnImage;
@@ -122,62 +123,68 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   static std::string uShortCappedStringOfInt(int value);
 
   // --- Settings ---
-  bool showGuideline() const { return showGuideline_; }
+  bool showGuideline() const { return settings_.showGuideline; }
   void setShowGuideline(bool show);
-  bool showDate() const { return showDate_; }
-  void setShowDate(bool show) { showDate_ = show; }
-  bool dateIncludesTime() const { return dateIncludesTime_; }
-  void setDateIncludesTime(bool includes) { dateIncludesTime_ = includes; }
-  bool showHash() const { return showHash_; }
-  void setShowHash(bool show) { showHash_ = show; }
-  bool clipSignatureToBounds() const { return clipSignatureToBounds_; }
-  void setClipSignatureToBounds(bool clip) { clipSignatureToBounds_ = clip; }
-  bool swipeToUndoEnabled() const { return swipeToUndoEnabled_; }
-  void setSwipeToUndoEnabled(bool enabled) { swipeToUndoEnabled_ = enabled; }
-  bool drawOnlyWithApplePencil() const { return drawOnlyWithApplePencil_; }
-  void setDrawOnlyWithApplePencil(bool stylusOnly) { drawOnlyWithApplePencil_ = stylusOnly; }
-  bool useCalligraphicBrush() const { return useCalligraphicBrush_; }
+  bool showDate() const { return settings_.showDate; }
+  void setShowDate(bool show) { settings_.showDate = show; }
+  bool dateIncludesTime() const { return settings_.dateIncludesTime; }
+  void setDateIncludesTime(bool includes) { settings_.dateIncludesTime = includes; }
+  bool showHash() const { return settings_.showHash; }
+  void setShowHash(bool show) { settings_.showHash = show; }
+  bool clipSignatureToBounds() const { return settings_.clipSignatureToBounds; }
+  void setClipSignatureToBounds(bool clip) { settings_.clipSignatureToBounds = clip; }
+  bool swipeToUndoEnabled() const { return settings_.swipeToUndoEnabled; }
+  void setSwipeToUndoEnabled(bool enabled) { settings_.swipeToUndoEnabled = enabled; }
+  bool drawOnlyWithApplePencil() const { return settings_.drawOnlyWithApplePencil; }
+  void setDrawOnlyWithApplePencil(bool stylusOnly) { settings_.drawOnlyWithApplePencil = stylusOnly; }
+  bool useCalligraphicBrush() const { return settings_.useCalligraphicBrush; }
   void setUseCalligraphicBrush(bool calligraphic);
-  bool skipPDFData() const { return skipPDFData_; }
-  void setSkipPDFData(bool skip) { skipPDFData_ = skip; }
-  uint8_t willBeDoneCallbackRequested() const { return willBeDoneCallbackRequested_; }
-  void setWillBeDoneCallbackRequested(uint8_t requested) { willBeDoneCallbackRequested_ = requested; }
-  uint8_t doneCallbackRequested() const { return doneCallbackRequested_; }
-  void setDoneCallbackRequested(uint8_t requested) { doneCallbackRequested_ = requested; }
-  float strokeWidthMax() const { return strokeWidthMax_; }
+  bool skipPDFData() const { return settings_.skipPDFData; }
+  void setSkipPDFData(bool skip) { settings_.skipPDFData = skip; }
+  uint8_t willBeDoneCallbackRequested() const { return completion_.willBeDoneCallbackRequested; }
+  void setWillBeDoneCallbackRequested(uint8_t requested) { completion_.willBeDoneCallbackRequested = requested; }
+  uint8_t doneCallbackRequested() const { return completion_.doneCallbackRequested; }
+  void setDoneCallbackRequested(uint8_t requested) { completion_.doneCallbackRequested = requested; }
+  float strokeWidthMax() const { return settings_.strokeWidthMax; }
   void setStrokeWidthMax(float width);
-  float velocityReduction() const { return velocityReduction_; }
+  float velocityReduction() const { return settings_.velocityReduction; }
   void setVelocityReduction(float reduction);
-  float exportScale() const { return exportScale_; }
-  void setExportScale(float scale) { exportScale_ = scale; }
-  float exportDateSize() const { return exportDateSize_; }
-  void setExportDateSize(float size) { exportDateSize_ = size; }
-  float exportHashSizeWidth() const { return exportHashSizeWidth_; }
-  void setExportHashSizeWidth(float width) { exportHashSizeWidth_ = width; }
-  float exportHashSizeHeight() const { return exportHashSizeHeight_; }
-  void setExportHashSizeHeight(float height) { exportHashSizeHeight_ = height; }
-  float exportFontRatio() const { return exportFontRatio_; }
-  void setExportFontRatio(float ratio) { exportFontRatio_ = ratio; }
-  float exportHashFontSize() const { return exportHashFontSize_; }
-  void setExportHashFontSize(float size) { exportHashFontSize_ = size; }
-  float exportHashOpacity() const { return exportHashOpacity_; }
-  void setExportHashOpacity(float opacity) { exportHashOpacity_ = opacity; }
-  float smoothingAmount() const { return smoothingAmount_; }
-  void setSmoothingAmount(float amount) { smoothingAmount_ = amount; }
-  float currentPressure() const { return currentPressure_; }
-  void setCurrentPressure(float pressure) { currentPressure_ = pressure; }
-  const std::optional<std::string>& customHash() const { return customHash_; }
-  void setCustomHash(std::optional<std::string> hash) { customHash_ = std::move(hash); }
-  const QnColor& strokeExportColor() const { return strokeExportColor_; }
+  float exportScale() const { return settings_.exportScale; }
+  void setExportScale(float scale) { settings_.exportScale = scale; }
+  float exportDateSize() const { return settings_.exportDateSize; }
+  void setExportDateSize(float size) { settings_.exportDateSize = size; }
+  float exportHashSizeWidth() const { return settings_.exportHashSizeWidth; }
+  void setExportHashSizeWidth(float width) { settings_.exportHashSizeWidth = width; }
+  float exportHashSizeHeight() const { return settings_.exportHashSizeHeight; }
+  void setExportHashSizeHeight(float height) { settings_.exportHashSizeHeight = height; }
+  float exportFontRatio() const { return settings_.exportFontRatio; }
+  void setExportFontRatio(float ratio) { settings_.exportFontRatio = ratio; }
+  float exportHashFontSize() const { return settings_.exportHashFontSize; }
+  void setExportHashFontSize(float size) { settings_.exportHashFontSize = size; }
+  float exportHashOpacity() const { return settings_.exportHashOpacity; }
+  void setExportHashOpacity(float opacity) { settings_.exportHashOpacity = opacity; }
+  float smoothingAmount() const { return settings_.smoothingAmount; }
+  void setSmoothingAmount(float amount) { settings_.smoothingAmount = amount; }
+  float currentPressure() const { return touch_.currentPressure; }
+  void setCurrentPressure(float pressure) { touch_.currentPressure = pressure; }
+  const std::optional<std::string>& customHash() const { return settings_.customHash; }
+  void setCustomHash(std::optional<std::string> hash) { settings_.customHash = std::move(hash); }
+  const QnColor& strokeExportColor() const { return settings_.strokeExportColor; }
   void setStrokeExportColor(const QnColor& color);
-  double delayBeforeCaching() const { return delayBeforeCaching_; }
-  void setDelayBeforeCaching(double delay) { delayBeforeCaching_ = delay; }
+  double delayBeforeCaching() const { return settings_.delayBeforeCaching; }
+  void setDelayBeforeCaching(double delay) { settings_.delayBeforeCaching = delay; }
+
+  // --- Context ---
+  // Where the controller schedules its preparations and reads the time and the device: the default
+  // context unless another was given.
+  QnContext& context() const;
+  void setContext(std::shared_ptr<QnContext> context) { context_ = std::move(context); }
 
   // --- State and outputs ---
-  const std::optional<std::string>& lastHash() const { return lastHash_; }
-  void setLastHash(std::optional<std::string> hash) { lastHash_ = std::move(hash); }
-  const QnStrokeListRef& myBrushStrokes() const { return myBrushStrokes_; }
-  void setMyBrushStrokes(QnStrokeListRef strokes) { myBrushStrokes_ = std::move(strokes); }
+  const std::optional<std::string>& lastHash() const { return outputs_.lastHash; }
+  void setLastHash(std::optional<std::string> hash) { outputs_.lastHash = std::move(hash); }
+  const QnStrokeListRef& myBrushStrokes() const { return outputs_.myBrushStrokes; }
+  void setMyBrushStrokes(QnStrokeListRef strokes) { outputs_.myBrushStrokes = std::move(strokes); }
   std::shared_ptr<QnScrivletControllerDelegate> delegate() const { return delegate_.lock(); }
   void setDelegate(std::weak_ptr<QnScrivletControllerDelegate> d) { delegate_ = std::move(d); }
   std::shared_ptr<QnScrivlet> manager() const { return manager_.lock(); }
@@ -189,31 +196,31 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
     drawingController_ = std::move(controller);
   }
   const std::shared_ptr<QnView>& scrivletView() const { return scrivletView_; }
-  const std::shared_ptr<QnSignature>& preparedSignature() const { return preparedSignature_; }
-  void setPreparedSignature(std::shared_ptr<QnSignature> s) { preparedSignature_ = std::move(s); }
-  const std::optional<std::vector<uint8_t>>& imageData() const { return imageData_; }
-  void setImageData(std::optional<std::vector<uint8_t>> data) { imageData_ = std::move(data); }
-  const std::optional<std::vector<uint8_t>>& pdfData() const { return pdfData_; }
-  void setPdfData(std::optional<std::vector<uint8_t>> data) { pdfData_ = std::move(data); }
-  const std::optional<std::string>& xmlString() const { return xmlString_; }
-  void setXmlString(std::optional<std::string> xml) { xmlString_ = std::move(xml); }
-  const std::optional<std::string>& svgString() const { return svgString_; }
-  void setSvgString(std::optional<std::string> svg) { svgString_ = std::move(svg); }
+  const std::shared_ptr<QnSignature>& preparedSignature() const { return outputs_.preparedSignature; }
+  void setPreparedSignature(std::shared_ptr<QnSignature> s) { outputs_.preparedSignature = std::move(s); }
+  const std::optional<std::vector<uint8_t>>& imageData() const { return outputs_.imageData; }
+  void setImageData(std::optional<std::vector<uint8_t>> data) { outputs_.imageData = std::move(data); }
+  const std::optional<std::vector<uint8_t>>& pdfData() const { return outputs_.pdfData; }
+  void setPdfData(std::optional<std::vector<uint8_t>> data) { outputs_.pdfData = std::move(data); }
+  const std::optional<std::string>& xmlString() const { return outputs_.xmlString; }
+  void setXmlString(std::optional<std::string> xml) { outputs_.xmlString = std::move(xml); }
+  const std::optional<std::string>& svgString() const { return outputs_.svgString; }
+  void setSvgString(std::optional<std::string> svg) { outputs_.svgString = std::move(svg); }
   const std::shared_ptr<QnImageView>& guideline() const { return guideline_; }
   const std::vector<std::shared_ptr<QnGestureRecognizer>>& gestureRecognizers() const {
     return gestureRecognizers_;
   }
-  const std::shared_ptr<QnSignature>& cachedSignature() const { return cachedSignature_; }
-  const std::shared_ptr<QnTimer>& cacheTimer() const { return cacheTimer_; }
-  const std::function<void()>& cacheTimerBlock() const { return cacheTimerBlock_; }
-  void setCachedSignature(std::shared_ptr<QnSignature> s) { cachedSignature_ = std::move(s); }
-  QnPoint lastDrawPoint() const { return lastDrawPoint_; }
-  void setLastDrawPoint(QnPoint point) { lastDrawPoint_ = point; }
-  QnPoint lastPreciseDrawPoint() const { return lastPreciseDrawPoint_; }
-  QnRect lastLocation() const { return lastLocation_; }
-  void setLastLocation(QnRect location) { lastLocation_ = location; }
-  QnRect copyOfTargetViewBounds() const { return copyOfTargetViewBounds_; }
-  void setCopyOfTargetViewBounds(QnRect bounds) { copyOfTargetViewBounds_ = bounds; }
+  const std::shared_ptr<QnSignature>& cachedSignature() const { return completion_.cachedSignature; }
+  const std::shared_ptr<QnTimer>& cacheTimer() const { return completion_.cacheTimer; }
+  const std::function<void()>& cacheTimerBlock() const { return completion_.cacheTimerBlock; }
+  void setCachedSignature(std::shared_ptr<QnSignature> s) { completion_.cachedSignature = std::move(s); }
+  QnPoint lastDrawPoint() const { return touch_.lastDrawPoint; }
+  void setLastDrawPoint(QnPoint point) { touch_.lastDrawPoint = point; }
+  QnPoint lastPreciseDrawPoint() const { return touch_.lastPreciseDrawPoint; }
+  QnRect lastLocation() const { return outputs_.lastLocation; }
+  void setLastLocation(QnRect location) { outputs_.lastLocation = location; }
+  QnRect copyOfTargetViewBounds() const { return outputs_.copyOfTargetViewBounds; }
+  void setCopyOfTargetViewBounds(QnRect bounds) { outputs_.copyOfTargetViewBounds = bounds; }
 
  private:
   QnScrivletController(std::shared_ptr<QnView> view,
@@ -233,52 +240,71 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
     if (auto d = delegate(); d && (*d).*method) ((*d).*method)(manager(), std::forward<Args>(args)...);
   }
 
-  bool showGuideline_ = true;
-  bool showDate_ = false;
-  bool dateIncludesTime_ = false;
-  bool showHash_ = false;
-  bool clipSignatureToBounds_ = false;
-  bool swipeToUndoEnabled_ = true;
-  bool drawOnlyWithApplePencil_ = false;
-  bool useCalligraphicBrush_ = false;
-  bool skipPDFData_ = false;
-  uint8_t willBeDoneCallbackRequested_ = 0;
-  uint8_t doneCallbackRequested_ = 0;
-  float strokeWidthMax_ = 4.0f;
-  float velocityReduction_ = 0.85f;
-  float exportScale_ = 1.0f;
-  float exportDateSize_ = 20.0f;
-  float exportHashSizeWidth_ = 200.0f;
-  float exportHashSizeHeight_ = 22.0f;
-  float exportFontRatio_ = 0.55f;
-  float exportHashFontSize_ = 23.0f;
-  float exportHashOpacity_ = 0.9f;
-  float smoothingAmount_ = 3.5f;
-  float currentPressure_ = 0;
-  std::optional<std::string> customHash_;
-  QnColor strokeExportColor_ = QnColor::black();
-  std::optional<std::string> lastHash_;
-  QnStrokeListRef myBrushStrokes_;
+  // What the host sets: capture, the guideline, the exports and the preparation's delay.
+  struct Settings {
+    bool showGuideline = true;
+    bool showDate = false;
+    bool dateIncludesTime = false;
+    bool showHash = false;
+    bool clipSignatureToBounds = false;
+    bool swipeToUndoEnabled = true;
+    bool drawOnlyWithApplePencil = false;
+    bool useCalligraphicBrush = false;
+    bool skipPDFData = false;
+    float strokeWidthMax = 4.0f;
+    float velocityReduction = 0.85f;
+    float exportScale = 1.0f;
+    float exportDateSize = 20.0f;
+    float exportHashSizeWidth = 200.0f;
+    float exportHashSizeHeight = 22.0f;
+    float exportFontRatio = 0.55f;
+    float exportHashFontSize = 23.0f;
+    float exportHashOpacity = 0.9f;
+    float smoothingAmount = 3.5f;
+    std::optional<std::string> customHash;
+    QnColor strokeExportColor = QnColor::black();
+    double delayBeforeCaching = 0.2;
+  };
+  // Completion: the record prepared in advance, its timer and work item, and the requests waiting.
+  struct Completion {
+    uint8_t willBeDoneCallbackRequested = 0;
+    uint8_t doneCallbackRequested = 0;
+    std::shared_ptr<QnSignature> cachedSignature;
+    std::shared_ptr<QnTimer> cacheTimer;
+    std::function<void()> cacheTimerBlock;
+  };
+  // The exports: the strokes they draw, the view's bounds, and what the last preparation left.
+  struct Outputs {
+    QnStrokeListRef myBrushStrokes;
+    QnRect copyOfTargetViewBounds;
+    std::optional<std::string> lastHash;
+    QnRect lastLocation;
+    std::shared_ptr<QnSignature> preparedSignature;
+    std::optional<std::vector<uint8_t>> imageData;
+    std::optional<std::vector<uint8_t>> pdfData;
+    std::optional<std::string> xmlString;
+    std::optional<std::string> svgString;
+  };
+  // Touch routing: the drawing touch followed by position, and the pressure of the moment.
+  struct TouchState {
+    float currentPressure = 0;
+    QnPoint lastDrawPoint;
+    QnPoint lastPreciseDrawPoint;
+  };
+
+  Settings settings_;
+  Completion completion_;
+  Outputs outputs_;
+  TouchState touch_;
   std::weak_ptr<QnScrivletControllerDelegate> delegate_;
   std::weak_ptr<QnScrivlet> manager_;
+  // The stroke model, the view captured on, and the layout's guideline and recognizers.
   std::shared_ptr<QnDemoDrawingController> drawingController_;
   std::shared_ptr<QnView> scrivletView_;
-  std::shared_ptr<QnSignature> preparedSignature_;
-  std::optional<std::vector<uint8_t>> imageData_;
-  std::optional<std::vector<uint8_t>> pdfData_;
-  std::optional<std::string> xmlString_;
-  std::optional<std::string> svgString_;
   std::shared_ptr<QnImageView> guideline_;
   std::vector<std::shared_ptr<QnGestureRecognizer>> gestureRecognizers_;
-  std::shared_ptr<QnSignature> cachedSignature_;
-  std::shared_ptr<QnTimer> cacheTimer_;
-  std::function<void()> cacheTimerBlock_;
-  double delayBeforeCaching_ = 0.2;
-  QnPoint lastDrawPoint_;
-  QnPoint lastPreciseDrawPoint_;
-  QnRect lastLocation_;
-  QnRect copyOfTargetViewBounds_;
   std::vector<QnView::ObserverToken> observations_;
+  std::shared_ptr<QnContext> context_;
 };
 
 }  // namespace scrivlet

@@ -15,11 +15,16 @@
 
 namespace scrivlet {
 
+class QnContext;
+
 class SCRIVLET_EXPORT SignatureSession {
  public:
   // Signs on the view (any QnView: a HeadlessView, a Qt capture widget's view). The session keeps the
   // facade and its delegate alive as long as it lives.
   explicit SignatureSession(std::shared_ptr<QnView> view);
+  // The same on a context of its own: its scheduler's loop, its clock and its device, shared with no
+  // other session. The context must outlive the session's work.
+  SignatureSession(std::shared_ptr<QnView> view, std::shared_ptr<QnContext> context);
   ~SignatureSession();
   SignatureSession(const SignatureSession&) = delete;
   SignatureSession& operator=(const SignatureSession&) = delete;

@@ -1,6 +1,7 @@
 // Completion: the record prepared in the background after each stroke, and the delegate calls.
 #include <scrivlet/scrivlet_controller.h>
 
+#include <scrivlet/context.h>
 #include <scrivlet/scheduler.h>
 #include <scrivlet/signature.h>
 
@@ -12,6 +13,7 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
   // A second controller on an invisible view of the same frame, sharing the live stroke model.
   auto invisibleView = std::make_shared<QnView>(scrivletView_ ? scrivletView_->frame() : QnRectZero);
   std::shared_ptr<QnScrivletController> preparer = create(invisibleView, {}, manager_);
+  preparer->setContext(context_);
   preparer->setDrawingController(drawingController_);
   // The strokes are taken now, on the main thread; the live model may change meanwhile, though never
   // a finished stroke, which is shared rather than copied.
@@ -20,61 +22,62 @@ void QnScrivletController::cacheSignatureAfterDelay(double delay) {
   preparer->setCopyOfTargetViewBounds(scrivletView_ ? scrivletView_->bounds() : QnRectZero);
   // Only these settings are copied; every other one keeps its default there (so records made
   // this way always carry the PDF).
-  preparer->setStrokeExportColor(strokeExportColor_);
-  preparer->setVelocityReduction(velocityReduction_);
-  preparer->setShowDate(showDate_);
-  preparer->setDateIncludesTime(dateIncludesTime_);
-  preparer->setShowHash(showHash_);
-  preparer->setCustomHash(customHash_);
-  preparer->setExportScale(exportScale_);
-  preparer->setClipSignatureToBounds(clipSignatureToBounds_);
-  cachedSignature_ = nullptr;
+  preparer->setStrokeExportColor(settings_.strokeExportColor);
+  preparer->setVelocityReduction(settings_.velocityReduction);
+  preparer->setShowDate(settings_.showDate);
+  preparer->setDateIncludesTime(settings_.dateIncludesTime);
+  preparer->setShowHash(settings_.showHash);
+  preparer->setCustomHash(settings_.customHash);
+  preparer->setExportScale(settings_.exportScale);
+  preparer->setClipSignatureToBounds(settings_.clipSignatureToBounds);
+  completion_.cachedSignature = nullptr;
   invalidateCacheTimer();
 
   std::weak_ptr<QnScrivletController> weakSelf = weak_from_this();
-  cacheTimerBlock_ = [weakSelf, preparer] {
-    QnScheduler::current().runInBackground([weakSelf, preparer]() mutable {
+  QnScheduler* scheduler = &context().scheduler();
+  completion_.cacheTimerBlock = [weakSelf, preparer, scheduler] {
+    scheduler->runInBackground([weakSelf, preparer, scheduler]() mutable {
       preparer->prepareScrivletData();
       // The preparer travels on to the main thread, so that its last reference is dropped there
       // and never with this closure on the background thread.
-      QnScheduler::current().postToMainThread([weakSelf, preparer = std::move(preparer)] {
+      scheduler->postToMainThread([weakSelf, preparer = std::move(preparer)] {
         std::shared_ptr<QnScrivletController> self = weakSelf.lock();
         if (!self) return;
         // No generation check: the last preparation to finish wins.
-        self->cachedSignature_ = preparer->prepareSignature();
-        if (self->willBeDoneCallbackRequested_) {
-          self->willBeDoneCallbackRequested_ = 0;
+        self->completion_.cachedSignature = preparer->prepareSignature();
+        if (self->completion_.willBeDoneCallbackRequested) {
+          self->completion_.willBeDoneCallbackRequested = 0;
           self->tellDelegate(&QnScrivletControllerDelegate::scrivletWillCompleteWithSignature,
-                             self->cachedSignature_);
+                             self->completion_.cachedSignature);
         }
-        if (self->doneCallbackRequested_) {
-          self->doneCallbackRequested_ = 0;
+        if (self->completion_.doneCallbackRequested) {
+          self->completion_.doneCallbackRequested = 0;
           self->tellDelegate(&QnScrivletControllerDelegate::scrivletDidCompleteWithSignature,
-                             self->cachedSignature_);
+                             self->completion_.cachedSignature);
         }
       });
     });
   };
-  cacheTimer_ = QnScheduler::current().scheduleTimer(delay, [weakSelf] {
-    if (auto self = weakSelf.lock()) self->runTimerBlockWithTimer(self->cacheTimer_.get());
+  completion_.cacheTimer = scheduler->scheduleTimer(delay, [weakSelf] {
+    if (auto self = weakSelf.lock()) self->runTimerBlockWithTimer(self->completion_.cacheTimer.get());
   });
 }
 
 void QnScrivletController::runTimerBlockWithTimer(QnTimer*) {
-  if (cacheTimerBlock_) cacheTimerBlock_();
+  if (completion_.cacheTimerBlock) completion_.cacheTimerBlock();
 }
 
 void QnScrivletController::invalidateCacheTimer() {
-  if (cacheTimer_) cacheTimer_->invalidate();
+  if (completion_.cacheTimer) completion_.cacheTimer->invalidate();
 }
 
 void QnScrivletController::willBeDone(const void*) {
   if (!drawingController_ || drawingController_->drawingArray()->empty()) return;
-  if (!cachedSignature_) {
-    willBeDoneCallbackRequested_ = 1;
+  if (!completion_.cachedSignature) {
+    completion_.willBeDoneCallbackRequested = 1;
     return;
   }
-  tellDelegate(&QnScrivletControllerDelegate::scrivletWillCompleteWithSignature, cachedSignature_);
+  tellDelegate(&QnScrivletControllerDelegate::scrivletWillCompleteWithSignature, completion_.cachedSignature);
 }
 
 void QnScrivletController::done(const void*) {
@@ -82,11 +85,11 @@ void QnScrivletController::done(const void*) {
     tellDelegate(&QnScrivletControllerDelegate::scrivletDidCompleteWithNoSignature);
     return;
   }
-  if (!cachedSignature_) {
-    doneCallbackRequested_ = 1;
+  if (!completion_.cachedSignature) {
+    completion_.doneCallbackRequested = 1;
     return;
   }
-  tellDelegate(&QnScrivletControllerDelegate::scrivletDidCompleteWithSignature, cachedSignature_);
+  tellDelegate(&QnScrivletControllerDelegate::scrivletDidCompleteWithSignature, completion_.cachedSignature);
 }
 
 void QnScrivletController::reset(const void*) {

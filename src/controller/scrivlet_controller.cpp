@@ -1,10 +1,11 @@
 // The capture controller's construction, teardown, settings and undo and redo.
 #include <scrivlet/scrivlet_controller.h>
 
+#include <scrivlet/context.h>
 #include <scrivlet/gesture_recognizer.h>
 
 #include "capture/drawing_controller.h"
-#include "controller/style_kit.h"
+#include "render/style_kit.h"
 #include "controller/touches_observer_gesture_recognizer.h"
 #include "platform/image_view.h"
 
@@ -43,9 +44,9 @@ std::shared_ptr<QnScrivletController> QnScrivletController::create(
   if (controller->scrivletView_) controller->scrivletView_->addSubview(controller->guideline_);
   controller->drawingController_ =
       std::make_shared<QnDemoDrawingController>(controller->scrivletView_);
-  controller->drawingController_->setVelocityReduction(controller->velocityReduction_);
-  controller->drawingController_->setStrokeWidthMax(controller->strokeWidthMax_);
-  controller->drawingController_->setColor(controller->strokeExportColor_);
+  controller->drawingController_->setVelocityReduction(controller->settings_.velocityReduction);
+  controller->drawingController_->setStrokeWidthMax(controller->settings_.strokeWidthMax);
+  controller->drawingController_->setColor(controller->settings_.strokeExportColor);
   controller->attachRecognizers();
   return controller;
 }
@@ -99,29 +100,33 @@ bool QnScrivletController::gestureRecognizerShouldRecognizeSimultaneouslyWithGes
 }
 
 void QnScrivletController::setShowGuideline(bool show) {
-  showGuideline_ = show;
+  settings_.showGuideline = show;
   if (guideline_) guideline_->setHidden(!show);
 }
 
 void QnScrivletController::setStrokeWidthMax(float width) {
-  strokeWidthMax_ = width;
+  settings_.strokeWidthMax = width;
   if (drawingController_) drawingController_->setStrokeWidthMax(width);
 }
 
 void QnScrivletController::setVelocityReduction(float reduction) {
-  velocityReduction_ = reduction;
+  settings_.velocityReduction = reduction;
   if (drawingController_) drawingController_->setVelocityReduction(reduction);
 }
 
 void QnScrivletController::setUseCalligraphicBrush(bool calligraphic) {
-  useCalligraphicBrush_ = calligraphic;
+  settings_.useCalligraphicBrush = calligraphic;
   if (drawingController_) drawingController_->setUseCalligraphicBrush(calligraphic);
 }
 
 void QnScrivletController::setStrokeExportColor(const QnColor& color) {
-  strokeExportColor_ = color;
+  settings_.strokeExportColor = color;
   if (drawingController_) drawingController_->setColor(color);
   updateLayout();
+}
+
+QnContext& QnScrivletController::context() const {
+  return context_ ? *context_ : QnContext::defaultContext();
 }
 
 unsigned long QnScrivletController::numberOfPointsInCurrentSignature() const {
@@ -133,11 +138,11 @@ unsigned long QnScrivletController::numberOfPointsInCurrentSignature() const {
 }
 
 void QnScrivletController::undo(void*) {
-  if (swipeToUndoEnabled_ && drawingController_) drawingController_->undoDrawingStroke();
+  if (settings_.swipeToUndoEnabled && drawingController_) drawingController_->undoDrawingStroke();
 }
 
 void QnScrivletController::redo(void*) {
-  if (swipeToUndoEnabled_ && drawingController_) drawingController_->redoDrawingStroke();
+  if (settings_.swipeToUndoEnabled && drawingController_) drawingController_->redoDrawingStroke();
 }
 
 }  // namespace scrivlet

@@ -16,7 +16,7 @@ bool isFinite(QnPoint p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 }  // namespace
 
 bool QnScrivletController::shouldDrawWithTouches(const QnTouchSet& touches) const {
-  return drawOnlyWithApplePencil_ ? touchesIncludePen(touches) : true;
+  return settings_.drawOnlyWithApplePencil ? touchesIncludePen(touches) : true;
 }
 
 bool QnScrivletController::touchesIncludePen(const QnTouchSet& touches) {
@@ -35,8 +35,8 @@ QnPoint QnScrivletController::previousLocationOfTouchInView(const QnTouch& touch
 }
 
 QnPoint QnScrivletController::initiateDrawingPointFromTouch(const QnTouch& touch) {
-  lastDrawPoint_ = locationOfTouchInView(touch, scrivletView_.get());
-  return lastDrawPoint_;
+  touch_.lastDrawPoint = locationOfTouchInView(touch, scrivletView_.get());
+  return touch_.lastDrawPoint;
 }
 
 bool QnScrivletController::lastDrawingPointMatchedInTouchesAndSaved(const QnTouchSet& touches) {
@@ -45,8 +45,8 @@ bool QnScrivletController::lastDrawingPointMatchedInTouchesAndSaved(const QnTouc
     if (!touch) continue;
     QnPoint previous = previousLocationOfTouchInView(*touch, scrivletView_.get());
     QnPoint current = locationOfTouchInView(*touch, scrivletView_.get());
-    if (previous == lastDrawPoint_ || current == lastDrawPoint_) {
-      lastDrawPoint_ = current;
+    if (previous == touch_.lastDrawPoint || current == touch_.lastDrawPoint) {
+      touch_.lastDrawPoint = current;
       return true;
     }
   }
@@ -95,15 +95,15 @@ void QnScrivletController::touchesEndedWithEvent(const QnTouchSet& touches, cons
   drawingController_->drawTouchEndedWithPoint(point);
   tellDelegate(&QnScrivletControllerDelegate::scrivletDidEndLineWithSignaturePointCount,
                numberOfPointsInCurrentSignature());
-  cacheSignatureAfterDelay(delayBeforeCaching_);
+  cacheSignatureAfterDelay(settings_.delayBeforeCaching);
 }
 
 void QnScrivletController::touchesCancelledWithEvent(const QnTouchSet& touches, const QnEvent&) {
   if (!drawingController_ || !shouldDrawWithTouches(touches)) return;
   for (const auto& touch : touches) {
-    if (touch && locationOfTouchInView(*touch, scrivletView_.get()) == lastDrawPoint_) {
+    if (touch && locationOfTouchInView(*touch, scrivletView_.get()) == touch_.lastDrawPoint) {
       drawingController_->cancelDrawingStroke();
-      cacheSignatureAfterDelay(delayBeforeCaching_);
+      cacheSignatureAfterDelay(settings_.delayBeforeCaching);
     }
   }
 }

@@ -1,11 +1,9 @@
 // The export canvas: its size around the strokes, the date and hash room, and the three targets.
 #include "export/export_renderer.h"
 
-#include <scrivlet/device.h>
-#include <scrivlet/scrivlet_controller.h>
-
-#include "capture/drawing_controller.h"
+#include "export/export_settings.h"
 #include "export/signature_hash.h"
+#include "export/stroke_copies.h"
 #include "platform/clock.h"
 #include "platform/drawing_log.h"
 #include "platform/fonts.h"
@@ -39,51 +37,49 @@ int integerPart(float value) {
 
 }  // namespace
 
-std::optional<std::vector<uint8_t>> QnScrivletController::getImageData(const std::string& format) {
-  return exportCanvas(format, nullptr);
-}
-
-std::optional<std::vector<uint8_t>> QnScrivletController::exportCanvas(const std::string& format,
-                                                                       PNGJob* pngLater) {
-  QnRect box = boundingRectOfStrokesF(myBrushStrokes_);
+ExportCanvasFrame exportCanvasFrame(const QnStrokeListRef& strokes, const ExportSettings& settings) {
+  QnRect box = boundingRectOfStrokes(strokes);
+  float m = settings.strokeWidthMax;
   // A margin of one and a half pen widths on every side, the products in single precision.
-  double w = box.size.width + static_cast<double>(3 * strokeWidthMax_);
-  double h = box.size.height + static_cast<double>(3 * strokeWidthMax_);
-  double x0 = box.origin.x - static_cast<double>(1.5f * strokeWidthMax_);
-  double y0 = box.origin.y - static_cast<double>(1.5f * strokeWidthMax_);
-  lastLocation_ = makeRect(x0, y0, 0, 0);
-  if (showDate_) h += exportDateSize_ + 3.0;
-  if (clipSignatureToBounds_) {
-    w = copyOfTargetViewBounds_.size.width;
-    h = copyOfTargetViewBounds_.size.height;
-    x0 = y0 = 0;
-    lastLocation_ = QnRectZero;
+  ExportCanvasFrame frame{box.size.width + static_cast<double>(3 * m), box.size.height + static_cast<double>(3 * m),
+                          box.origin.x - static_cast<double>(1.5f * m), box.origin.y - static_cast<double>(1.5f * m)};
+  if (settings.showDate) frame.h += settings.exportDateSize + 3.0;
+  if (settings.clipSignatureToBounds) {
+    frame.w = settings.copyOfTargetViewBounds.size.width;
+    frame.h = settings.copyOfTargetViewBounds.size.height;
+    frame.x0 = frame.y0 = 0;
   }
-  return cfDataCreatePDFDocumentFromDrawing(myBrushStrokes_, format, false, this, w, h, x0, y0,
-                                            exportScale_, pngLater);
+  return frame;
 }
 
-std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
-    const QnStrokeListRef& strokes, const std::string& format, bool unscaledPNG,
-    QnScrivletController* controller, double w, double h, double x0, double y0, float scale,
+std::optional<std::vector<uint8_t>> exportOfStrokes(const QnStrokeListRef& strokes, const std::string& format,
+                                                    const ExportSettings& settings, const std::string& hash,
+                                                    ExportCanvasOutcome* outcome, PNGJob* pngLater) {
+  ExportCanvasFrame frame = exportCanvasFrame(strokes, settings);
+  return drawExportCanvas(strokes, format, false, settings, hash, frame.w, frame.h, frame.x0, frame.y0,
+                          settings.exportScale, outcome, pngLater);
+}
+
+std::optional<std::vector<uint8_t>> drawExportCanvas(
+    const QnStrokeListRef& strokes, const std::string& format, bool unscaledPNG, const ExportSettings& settings,
+    const std::string& hash, double w, double h, double x0, double y0, float scale, ExportCanvasOutcome* outcome,
     PNGJob* pngLater) {
   double s = scale;
   double W = w * s, H = h * s;
-  bool showDate = controller && controller->showDate();
-  bool showHash = controller && controller->showHash();
-  float dateFontSize = controller ? controller->exportDateSize() : 0;
+  bool showDate = settings.showDate;
+  bool showHash = settings.showHash;
+  float dateFontSize = settings.exportDateSize;
   double dateSize = std::ceil(dateFontSize);
-  std::string hash = controller ? controller->lastHash().value_or("") : "";
-  QnSize hashSize = controller ? measureBoldText(hash, controller->exportHashFontSize()) : QnSize{};
+  QnSize hashSize = measureBoldText(hash, settings.exportHashFontSize);
   double hashW = std::ceil(hashSize.width), hashH = std::ceil(hashSize.height);
   std::vector<uint8_t> buffer;
   double e = (format == "PNG" && unscaledPNG) ? 1.0 : s;
 
   std::string date;
   if (showDate) {
-    double now = QnClock::now();
+    double now = settings.time;
     date = mediumDateString(now);
-    if (controller->dateIncludesTime()) date += " " + mediumTimeString(now);
+    if (settings.dateIncludesTime) date += " " + mediumTimeString(now);
     // The scaled canvas width is compared with the unscaled text width.
     double textWidth = measureBoldText(date, dateFontSize).width;
     if (W < textWidth + kDateMargin) {
@@ -125,13 +121,11 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     combo = std::make_unique<QnComboContext>(drawing.get());
   }
   combo->setScaleCTMXY(narrowToFloat(e), narrowToFloat(e));
-  renderSignature(combo.get(), strokes, integerPart(cx), integerPart(cy), controller);
+  QnStrokeListRef drawn = renderSignatureWithInk(combo.get(), strokes, integerPart(cx), integerPart(cy), settings);
   if (showDate) renderDate(combo.get(), date, ch, dateSize);
-  if (showHash) renderHashWithContext(combo.get(), showDate, controller, ch, dateSize);
-  if (controller) {
-    QnRect location = controller->lastLocation();
-    controller->setLastLocation({location.origin, {W, H}});
-  }
+  if (showHash)
+    renderHashBadge(combo.get(), showDate, hash, settings.exportHashFontSize, settings.exportHashOpacity, ch, dateSize);
+  if (outcome) *outcome = {{W, H}, std::move(drawn)};
 
   if (format == "PDF") {
     pdf->end();
@@ -139,7 +133,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
     return buffer;
   }
   if (format == "PNG") {
-    double pixelScale = QnDevice::screenScale();
+    double pixelScale = settings.screenScale;
     PNGJob draw = [drawing = std::shared_ptr<const DrawingLog>(drawing), canvas, pixelScale] {
       return drawAsPNG(*drawing, canvas, pixelScale);
     };
@@ -159,15 +153,13 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
   return std::nullopt;
 }
 
-void renderSignature(QnComboContext* context, const QnStrokeListRef& strokes, int originX,
-                     int originY, QnScrivletController* controller) {
-  if (!controller || !controller->drawingController()) return;
-  const auto& canvasView = controller->drawingController()->canvasView();
-  // The ink view keeps this copy as its stroke list until the live model sets its own again.
-  QnStrokeListRef moved =
-      QnScrivletController::copyOfStrokesWithOffset(strokes, {-double(originX), -double(originY)});
-  canvasView->setMyStrokes(moved);
-  canvasView->drawStrokesToContextWithFinalSegmentFullRedraw(moved, context, true, true);
+QnStrokeListRef renderSignatureWithInk(QnComboContext* context, const QnStrokeListRef& strokes, int originX,
+                                       int originY, const ExportSettings& settings) {
+  QnStrokeListRef moved = copyOfStrokesMovedBy(strokes, {-double(originX), -double(originY)});
+  if (!context) return moved;
+  if (settings.clearedBeforeInk) context->clearRect(*settings.clearedBeforeInk);
+  QnDrawingView::drawStrokesWithInk(context, *moved, settings.ink);
+  return moved;
 }
 
 void renderDate(QnComboContext* context, const std::string& date, double height, double fontSize) {

@@ -1,12 +1,11 @@
 // Copies of the strokes for export: clipped to the view, shifted, and their bounding box.
-#include <scrivlet/scrivlet_controller.h>
+#include "export/stroke_copies.h"
 
 #include <algorithm>
 
 namespace scrivlet {
 
-QnStrokeListRef QnScrivletController::copyOfStrokesClippedToBounds(const QnStrokeListRef& strokes,
-                                                                   QnRect bounds) {
+QnStrokeListRef clippedCopyOfStrokes(const QnStrokeListRef& strokes, QnRect bounds) {
   auto copy = std::make_shared<QnStrokeList>();
   if (!strokes) return copy;
   copy->reserve(strokes->size());
@@ -20,12 +19,7 @@ QnStrokeListRef QnScrivletController::copyOfStrokesClippedToBounds(const QnStrok
   return copy;
 }
 
-QnStrokeListRef QnScrivletController::copyOfStrokesWithOffset(const QnStrokeListRef& strokes,
-                                                              QnPoint offset) {
-  return copyOfStrokesMovedBy(strokes, offset);
-}
-
-QnRect QnScrivletController::boundingRectOfStrokesF(const QnStrokeListRef& strokes) {
+QnRect boundingRectOfStrokes(const QnStrokeListRef& strokes) {
   const QnSignaturePoint* first = nullptr;
   if (strokes)
     for (const QnStrokeRef& stroke : *strokes)

@@ -1,7 +1,8 @@
 // The signature's time series as an ISO/IEC 19794-7 XML document: every sample as integers.
-#include <scrivlet/scrivlet_controller.h>
+#include "export/time_series_export.h"
 
-#include "capture/dpi_calculator.h"
+#include "export/export_settings.h"
+#include "export/stroke_copies.h"
 #include "export/xml_serializer.h"
 #include "platform/clock.h"
 #include "platform/format.h"
@@ -28,27 +29,27 @@ int roundSingle(double value) { return static_cast<int>(std::lround(narrowToFloa
 
 }  // namespace
 
-std::string QnScrivletController::shortCappedStringOfInt(int value) {
+std::string shortCappedText(int value) {
   // Only the upper bound is clamped; below -32768 the 16-bit value wraps.
   return formatHd(value >= 32768 ? 32767 : value);
 }
 
-std::string QnScrivletController::uShortCappedStringOfInt(int value) {
+std::string uShortCappedText(int value) {
   // Only the upper bound is clamped; a negative value wraps.
   return formatHu(value >= 65536 ? 65535 : value);
 }
 
-std::string QnScrivletController::xmlDateString() const {
-  return utcDateString(QnClock::now(), "yyyy-MM-dd'T'HH:mm:ss'Z'");
+std::string xmlDateText(double unixSeconds) {
+  return utcDateString(unixSeconds, "yyyy-MM-dd'T'HH:mm:ss'Z'");
 }
 
-std::string QnScrivletController::createXmlString() const {
-  QnStrokeListRef strokes = clipSignatureToBounds_
-                                ? copyOfStrokesClippedToBounds(myBrushStrokes_, copyOfTargetViewBounds_)
-                                : myBrushStrokes_;
-  std::string captureTime = xmlDateString();
+std::string timeSeriesXml(const QnStrokeListRef& myBrushStrokes, const ExportSettings& settings) {
+  QnStrokeListRef strokes = settings.clipSignatureToBounds
+                                ? clippedCopyOfStrokes(myBrushStrokes, settings.copyOfTargetViewBounds)
+                                : myBrushStrokes;
+  std::string captureTime = xmlDateText(settings.time);
   std::string orientation =
-      formatD(static_cast<int>(std::lround(1.0f / QnDPICalculator::metersPerPoint() * 10.0f)));
+      formatD(static_cast<int>(std::lround(1.0f / settings.metersPerPoint * 10.0f)));
 
   QnXMLSerializer xml;
   xml.startDocument("UTF-8");
@@ -87,8 +88,7 @@ std::string QnScrivletController::createXmlString() const {
   }
   xml.endTag("sig:ChannelDescriptionList");
   xml.startTag("sig:SamplePointList");
-  writeSamplePointListStrokesLocationPrescalerTimePrescalerVelocityPrescalerAccelerationPrescalerPressurePrescalerAzimuthPrescalerElevationPrescaler(
-      xml, strokes, 10.0f, 1000.0f, 100.0f, 100.0f, 100.0f, 1.0f, 1.0f);
+  writeSamplePoints(xml, strokes, 10.0f, 1000.0f, 100.0f, 100.0f, 100.0f, 1.0f, 1.0f);
   xml.endTag("sig:SamplePointList");
   xml.endTag("sig:Representation");
   xml.endTag("sig:RepresentationList");
@@ -102,11 +102,9 @@ std::string QnScrivletController::createXmlString() const {
   return xml.toString();
 }
 
-void QnScrivletController::
-    writeSamplePointListStrokesLocationPrescalerTimePrescalerVelocityPrescalerAccelerationPrescalerPressurePrescalerAzimuthPrescalerElevationPrescaler(
-        QnXMLSerializer& xml, const QnStrokeListRef& strokes, float locationPrescaler,
-        float timePrescaler, float velocityPrescaler, float accelerationPrescaler,
-        float pressurePrescaler, float azimuthPrescaler, float) {
+void writeSamplePoints(QnXMLSerializer& xml, const QnStrokeListRef& strokes, float locationPrescaler,
+                       float timePrescaler, float velocityPrescaler, float accelerationPrescaler,
+                       float pressurePrescaler, float azimuthPrescaler, float) {
   if (!strokes) return;
   // The first point there is sets the clock; without one there is nothing to write.
   const QnSignaturePoint* first = nullptr;
@@ -117,8 +115,8 @@ void QnScrivletController::
     }
   if (!first) return;
   double previousTime = first->timestamp;
-  QnRect box = boundingRectOfStrokesF(strokes);
-  QnStrokeListRef shifted = copyOfStrokesWithOffset(strokes, {-box.origin.x, -box.origin.y});
+  QnRect box = boundingRectOfStrokes(strokes);
+  QnStrokeListRef shifted = copyOfStrokesMovedBy(strokes, {-box.origin.x, -box.origin.y});
   double p = locationPrescaler, v = velocityPrescaler, a = accelerationPrescaler;
   double angle = azimuthPrescaler;
 
@@ -145,24 +143,24 @@ void QnScrivletController::
 
       xml.startTag("sig:SamplePoint");
       xml.startTag("sig:PenTipCoord");
-      xml.element("cmn:X", shortCappedStringOfInt(x));
-      xml.element("cmn:Y", shortCappedStringOfInt(y));
+      xml.element("cmn:X", shortCappedText(x));
+      xml.element("cmn:Y", shortCappedText(y));
       xml.element("cmn:Z", "0");
       xml.endTag("sig:PenTipCoord");
       xml.startTag("sig:PenTipVelocity");
-      xml.element("sig:VelocityX", shortCappedStringOfInt(vx));
-      xml.element("sig:VelocityY", shortCappedStringOfInt(vy));
+      xml.element("sig:VelocityX", shortCappedText(vx));
+      xml.element("sig:VelocityY", shortCappedText(vy));
       xml.endTag("sig:PenTipVelocity");
       xml.startTag("sig:PenTipAcceleration");
-      xml.element("sig:AccelerationX", shortCappedStringOfInt(ax));
-      xml.element("sig:AccelerationY", shortCappedStringOfInt(ay));
+      xml.element("sig:AccelerationX", shortCappedText(ax));
+      xml.element("sig:AccelerationY", shortCappedText(ay));
       xml.endTag("sig:PenTipAcceleration");
       xml.startTag("sig:PenOrient");
-      xml.element("sig:PenAzimuth", shortCappedStringOfInt(azimuth));
-      xml.element("sig:PenElevation", shortCappedStringOfInt(elevation));
+      xml.element("sig:PenAzimuth", shortCappedText(azimuth));
+      xml.element("sig:PenElevation", shortCappedText(elevation));
       xml.endTag("sig:PenOrient");
-      xml.element("sig:DTChannel", uShortCappedStringOfInt(dt));
-      xml.element("sig:FChannel", uShortCappedStringOfInt(force));
+      xml.element("sig:DTChannel", uShortCappedText(dt));
+      xml.element("sig:FChannel", uShortCappedText(force));
       xml.endTag("sig:SamplePoint");
     }
   }

@@ -1,15 +1,18 @@
-// Records of a canvas made by a capture controller of their own, on an invisible view.
+// Records of a canvas, drawn by the pure record renderer from a copy of its strokes and settings.
 #include "host/record_preparation.h"
 
-#include <scrivlet/device.h>
+#include <scrivlet/context.h>
 #include <scrivlet/scheduler.h>
 #include <scrivlet/scrivlet_controller.h>
 
+#include "capture/dpi_calculator.h"
 #include "capture/drawing_controller.h"
+#include "export/export_settings.h"
+#include "export/record_rendering.h"
 #include "platform/clock.h"
 #include "platform/image.h"
 #include "platform/image_background.h"
-#include "platform/parallel.h"
+#include "platform/narrowing.h"
 
 #include <cstring>
 
@@ -26,40 +29,37 @@ bool sameStroke(const QnStrokeRef& a, const QnStrokeRef& b) {
   return n == 0 || std::memcmp(a->data(), b->data(), n * sizeof(QnSignaturePoint)) == 0;
 }
 
-std::shared_ptr<QnScrivletController> preparerOf(const RecordRequest& request) {
-  // The exports frame the strokes (or the clipping bounds) themselves: the view only has to exist.
-  auto view = std::make_shared<QnView>(makeRect(0, 0, 1, 1));
-  std::shared_ptr<QnScrivletController> preparer = QnScrivletController::create(view, {}, {});
-  const RecordSettings& s = request.settings;
-  preparer->setStrokeWidthMax(s.strokeWidthMax);
-  preparer->setUseCalligraphicBrush(s.calligraphic);
-  preparer->setStrokeExportColor(s.strokeColor);
-  preparer->setShowDate(s.showDate);
-  preparer->setDateIncludesTime(s.dateIncludesTime);
-  preparer->setShowHash(s.showHash);
-  preparer->setCustomHash(s.customHash);
-  preparer->setExportScale(s.exportScale);
-  preparer->setExportDateSize(s.exportDateSize);
-  preparer->setExportHashSizeWidth(s.exportHashSizeWidth);
-  preparer->setExportHashSizeHeight(s.exportHashSizeHeight);
-  preparer->setExportFontRatio(s.exportFontRatio);
-  preparer->setExportHashFontSize(s.exportHashFontSize);
-  preparer->setExportHashOpacity(s.exportHashOpacity);
-  preparer->setClipSignatureToBounds(s.clipSignatureToBounds);
-  preparer->setCopyOfTargetViewBounds(s.clipBounds);
-  preparer->setSkipPDFData(s.skipPDF);
-  preparer->setMyBrushStrokes(request.strokes);
-  return preparer;
+ExportSettings exportSettingsOf(const RecordSettings& s, double unixTime) {
+  ExportSettings e;
+  e.ink.color = s.strokeColor;
+  e.strokeWidthMax = s.strokeWidthMax;
+  e.exportScale = s.exportScale;
+  e.clipSignatureToBounds = s.clipSignatureToBounds;
+  e.copyOfTargetViewBounds = s.clipBounds;
+  e.showDate = s.showDate;
+  e.dateIncludesTime = s.dateIncludesTime;
+  e.exportDateSize = s.exportDateSize;
+  e.showHash = s.showHash;
+  e.exportHashFontSize = s.exportHashFontSize;
+  e.exportHashOpacity = s.exportHashOpacity;
+  e.customHash = s.customHash;
+  e.skipPDFData = s.skipPDF;
+  e.time = unixTime;
+  e.screenScale = s.screenScale;
+  e.metersPerPoint = s.metersPerPoint;
+  return e;
 }
 
-// The outputs, and the PNG on its background when it has one.
-void prepareData(QnScrivletController& preparer, const std::optional<QnColor>& background) {
-  preparer.prepareScrivletData();
-  if (!background || !preparer.imageData()) return;
-  QnImage image = QnImage::decodePNG(*preparer.imageData());
+// The outputs, with the PNG on its background when it has one.
+RecordParts partsOf(const RecordRequest& request, const ExportSettings& settings) {
+  RecordParts parts = renderRecordParts(request.strokes, settings);
+  const std::optional<QnColor>& background = request.settings.background;
+  if (!background || !parts.png) return parts;
+  QnImage image = QnImage::decodePNG(*parts.png);
   paintBehindImage(image, *background);
   std::vector<uint8_t> png = image.encodePNG();
-  preparer.setImageData(png.empty() ? std::nullopt : std::optional(std::move(png)));
+  parts.png = png.empty() ? std::nullopt : std::optional(std::move(png));
+  return parts;
 }
 
 }  // namespace
@@ -88,13 +88,12 @@ RecordRequest requestOfCanvas(const QnScrivletController& live, std::optional<Qn
   RecordSettings& s = request.settings;
   s.strokeColor = live.strokeExportColor();
   s.strokeWidthMax = live.strokeWidthMax();
-  s.calligraphic = live.useCalligraphicBrush();
   s.showDate = live.showDate();
   s.dateIncludesTime = live.dateIncludesTime();
   s.showHash = live.showHash();
   // A record made a day (or, with the time, a second) before prints another date than one made now.
   if (s.showDate) {
-    double now = QnClock::now();
+    double now = live.context().now();
     s.dateText = mediumDateString(now) + (s.dateIncludesTime ? " " + mediumTimeString(now) : "");
   }
   s.customHash = live.customHash();
@@ -108,29 +107,30 @@ RecordRequest requestOfCanvas(const QnScrivletController& live, std::optional<Qn
   s.clipSignatureToBounds = live.clipSignatureToBounds();
   if (s.clipSignatureToBounds && live.scrivletView()) s.clipBounds = live.scrivletView()->bounds();
   s.skipPDF = live.skipPDFData();
-  s.screenScale = QnDevice::screenScale();
+  s.screenScale = live.context().screenScale();
+  s.metersPerPoint = QnDPICalculator::metersPerPixel() * narrowToFloat(live.context().nativeScale());
   s.background = std::move(background);
   return request;
 }
 
-std::shared_ptr<QnSignature> prepareRecordNow(const RecordRequest& request) {
-  std::shared_ptr<QnScrivletController> preparer = preparerOf(request);
-  // Drawn on a thread of its own, as the advance preparation draws: on the main thread the ink view
-  // would treat the export as its own screen, clearing its bounds first.
-  Aside([&] { return prepareData(*preparer, request.settings.background), true; }).get();
-  return preparer->prepareSignature();
+std::shared_ptr<QnSignature> prepareRecordNow(const RecordRequest& request, std::optional<double> unixTime) {
+  double time = unixTime.value_or(QnClock::now());
+  ExportSettings settings = exportSettingsOf(request.settings, time);
+  return signatureOfParts(partsOf(request, settings), request.strokes, settings, time - kReferenceDateOffset);
 }
 
-void prepareRecordInBackground(RecordRequest request, std::function<void(std::shared_ptr<QnSignature>)> ready) {
-  // Made here, on the main thread, like every controller; only its exports run in the background.
-  std::shared_ptr<QnScrivletController> preparer = preparerOf(request);
-  QnScheduler::current().runInBackground(
-      [preparer, background = request.settings.background, ready = std::move(ready)]() mutable {
-        prepareData(*preparer, background);
-        // The preparer goes back to the main thread, to be let go of there.
-        QnScheduler::current().postToMainThread(
-            [preparer = std::move(preparer), ready = std::move(ready)] { ready(preparer->prepareSignature()); });
-      });
+void prepareRecordInBackground(QnContext& context, RecordRequest request,
+                               std::function<void(std::shared_ptr<QnSignature>)> ready) {
+  auto shared = std::make_shared<RecordRequest>(std::move(request));
+  ExportSettings settings = exportSettingsOf(shared->settings, context.now());
+  QnScheduler* scheduler = &context.scheduler();
+  scheduler->runInBackground([shared, settings, scheduler, &context, ready = std::move(ready)]() mutable {
+    auto parts = std::make_shared<RecordParts>(partsOf(*shared, settings));
+    // The record is made and handed over on the main thread, at the time it is done.
+    scheduler->postToMainThread([shared, settings, parts, &context, ready = std::move(ready)] {
+      ready(signatureOfParts(std::move(*parts), shared->strokes, settings, context.now() - kReferenceDateOffset));
+    });
+  });
 }
 
 std::shared_ptr<QnSignature> copyOfRecord(const QnSignature& record) {

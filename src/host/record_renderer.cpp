@@ -1,8 +1,9 @@
-// Saved strokes drawn into a record by a capture controller of its own, away from any screen.
+// Saved strokes drawn into a record by the pure record renderer, away from any screen.
 #include <scrivlet/record_renderer.h>
 
 #include <scrivlet/device.h>
 
+#include "capture/dpi_calculator.h"
 #include "host/record_preparation.h"
 #include "platform/clock.h"
 #include "platform/log.h"
@@ -35,12 +36,11 @@ std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& stroke
   s.customHash = settings.hash;
   s.screenScale = QnDevice::screenScale();
   s.background = settings.background;
+  s.metersPerPoint = QnDPICalculator::metersPerPoint();
   // The date line and the record's time are those of the signing when one is given.
-  bool fixedTime = settings.timestamp && std::isfinite(*settings.timestamp);
-  if (fixedTime) QnClock::setFixedTime(*settings.timestamp + kReferenceDateOffset);
-  std::shared_ptr<QnSignature> record = prepareRecordNow(request);
-  if (fixedTime) QnClock::setFixedTime(std::nullopt);
-  return record;
+  std::optional<double> time;
+  if (settings.timestamp && std::isfinite(*settings.timestamp)) time = *settings.timestamp + kReferenceDateOffset;
+  return prepareRecordNow(request, time);
 }
 
 }  // namespace scrivlet

@@ -2,6 +2,7 @@
 // watcher of the touches after the controller has seen them, and strokes to redo that follow layouts.
 #include <scrivlet/signature_session.h>
 
+#include <scrivlet/context.h>
 #include <scrivlet/gesture_recognizer.h>
 #include <scrivlet/scheduler.h>
 #include <scrivlet/scrivlet_controller.h>
@@ -39,6 +40,7 @@ struct SignatureSession::State : std::enable_shared_from_this<State> {
   };
 
   SignatureSession* session;  // none once the session is gone
+  std::shared_ptr<QnContext> context;  // none for the default context
   std::shared_ptr<QnScrivletController> controller;
   std::optional<QnColor> background;
   // Under way, and the latest made.
@@ -103,7 +105,7 @@ std::shared_ptr<SignatureSession::State::Preparation> SignatureSession::State::p
   auto preparation = std::make_shared<Preparation>(Preparation{std::move(request), nextSequence++, nullptr});
   preparations.push_back(preparation);
   std::weak_ptr<State> weak = weak_from_this();
-  prepareRecordInBackground(preparation->request, [weak, preparation](std::shared_ptr<QnSignature> record) {
+  prepareRecordInBackground(controller->context(), preparation->request, [weak, preparation](std::shared_ptr<QnSignature> record) {
     preparation->record = std::move(record);
     if (auto state = weak.lock()) state->prepared(preparation);
   });
@@ -138,7 +140,7 @@ void SignatureSession::State::answer() {
 void SignatureSession::State::prepareInAdvance() {
   if (advanceTimer) advanceTimer->invalidate();
   std::weak_ptr<State> weak = weak_from_this();
-  advanceTimer = QnScheduler::current().scheduleTimer(controller->delayBeforeCaching(), [weak] {
+  advanceTimer = controller->context().scheduler().scheduleTimer(controller->delayBeforeCaching(), [weak] {
     auto state = weak.lock();
     if (state && state->session && !state->canvasEmpty() && !state->model().drawing())
       state->preparationOf(requestOfCanvas(*state->controller, state->background));
@@ -175,12 +177,16 @@ void SignatureSession::State::followLayout() {
   redo = *copyOfStrokesMovedBy(std::make_shared<QnStrokeList>(std::move(redo)), offset);
 }
 
-SignatureSession::SignatureSession(std::shared_ptr<QnView> view)
+SignatureSession::SignatureSession(std::shared_ptr<QnView> view) : SignatureSession(std::move(view), nullptr) {}
+
+SignatureSession::SignatureSession(std::shared_ptr<QnView> view, std::shared_ptr<QnContext> context)
     : state_(std::make_shared<State>()),
       delegate_(std::make_shared<QnScrivletControllerDelegate>()),
       scrivlet_(QnScrivlet::scrivletWithViewDelegate(view, delegate_)) {
   state_->session = this;
+  state_->context = context;
   state_->controller = scrivlet_->scrivletController();
+  state_->controller->setContext(std::move(context));
   std::weak_ptr<State> weak = state_;
   delegate_->scrivletDidEndLineWithSignaturePointCount = [weak](auto, unsigned long points) {
     auto state = weak.lock();

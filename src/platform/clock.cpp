@@ -1,21 +1,16 @@
-// The clock and ICU date formatting.
+// ICU date formatting (the clock itself is the default context's).
 #include "platform/clock.h"
 
 #include <unicode/datefmt.h>
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
-#include <atomic>
-#include <chrono>
 #include <cmath>
 #include <memory>
 
 namespace scrivlet {
 
 namespace {
-
-std::atomic<bool> gFixed{false};
-std::atomic<double> gFixedTime{0};
 
 std::string format(icu::DateFormat* formatter, double unixSeconds) {
   if (!formatter || !std::isfinite(unixSeconds)) return {};
@@ -27,17 +22,6 @@ std::string format(icu::DateFormat* formatter, double unixSeconds) {
 }
 
 }  // namespace
-
-double QnClock::now() {
-  if (gFixed.load()) return gFixedTime.load();
-  using namespace std::chrono;
-  return duration<double>(system_clock::now().time_since_epoch()).count();
-}
-
-void QnClock::setFixedTime(std::optional<double> unixSeconds) {
-  gFixedTime.store(unixSeconds.value_or(0));
-  gFixed.store(unixSeconds.has_value());
-}
 
 std::string mediumDateString(double unixSeconds) {
   std::unique_ptr<icu::DateFormat> formatter(

@@ -1,14 +1,9 @@
-// The default notification centre, safe to use from any thread.
+// A notification centre, safe to use from any thread (the default one is the default context's).
 #include <scrivlet/notification_center.h>
 
 #include <algorithm>
 
 namespace scrivlet {
-
-QnNotificationCenter& QnNotificationCenter::defaultCenter() {
-  static QnNotificationCenter center;
-  return center;
-}
 
 void QnNotificationCenter::addObserver(const void* observer, const std::string& name,
                                        Handler handler) {

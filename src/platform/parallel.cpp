@@ -1,14 +1,80 @@
+// The thread pool, and rows drawn in bands on it.
 #include "platform/parallel.h"
 
 #include <algorithm>
-#include <atomic>
-#include <thread>
+#include <cstdint>
+#include <system_error>
 
 namespace scrivlet {
 
 namespace {
+int processors() { return int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u)); }
 std::atomic<int> threadsSet{0};
 }  // namespace
+
+bool ThreadPool::Task::runIfPending() {
+  int pending = 0;
+  if (!state_.compare_exchange_strong(pending, 1)) return false;
+  work_();
+  work_ = nullptr;
+  {
+    std::lock_guard lock(mutex_);
+    state_ = 2;
+  }
+  done_.notify_all();
+  return true;
+}
+
+void ThreadPool::Task::wait() {
+  if (runIfPending()) return;
+  std::unique_lock lock(mutex_);
+  done_.wait(lock, [this] { return state_ == 2; });
+}
+
+ThreadPool::ThreadPool(int threads) {
+  for (int i = 0; i < (threads > 0 ? threads : processors()); ++i) {
+    try {
+      workers_.emplace_back([this] { workerLoop(); });
+    } catch (const std::system_error&) {
+      break;  // fewer workers; with none, every task runs where it is waited for
+    }
+  }
+}
+
+ThreadPool::~ThreadPool() {
+  {
+    std::lock_guard lock(mutex_);
+    stopping_ = true;
+  }
+  available_.notify_all();
+  for (std::thread& worker : workers_) worker.join();
+  for (const std::shared_ptr<Task>& task : queue_) task->runIfPending();
+}
+
+std::shared_ptr<ThreadPool::Task> ThreadPool::submit(std::function<void()> work) {
+  auto task = std::make_shared<Task>(std::move(work));
+  if (workers_.empty()) return task;  // run by whoever waits for it
+  {
+    std::lock_guard lock(mutex_);
+    queue_.push_back(task);
+  }
+  available_.notify_one();
+  return task;
+}
+
+void ThreadPool::workerLoop() {
+  for (;;) {
+    std::shared_ptr<Task> task;
+    {
+      std::unique_lock lock(mutex_);
+      available_.wait(lock, [this] { return stopping_ || !queue_.empty(); });
+      if (queue_.empty()) return;
+      task = std::move(queue_.front());
+      queue_.pop_front();
+    }
+    task->runIfPending();
+  }
+}
 
 std::vector<RowBand> rowBands(int height) {
   std::vector<RowBand> bands;
@@ -20,7 +86,7 @@ std::vector<RowBand> rowBands(int height) {
 
 int bandThreads() {
   int set = threadsSet.load();
-  return set > 0 ? set : int(std::clamp(std::thread::hardware_concurrency(), 1u, 8u));
+  return set > 0 ? set : processors();
 }
 
 void setBandThreads(int count) { threadsSet = std::max(count, 0); }
@@ -30,16 +96,11 @@ void forEachBandInParallel(const std::vector<RowBand>& bands, const std::functio
   auto takeBands = [&] {
     for (size_t i = next++; i < bands.size(); i = next++) work(i);
   };
-  size_t helpers = std::min(size_t(std::max(threads, 1)), bands.size()) - (bands.empty() ? 0 : 1);
-  std::vector<std::jthread> running;
-  for (size_t i = 0; i < helpers; ++i) {
-    try {
-      running.emplace_back(takeBands);
-    } catch (const std::system_error&) {
-      break;
-    }
-  }
+  size_t helpers = bands.empty() ? 0 : std::min(size_t(std::max(threads, 1)), bands.size()) - 1;
+  std::vector<std::shared_ptr<ThreadPool::Task>> running;
+  for (size_t i = 0; i < helpers; ++i) running.push_back(sharedThreadPool().submit(takeBands));
   takeBands();
+  for (const auto& helper : running) helper->wait();  // runs a helper no worker began: it finds no band left
 }
 
 }  // namespace scrivlet

@@ -1,13 +1,63 @@
-// Work spread over threads: an image's rows in bands, and a single job run beside the caller.
+// Work spread over threads: one pool of workers, an image's rows in bands, and a single job run beside
+// the caller.
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
+#include <deque>
 #include <functional>
-#include <future>
-#include <system_error>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <thread>
 #include <type_traits>
 #include <vector>
 
 namespace scrivlet {
+
+// A fixed set of worker threads running submitted tasks in order. A task that nobody has started yet
+// is run by whoever waits for it, so tasks may wait for tasks they submitted, at any depth, without
+// running out of workers.
+class ThreadPool {
+ public:
+  class Task;
+  // `threads` workers, or by default one for each processor (at most 8).
+  explicit ThreadPool(int threads = 0);
+  // Runs what is still queued, then stops the workers.
+  ~ThreadPool();
+  ThreadPool(const ThreadPool&) = delete;
+  ThreadPool& operator=(const ThreadPool&) = delete;
+
+  // Queues the work; the handle waits for it (or runs it, when no worker has).
+  std::shared_ptr<Task> submit(std::function<void()> work);
+  int threadCount() const { return int(workers_.size()); }
+
+ private:
+  void workerLoop();
+  std::mutex mutex_;
+  std::condition_variable available_;
+  std::deque<std::shared_ptr<Task>> queue_;
+  bool stopping_ = false;
+  std::vector<std::thread> workers_;
+};
+
+class ThreadPool::Task {
+ public:
+  explicit Task(std::function<void()> work) : work_(std::move(work)) {}
+  // Runs the work here unless a worker has begun it, then waits until it is done.
+  void wait();
+  // Runs the work unless someone has begun it; false when someone had.
+  bool runIfPending();
+
+ private:
+  std::function<void()> work_;
+  std::atomic<int> state_{0};  // pending, running, done
+  std::mutex mutex_;
+  std::condition_variable done_;
+};
+
+// The pool of the default context.
+ThreadPool& sharedThreadPool();
 
 struct RowBand {
   int firstRow = 0, endRow = 0;
@@ -23,33 +73,37 @@ std::vector<RowBand> rowBands(int height);
 int bandThreads();
 void setBandThreads(int count);
 
-// Calls work(i) once for every band i, on up to `threads` threads (the calling one included), each
-// taking the next band not yet taken, and returns when all are done. A thread that cannot be had
-// leaves its share to the others.
+// Calls work(i) once for every band i, on up to `threads` threads (the calling one and workers of the
+// shared pool), each taking the next band not yet taken, and returns when all are done.
 void forEachBandInParallel(const std::vector<RowBand>& bands, const std::function<void(size_t)>& work,
                            int threads = bandThreads());
 
-// A job started on a thread of its own, or done here and now when no thread can be had or
-// `aside` is false; `get` waits for its result.
+// A job run on the shared pool beside the caller, or here and now when `aside` is false; `get` waits
+// for its result (running it itself when no worker has begun it).
 template <class Result>
 class Aside {
  public:
   template <class Work>
   explicit Aside(Work work, bool aside = true) {
-    if (aside) {
-      try {
-        future_ = std::async(std::launch::async, work);
-        return;
-      } catch (const std::system_error&) {
-      }
+    if (!aside) {
+      result_ = work();
+      return;
     }
-    result_ = work();
+    task_ = sharedThreadPool().submit([this, work = std::move(work)]() mutable { result_ = work(); });
+  }
+  Aside(const Aside&) = delete;
+  Aside& operator=(const Aside&) = delete;
+  ~Aside() {
+    if (task_) task_->wait();
   }
 
-  Result get() { return future_.valid() ? future_.get() : std::move(result_); }
+  Result get() {
+    if (task_) task_->wait(), task_.reset();
+    return std::move(result_);
+  }
 
  private:
-  std::future<Result> future_;
+  std::shared_ptr<ThreadPool::Task> task_;
   Result result_{};
 };
 

@@ -25,13 +25,21 @@ QnPoint midpoint(QnPoint a, QnPoint b) { return {(a.x + b.x) * 0.5, (a.y + b.y) 
 
 }  // namespace
 
-QnDrawingView::QnDrawingView(QnRect frame) : QnView(frame) {
+QnDrawingView::QnDrawingView(QnRect frame) : QnDrawingView(frame, QnInk{}) {
+  observesNotifications_ = true;
+  QnNotificationCenter::defaultCenter().addObserver(
+      this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
+  initContext(frame.size);
+}
+
+QnDrawingView::QnDrawingView(QnRect frame, const QnInk& ink) : QnView(frame) {
   isCursor_ = false;
   alwaysDraw_ = false;
   strokeSmoothingAmount_ = 3.5f;
   constantDiameterMaximumDistance_ = 1.0f;
   smoothingAccelerationLimit_ = 100000000.0f;
-  cornerThreshold_ = 0.7853981852531433f;  // pi/4
+  cornerThreshold_ = ink.cornerThreshold;
+  showDebug_ = ink.showDebug;
   setTag(kDrawingViewTag);
   drawSmoothCurve_ = true;
   useAMSmoothing_ = true;
@@ -39,13 +47,19 @@ QnDrawingView::QnDrawingView(QnRect frame) : QnView(frame) {
   calligraphicBrushRatio_ = 5.0f;
   calligraphicBrushAngle_ = 0.0f;
   setMyStrokes(std::make_shared<QnStrokeList>());
-  QnNotificationCenter::defaultCenter().addObserver(
-      this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
-  setStrokeColor(QnColor::black());
-  initContext(frame.size);
+  setStrokeColor(ink.color);
 }
 
-QnDrawingView::~QnDrawingView() { QnNotificationCenter::defaultCenter().removeObserver(this); }
+QnDrawingView::~QnDrawingView() {
+  if (observesNotifications_) QnNotificationCenter::defaultCenter().removeObserver(this);
+}
+
+void QnDrawingView::drawStrokesWithInk(QnComboContext* context, const QnStrokeList& strokes, const QnInk& ink) {
+  if (!context) return;
+  QnDrawingView inkOnly(QnRectZero, ink);
+  for (const QnStrokeRef& stroke : strokes)
+    if (stroke && !stroke->empty()) inkOnly.drawStroke(context, *stroke, ink.color, true, true);
+}
 
 void QnDrawingView::colorChanged(const QnNotification& notification) {
   auto found = notification.userInfo.find("color");

@@ -14,6 +14,14 @@ namespace scrivlet {
 
 struct QnNotification;
 
+// What inks a stroke besides its points: the colour, the angle between velocities past which a bend
+// is drawn as a corner, and the debugging marks.
+struct QnInk {
+  QnColor color = QnColor::black();
+  float cornerThreshold = 0.7853981852531433f;  // pi/4
+  bool showDebug = false;
+};
+
 class QnDrawingView : public QnView {
  public:
   explicit QnDrawingView(QnRect frame);
@@ -71,6 +79,11 @@ class QnDrawingView : public QnView {
   void drawToCacheWithFinalSegmentFullRedraw(bool finalSegment, bool fullRedraw);
   void drawStrokesToCacheWithFinalSegmentFullRedraw(const QnStrokeListRef& strokes, bool finalSegment,
                                                     bool fullRedraw);
+  // The ink this view draws with now.
+  QnInk ink() const { return {strokeColor(), cornerThreshold_, showDebug_}; }
+  // Every stroke drawn in full with the ink, as a full redraw off the main thread draws it, but with
+  // no view at all: nothing cleared, nothing redisplayed, the same on every thread.
+  static void drawStrokesWithInk(QnComboContext* context, const QnStrokeList& strokes, const QnInk& ink);
   // Shows the cache over the bounds.
   void drawRect(CGContext& context, const QnRect& rect) override;
 
@@ -101,6 +114,8 @@ class QnDrawingView : public QnView {
   static bool vectorIsCollinearToVector(QnPoint v1, QnPoint v2);
 
  private:
+  // A view that only inks: no cache, no notifications.
+  QnDrawingView(QnRect frame, const QnInk& ink);
   void drawStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
                   bool finalSegment, bool fullRedraw);
   // What every stroke begins with: its colours, pen and a move to its first point.
@@ -159,6 +174,7 @@ class QnDrawingView : public QnView {
   // are those of drawing every stroke again.
   std::unique_ptr<KeptInk> keptInk_;
   uint64_t inkVersions_ = KeptInk::kClear;
+  bool observesNotifications_ = false;
 };
 
 }  // namespace scrivlet

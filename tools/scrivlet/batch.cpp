@@ -1,13 +1,13 @@
-// Worker processes for batches, with fork and waitpid.
+// Batches on the default context's workers, with the progress on standard error.
 #include "batch.h"
 
-#include <sys/wait.h>
-#include <unistd.h>
+#include <scrivlet/context.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
 #include <map>
+#include <mutex>
 #include <thread>
 
 namespace scrivlet::tool {
@@ -25,37 +25,19 @@ int defaultJobs() { return std::max(1u, std::thread::hardware_concurrency()); }
 
 int runBatch(const std::vector<std::string>& inputs, int jobs, const std::function<int(const std::string&)>& job) {
   if (inputs.size() == 1) return job(inputs[0]);
-  std::fflush(nullptr);  // nothing buffered is written twice by the children
-  std::map<pid_t, std::string> running;
-  size_t next = 0, finished = 0;
+  std::mutex progress;
+  size_t finished = 0;
   int status = 0;
-  while (finished < inputs.size()) {
-    while (next < inputs.size() && running.size() < size_t(std::max(1, jobs))) {
-      pid_t child = fork();
-      if (child == 0) {
-        int code = job(inputs[next]);
-        std::fflush(nullptr);
-        _exit(code);
-      }
-      if (child < 0) {
-        std::fprintf(stderr, "[%zu/%zu] %s: failed (no worker process)\n", ++finished, inputs.size(),
-                     inputs[next].c_str());
-        status = std::max(status, 1), ++next;
-        continue;
-      }
-      running[child] = inputs[next++];
-    }
-    if (running.empty()) continue;
-    int code = 0;
-    pid_t ended = waitpid(-1, &code, 0);
-    auto found = running.find(ended);
-    if (found == running.end()) continue;
-    int exit = WIFEXITED(code) ? WEXITSTATUS(code) : 1;
-    bool ok = exit == 0;
+  QnContext::defaultContext().forEachInParallel(inputs.size(), size_t(std::max(1, jobs)), [&](size_t i) {
+    int exit = job(inputs[i]);
+    std::lock_guard lock(progress);
     status = std::max(status, exit);
-    std::fprintf(stderr, "[%zu/%zu] %s: %s\n", ++finished, inputs.size(), found->second.c_str(), ok ? "ok" : "failed");
-    running.erase(found);
-  }
+    // Holding standard output, so that the line never lands inside another input's report there.
+    flockfile(stdout);
+    std::fflush(stdout);
+    std::fprintf(stderr, "[%zu/%zu] %s: %s\n", ++finished, inputs.size(), inputs[i].c_str(), exit == 0 ? "ok" : "failed");
+    funlockfile(stdout);
+  });
   return status;
 }
 

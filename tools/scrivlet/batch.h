@@ -1,5 +1,5 @@
-// Many inputs at once: each in a worker process of its own, as many at a time as there are cores,
-// with the progress on standard error.
+// Many inputs at once on threads of this process, as many at a time as there are cores, with the
+// progress on standard error.
 #pragma once
 
 #include <functional>
@@ -13,9 +13,9 @@ namespace scrivlet::tool {
 std::string collidingStems(const std::vector<std::string>& inputs);
 
 // Runs the job on every input and answers the highest exit status any answered (0 when all did). A
-// single input runs in this process. With several, each runs in a child process (the library's
-// signing sessions are one per process), at most `jobs` at once, and a line "[done/total] input: ok"
-// or "failed" is written on standard error as each ends.
+// single input runs on this thread. With several, at most `jobs` run at once on this thread and the
+// library's workers, and a line "[done/total] input: ok" or "failed" is written on standard error as
+// each ends.
 int runBatch(const std::vector<std::string>& inputs, int jobs, const std::function<int(const std::string&)>& job);
 
 // The number of cores.

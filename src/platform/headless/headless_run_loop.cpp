@@ -13,26 +13,7 @@ double steadySeconds() {
   return duration<double>(steady_clock::now().time_since_epoch()).count();
 }
 
-std::mutex gCurrentMutex;
-std::shared_ptr<QnScheduler> gCurrent;
-
 }  // namespace
-
-QnScheduler& QnScheduler::current() {
-  std::lock_guard<std::mutex> lock(gCurrentMutex);
-  if (!gCurrent) gCurrent = std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::realTime);
-  return *gCurrent;
-}
-
-void QnScheduler::setCurrent(std::shared_ptr<QnScheduler> scheduler) {
-  std::shared_ptr<QnScheduler> previous;
-  {
-    std::lock_guard<std::mutex> lock(gCurrentMutex);
-    previous = std::move(gCurrent);
-    gCurrent = std::move(scheduler);
-  }
-  // The previous one goes outside the lock: its destructor waits for its background work.
-}
 
 class HeadlessRunLoop::Timer : public QnTimer {
  public:

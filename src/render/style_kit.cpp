@@ -1,5 +1,5 @@
 // The artwork's exact coordinates, drawn with filled polygons, a stroked rule and cubic curves.
-#include "controller/style_kit.h"
+#include "render/style_kit.h"
 
 #include <scrivlet/device.h>
 

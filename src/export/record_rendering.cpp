@@ -1,0 +1,56 @@
+// Every output of a record from the strokes and a settings value, in the order the record is prepared.
+#include "export/record_rendering.h"
+
+#include <scrivlet/signature.h>
+
+#include "export/export_renderer.h"
+#include "export/export_settings.h"
+#include "export/signature_hash.h"
+#include "export/stroke_copies.h"
+#include "export/time_series_export.h"
+#include "platform/image.h"
+#include "platform/parallel.h"
+
+namespace scrivlet {
+
+RecordParts renderRecordParts(const QnStrokeListRef& strokes, const ExportSettings& settings) {
+  RecordParts parts;
+  parts.hash = newSignatureHash(settings.customHash);
+  // The time series needs nothing but the strokes: it is written beside the drawing.
+  Aside xml([&] { return timeSeriesXml(strokes, settings); });
+  ExportCanvasFrame frame = exportCanvasFrame(strokes, settings);
+  parts.frame.origin = settings.clipSignatureToBounds ? QnPoint{} : QnPoint{frame.x0, frame.y0};
+  // The PNG's drawing is kept first; it is drawn and compressed in bands beside the other outputs. A
+  // canvas that has no pixels is reported here and now, in its place among the outputs.
+  PNGJob drawPNG;
+  ExportCanvasOutcome outcome;
+  exportOfStrokes(strokes, "PNG", settings, parts.hash, &outcome, &drawPNG);
+  Aside png([&drawPNG] { return drawPNG ? drawPNG() : std::vector<uint8_t>{}; }, bool(drawPNG));
+  if (!settings.skipPDFData) parts.pdf = exportOfStrokes(strokes, "PDF", settings, parts.hash, &outcome);
+  std::optional<std::vector<uint8_t>> svg = exportOfStrokes(strokes, "SVG", settings, parts.hash, &outcome);
+  if (svg) parts.svg = std::string(svg->begin(), svg->end());
+  parts.frame.size = outcome.size;
+  parts.drawnStrokes = std::move(outcome.drawnStrokes);
+  parts.xml = xml.get();
+  std::vector<uint8_t> encoded = png.get();
+  if (!encoded.empty()) parts.png = std::move(encoded);
+  return parts;
+}
+
+std::shared_ptr<QnSignature> signatureOfParts(RecordParts parts, const QnStrokeListRef& strokes,
+                                              const ExportSettings& settings, double timestamp) {
+  auto signature = std::make_shared<QnSignature>();
+  signature->setFrame(parts.frame);
+  signature->setRawPoints(settings.clipSignatureToBounds
+                              ? clippedCopyOfStrokes(strokes, settings.copyOfTargetViewBounds)
+                              : strokes);
+  signature->setHashString(std::move(parts.hash));
+  signature->setTimestamp(timestamp);
+  signature->setImageData(std::move(parts.png));
+  if (!settings.skipPDFData) signature->setPdfData(std::move(parts.pdf));
+  signature->setSvgString(std::move(parts.svg));
+  signature->setXmlString(std::move(parts.xml));
+  return signature;
+}
+
+}  // namespace scrivlet
