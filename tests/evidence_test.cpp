@@ -13,6 +13,7 @@
 #include "test_certificates.h"
 
 #include <filesystem>
+#include <fstream>
 #include <map>
 
 namespace scrivlet {
@@ -387,6 +388,31 @@ TEST_F(Evidence, SealingRefusesDamagedExaminersImagesThatAreNotPngsEmptyDocument
     EXPECT_EQ(error.code, c.code) << error.message;
     EXPECT_EQ(error.message.find('\n'), std::string::npos);
   }
+}
+
+// A sealed file of version 2 as an earlier build wrote it (signed by a certificate of its own root,
+// sealed for an examiner key stored beside it, with the contract it signs): every later build
+// verifies and opens it, so that a change of the format is a decision, not an accident.
+TEST(SealedEvidenceGoldenFile, VersionTwoVerifiesAndOpensToTheRecordSealed) {
+  auto stored = [](const char* name) {
+    std::ifstream in(std::string(SCRIVLET_TEST_DATA_DIR "/evidence_v2/") + name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), {});
+  };
+  const std::string sealed = stored("sealed.json"), contract = stored("contract.txt");
+  const EvidenceVerifyOptions trust{stored("root.pem"), false};
+  EvidenceVerification report = verifyEvidence(sealed, contract, trust);
+  EXPECT_EQ(report.verdict, EvidenceVerdict::Valid) << report.reason;
+  EXPECT_EQ(report.signer, "/CN=Golden Tablet App");
+  EXPECT_EQ(report.hash, "0F1E2D3C4B");
+  EXPECT_EQ(verifyEvidence(sealed, contract + " ", trust).verdict, EvidenceVerdict::Tampered);
+  Result<RecordFile> opened = openEvidence(sealed, stored("examiner.key"), trust, nullptr, contract);
+  ASSERT_TRUE(opened) << opened.error().message;
+  // The record sealed was the record file golden file: its strokes, hash, time and device.
+  EXPECT_EQ(opened->hash, "0F1E2D3C4B");
+  EXPECT_EQ(opened->timestamp, 786000000.125);
+  EXPECT_EQ(opened->device.model, "iPad13,4");
+  std::ifstream strokes(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json", std::ios::binary);
+  EXPECT_EQ(strokesToJson(opened->strokes), std::string(std::istreambuf_iterator<char>(strokes), {}));
 }
 
 }  // namespace
