@@ -149,8 +149,6 @@ TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMargin) {
   view.displayInContext(recording);
   view.drawToContextWithFinalSegmentFullRedraw(&combo, true, true);
   EXPECT_EQ(view.dirtyRect(), view.bounds());
-  view.strokeWidthChanged({"strokeWidthChanged", nullptr, {{"strokeWidth", 7.5f}}});
-  EXPECT_EQ(view.strokeWidth(), 7.5f);
 }
 
 // The ink a controller on a 300 x 120 view leaves for a wavy stroke whose points are dt seconds
@@ -178,10 +176,7 @@ auto drawWave(double dt, float pressure, double amplitude, const char* name) {
 
 // Pixels more than half inked in the columns from `from` up to `to`.
 int inked(const QnImage& image, int from, int to) {
-  int count = 0;
-  for (int y = 0; y < image.pixelHeight(); ++y)
-    for (int x = from; x < to; ++x) count += image.pixelAt(x, y).a > 128;
-  return count;
+  return test_support::countPixels(image, [&](QnImage::Pixel p, int x) { return x >= from && x < to && p.a > 128; });
 }
 
 TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWidensWithPressure) {
