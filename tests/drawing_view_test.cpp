@@ -208,14 +208,9 @@ TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWi
   EXPECT_NEAR(inked(drawWave(0.1, 1, 0, "pressed-ink").first, 150, 151), 7, 1);  // 4 + 3
 }
 
-// A signer at work on a 300 x 120 view at screen scale 2, through the stroke model: every stroke's end
-// is followed by the layout that the record's preparation runs (the canvas laid out again, then a full
-// redraw). After each step the view shows exactly the pixels of drawing every stroke again into a
-// clear bitmap, and while a stroke is drawn, those of drawing its newest segments over the finished
-// ink, point by point, as live ink always was: strokes of 1 to 200 points, undos and redos one by one
-// and several at once, an undo or a cancel in the middle of a stroke, redo after a cancel, translucent
-// ink and a colour change, ink moved, the view resized, and strokes so wide that the undo history runs
-// out of room.
+// A signer at work on a 300 x 120 view at screen scale 2, through the stroke model, each stroke's end
+// followed by the layout the record's preparation runs: after every step the view shows exactly the
+// pixels of drawing every stroke again, and of an open stroke's newest segments drawn point by point.
 class InkShown : public ::testing::Test {
  protected:
   void SetUp() override { QnDevice::setScreenScale(2); }
