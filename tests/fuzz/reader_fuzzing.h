@@ -3,7 +3,6 @@
 
 #include <scrivlet/error.h>
 
-#include "document_generator.h"
 #include "peak_heap.h"
 
 #include <cstdio>
@@ -32,25 +31,6 @@ inline void checkRefusal(const char* fuzzer, const Error& error, bool madeValid)
   if (madeValid) violated(fuzzer, "a document of right members was refused");
   if (error.message.empty() || error.message.find('\n') != std::string::npos)
     violated(fuzzer, "a refusal without one line of reason");
-}
-
-// One run of a reader's fuzzer: the input as it is (first byte even), or a document `make` builds from
-// it (first byte odd). A refusal must be one of `checkRefusal`; whatever reads must write and read
-// again to the same document, after `check` has looked at it.
-template <class Make, class Read, class Write, class Check>
-int fuzzReader(const uint8_t* data, size_t size, const char* fuzzer, const char* reader, Make make, Read read,
-               Write write, Check check) {
-  if (size == 0) return 0;
-  DocumentGenerator generator(data + 1, size - 1);
-  const bool made = data[0] & 1;
-  const std::string text = made ? make(generator) : std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
-  auto result = readWithinBounds(text, reader, [&] { return read(text); });
-  if (!result) return checkRefusal(fuzzer, result.error(), made && generator.valid()), 0;
-  check(*result);
-  std::string written = write(*result);
-  auto again = read(written);
-  if (!again || write(*again) != written) violated(fuzzer, "what was read does not write and read again the same");
-  return 0;
 }
 
 }  // namespace scrivlet::fuzz

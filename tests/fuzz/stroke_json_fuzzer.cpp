@@ -5,21 +5,27 @@
 // plus the room of the most strokes a document may have.
 #include <scrivlet/stroke_json.h>
 
+#include "document_generator.h"
 #include "reader_fuzzing.h"
 
 #include <cmath>
+#include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   using namespace scrivlet;
   constexpr const char* kFuzzer = "stroke JSON fuzzer";
-  return fuzz::fuzzReader(
-      data, size, kFuzzer, "strokesFromJson", [](fuzz::DocumentGenerator& g) { return g.strokesDocument(); },
-      [](const std::string& text) { return strokesFromJson(text); },
-      [](const QnStrokeListRef& strokes) { return strokesToJson(strokes); },
-      [](const QnStrokeListRef& strokes) {
-        for (const auto& stroke : *strokes)
-          for (const QnSignaturePoint& p : *stroke)
-            if (!std::isfinite(p.location.x) || !std::isfinite(p.location.y))
-              fuzz::violated(kFuzzer, "a position that is not finite");
-      });
+  if (size == 0) return 0;
+  fuzz::DocumentGenerator generator(data + 1, size - 1);
+  const bool made = data[0] & 1;
+  const std::string text = made ? generator.strokesDocument() : std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
+  Result<QnStrokeListRef> read = fuzz::readWithinBounds(text, "strokesFromJson", [&] { return strokesFromJson(text); });
+  if (!read) return fuzz::checkRefusal(kFuzzer, read.error(), made && generator.valid()), 0;
+  QnStrokeListRef strokes = *read;
+  for (const auto& stroke : *strokes)
+    for (const QnSignaturePoint& p : *stroke)
+      if (!std::isfinite(p.location.x) || !std::isfinite(p.location.y)) fuzz::violated(kFuzzer, "a position that is not finite");
+  std::string saved = strokesToJson(strokes);
+  Result<QnStrokeListRef> again = strokesFromJson(saved);
+  if (!again || strokesToJson(*again) != saved) fuzz::violated(kFuzzer, "a loaded document does not save and load again the same");
+  return 0;
 }
