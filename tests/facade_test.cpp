@@ -157,12 +157,15 @@ TEST_F(Facade, APenOfWidthZeroInksNoOutputAndAnOrdinaryPenInksEvery) {
 }
 
 TEST_F(Facade, TheScreenSuitsTheDeviceAndThePromptShrinksUntilItFitsTheUpperThird) {
-  std::string sign = "Please sign below", endless;
+  std::string sign = "Please sign below", endless, terms = "By signing you agree to the terms and conditions of "
+                     "this rental agreement and confirm that the details above are correct.";
   for (int i = 0; i < 300; ++i) endless += "signature ";
-  // Idiom (-1: none reported), prompt, the screen's size and the font size: 20 when it fits, 6 at the least.
-  for (const auto& [idiom, prompt, w, h, size] :
-       {std::tuple(0, sign, 350.0, 200.0, 20), std::tuple(1, sign, 540.0, 527.0, 20),
-        std::tuple(0, endless, 350.0, 200.0, 6), std::tuple(-1, sign, 350.0, 200.0, 20)}) {
+  // Idiom (-1: none reported), prompt, the screen's size and the font sizes it may take: 20 when it
+  // fits, a smaller one whose wrapped text fits the upper third, 6 at the least.
+  for (const auto& [idiom, prompt, w, h, lo, hi] :
+       {std::tuple(0, sign, 350.0, 200.0, 20, 20), std::tuple(1, sign, 540.0, 527.0, 20, 20),
+        std::tuple(0, terms, 350.0, 200.0, 7, 19), std::tuple(0, endless, 350.0, 200.0, 6, 6),
+        std::tuple(-1, sign, 350.0, 200.0, 20, 20)}) {
     SCOPED_TRACE(prompt.substr(0, 30) + ", idiom " + std::to_string(idiom));
     idiom < 0 ? QnDevice::setReportsUserInterfaceIdiom(false) : QnDevice::setUserInterfaceIdiom(idiom);
     makeModal(prompt);
@@ -170,12 +173,13 @@ TEST_F(Facade, TheScreenSuitsTheDeviceAndThePromptShrinksUntilItFitsTheUpperThir
     const auto& label = screen->promptLabel();
     ASSERT_EQ(screen->view()->subviews().at(0), label);
     EXPECT_EQ(std::tuple(label->text(), label->numberOfLines(), label->lineBreakMode(), label->textAlignment(),
-                         label->textColor(), label->autoresizingMask(), label->fontSize()),
-              std::tuple(prompt, 0, kQnLineBreakByWordWrapping, kQnTextAlignmentCenter, QnColor(1.0 / 3.0, 1.0), 50,
-                         double(size)));
+                         label->textColor(), label->autoresizingMask()),
+              std::tuple(prompt, 0, kQnLineBreakByWordWrapping, kQnTextAlignmentCenter, QnColor(1.0 / 3.0, 1.0), 50));
+    EXPECT_TRUE(label->fontSize() >= lo && label->fontSize() <= hi) << label->fontSize();
     const QnRect frame = label->frame();
     EXPECT_EQ(std::tuple(frame.origin.x, frame.origin.y, frame.size.width),
               std::tuple(w * 0.09999999999999998 * 0.5, h / 15, w * 0.9));
+    EXPECT_TRUE(lo == 6 || frame.size.height < h / 3) << frame.size.height;
   }
 }
 
