@@ -149,8 +149,6 @@ TEST(DrawingView, DirtyAreaCoversTheNewestSegmentsWithAMargin) {
   view.displayInContext(recording);
   view.drawToContextWithFinalSegmentFullRedraw(&combo, true, true);
   EXPECT_EQ(view.dirtyRect(), view.bounds());
-  view.strokeWidthChanged({"strokeWidthChanged", nullptr, {{"strokeWidth", 7.5f}}});
-  EXPECT_EQ(view.strokeWidth(), 7.5f);
 }
 
 // The ink a controller on a 300 x 120 view leaves for a wavy stroke whose points are dt seconds
@@ -178,10 +176,7 @@ auto drawWave(double dt, float pressure, double amplitude, const char* name) {
 
 // Pixels more than half inked in the columns from `from` up to `to`.
 int inked(const QnImage& image, int from, int to) {
-  int count = 0;
-  for (int y = 0; y < image.pixelHeight(); ++y)
-    for (int x = from; x < to; ++x) count += image.pixelAt(x, y).a > 128;
-  return count;
+  return test_support::countPixels(image, [&](QnImage::Pixel p, int x) { return x >= from && x < to && p.a > 128; });
 }
 
 TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWidensWithPressure) {
@@ -213,14 +208,9 @@ TEST(DrawingViewPixels, LiveInkMatchesARedrawFollowsTheStrokeThinsWithSpeedAndWi
   EXPECT_NEAR(inked(drawWave(0.1, 1, 0, "pressed-ink").first, 150, 151), 7, 1);  // 4 + 3
 }
 
-// A signer at work on a 300 x 120 view at screen scale 2, through the stroke model: every stroke's end
-// is followed by the layout that the record's preparation runs (the canvas laid out again, then a full
-// redraw). After each step the view shows exactly the pixels of drawing every stroke again into a
-// clear bitmap, and while a stroke is drawn, those of drawing its newest segments over the finished
-// ink, point by point, as live ink always was: strokes of 1 to 200 points, undos and redos one by one
-// and several at once, an undo or a cancel in the middle of a stroke, redo after a cancel, translucent
-// ink and a colour change, ink moved, the view resized, and strokes so wide that the undo history runs
-// out of room.
+// A signer at work on a 300 x 120 view at screen scale 2, through the stroke model, each stroke's end
+// followed by the layout the record's preparation runs: after every step the view shows exactly the
+// pixels of drawing every stroke again, and of an open stroke's newest segments drawn point by point.
 class InkShown : public ::testing::Test {
  protected:
   void SetUp() override { QnDevice::setScreenScale(2); }

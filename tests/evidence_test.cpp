@@ -85,6 +85,20 @@ class Evidence : public ::testing::Test {
     return passed;
   }
 
+  // The sealed file with other biometric data, its manifest's digest made to match and signed again
+  // with the application's own key: what whoever holds that key could do.
+  static std::string withBiometricData(const std::string& sealed, const std::string& der) {
+    EvidenceFile file = *evidenceFileFromJson(sealed, nullptr);
+    file.manifest.replace(file.manifest.find(sha256Hex(file.biometricData)), 64, sha256Hex(der));
+    file.biometricData = der;
+    file.manifestSha256 = sha256Hex(file.manifest);
+    file.manifestSignature = cms::signDetached(
+        file.manifest,
+        {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
+        nullptr);
+    return evidenceFileToJson(file);
+  }
+
   static inline TestCertificates* certificates = nullptr;
   static inline const std::string kDocument = "%PDF-1.4 the contract being signed\n%%EOF\n";
 };
@@ -106,14 +120,13 @@ TEST_F(Evidence, SealsVerifiesAndOpensForRsaAndEcExaminersAndPublicKeys) {
       EXPECT_EQ(report.hash, "A1B2C3D4");
       EXPECT_EQ(report.device.pixelsPerInch, 264);
 
-      Error error;
       auto opened = openEvidence(sealed, examiner->key, trusting(certificates->root));
       ASSERT_TRUE(opened) << opened.error().message;
       EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));  // to the bit
       EXPECT_EQ(opened->png, kPng);
       EXPECT_EQ(opened->hash, "A1B2C3D4");
       EXPECT_EQ(opened->timestamp, 786000000.25);
-      error = openEvidence(sealed, certificates->signer.key, trusting(certificates->root)).error();
+      Error error = openEvidence(sealed, certificates->signer.key, trusting(certificates->root)).error();
       EXPECT_EQ(error.code, ErrorCode::BadKey);
     }
   }
@@ -287,17 +300,8 @@ TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOr
   EvidenceSealRequest otherSigning = request(examiner.certificate);
   otherSigning.record = record(60, "FFEE0011");
   EvidenceSealRequest otherDocument = request(examiner.certificate, "%PDF-1.4 another contract\n");
-  auto transplanted = [&](const std::string& from, const std::string& into) {
-    EvidenceFile donor = *evidenceFileFromJson(from, nullptr), file = *evidenceFileFromJson(into, nullptr);
-    file.biometricData = donor.biometricData;
-    file.manifest.replace(file.manifest.find(sha256Hex(evidenceFileFromJson(into, nullptr)->biometricData)), 64,
-                          sha256Hex(donor.biometricData));
-    file.manifestSha256 = sha256Hex(file.manifest);
-    file.manifestSignature = cms::signDetached(
-        file.manifest,
-        {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
-        nullptr);
-    return evidenceFileToJson(file);
+  auto transplanted = [](const std::string& from, const std::string& into) {
+    return withBiometricData(into, evidenceFileFromJson(from, nullptr)->biometricData);
   };
   std::string swappedStrokes = transplanted(seal(otherSigning), sealed);
   EXPECT_TRUE(verifyEvidence(swappedStrokes, kDocument, trusting(certificates->root)).valid());  // the digests agree
@@ -323,16 +327,7 @@ TEST_F(Evidence, AlgorithmsThisLibraryDoesNotWriteAreRefusedByName) {
     std::string der = outputOf("openssl cms -encrypt -binary -outform DER " + std::string(weak.options) + " -in " +
                                plain + " " + examiner);
     ASSERT_FALSE(der.empty());
-    EvidenceFile file = *evidenceFileFromJson(sealed, nullptr);
-    std::string oldDigest = sha256Hex(file.biometricData);
-    file.biometricData = der;
-    file.manifest.replace(file.manifest.find(oldDigest), 64, sha256Hex(der));
-    file.manifestSha256 = sha256Hex(file.manifest);
-    file.manifestSignature = cms::signDetached(
-        file.manifest,
-        {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate}, false, "",
-        nullptr);
-    Error error = openEvidence(evidenceFileToJson(file), certificates->rsaExaminer.key, trusting(certificates->root)).error();
+    Error error = openEvidence(withBiometricData(sealed, der), certificates->rsaExaminer.key, trusting(certificates->root)).error();
     EXPECT_EQ(error.code, ErrorCode::UnsupportedAlgorithm);
     EXPECT_NE(error.message.find(weak.name), std::string::npos) << error.message;
   }

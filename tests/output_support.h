@@ -24,6 +24,15 @@ inline Rgba rgbaAt(const QnImage& image, int x, int y) {
   return {p.r, p.g, p.b, p.a};
 }
 
+// How many pixels (x, y) of the image the test holds for.
+template <typename Test>
+int countPixels(const QnImage& image, Test holds) {
+  int count = 0;
+  for (int y = 0; y < image.pixelHeight(); ++y)
+    for (int x = 0; x < image.pixelWidth(); ++x) count += bool(holds(image.pixelAt(x, y), x));
+  return count;
+}
+
 // Writes the bytes to `name` (folders allowed) in the test output folder; returns the file's path.
 template <typename Bytes>
 std::string writeOutput(const std::string& name, const Bytes& bytes) {

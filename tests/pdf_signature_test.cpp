@@ -220,8 +220,7 @@ bool isDark(Rgb c) { return c[0] < 100 && c[1] < 100 && c[2] < 100; }
 
 TEST_F(PdfSignature, TheWidgetShowsTheSealedImageInTheRectangleWithTheTextAsked) {
   std::string document = contract();
-  PdfSignatureRequest asked = request(sealedFor(document));
-  asked.x = 100, asked.y = 650, asked.width = 200, asked.height = 80;  // x 100-300, 112-192 px down
+  PdfSignatureRequest asked = request(sealedFor(document));  // x 100-300, 112-192 px down
   std::string plain = save("widget.pdf", signedPdf(document, asked));
   QnImage page = test_support::pdfPageImage(plain, 1);
   ASSERT_EQ(std::pair(page.pixelWidth(), page.pixelHeight()), std::pair(595, 842));
@@ -269,7 +268,6 @@ TEST_F(PdfSignature, TwoSignersEachWithTheirOwnEvidenceAreBothValid) {
   EXPECT_EQ(report.signatures[1].signer, "/CN=Tablet App EC");
   EXPECT_EQ(report.signatures[0].evidence->hash, "AAAA1111");
   EXPECT_EQ(report.signatures[1].evidence->hash, "BBBB2222");
-  Error error = openPdfEvidence(twice, "", certificates->ecExaminer.key, trusted()).error();  // which one?
   for (const char* field : {"Signature1", "Signature2"}) {
     auto opened = openPdfEvidence(twice, field, certificates->ecExaminer.key, trusted());
     ASSERT_TRUE(opened) << opened.error().message;

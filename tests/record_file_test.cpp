@@ -25,7 +25,7 @@ QnStrokeListRef bar() {
   return std::make_shared<QnStrokeList>(QnStrokeList{stroke});
 }
 
-TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
+TEST(RecordFile, ReadsBackEveryPart) {
   RecordFile file;
   file.strokes = bar();
   file.png = {0x89, 'P', 'N', 'G', 0, 255, 7};
@@ -36,33 +36,13 @@ TEST(RecordFile, ReadsBackEveryPartAndRefusesWhatIsNotARecord) {
   Result<RecordFile> read = recordFromJson(recordFileToJson(file));
   ASSERT_TRUE(read) << read.error().message;
   EXPECT_EQ(strokesToJson(read->strokes), strokesToJson(file.strokes));
-  EXPECT_EQ(read->png, file.png);
-  EXPECT_EQ(read->hash, file.hash);
-  EXPECT_EQ(read->timestamp, file.timestamp);
-  EXPECT_EQ(read->frame.origin.x, -4.5);
-  EXPECT_EQ(read->frame.size.height, 120);
-  EXPECT_EQ(read->device.model, "iPad13,4");
-  EXPECT_EQ(read->device.pixelsPerInch, 264);
-
-  std::string good = recordFileToJson(file);
-  auto withDensity = [&good](const std::string& ppi) {
-    std::string text = good;
-    return text.replace(text.find("\"pixelsPerInch\":264"), 19, "\"pixelsPerInch\":" + ppi);
-  };
-  for (std::string bad :
-       {std::string("[]"), std::string("{\"format\":\"scrivlet-record\",\"version\":2}"),
-        good.substr(0, good.size() - 2), std::string("{\"format\":\"scrivlet-record\",\"version\":1}"),
-        withDensity("4294967297"), withDensity("-264")}) {
-    Error error = recordFromJson(bad).error();
-    EXPECT_NE(error.code, ErrorCode::None) << bad;
-    EXPECT_EQ(error.message.find('\n'), std::string::npos) << error.message;
-  }
-  std::string notBase64 = good;
-  notBase64.replace(notBase64.find("\"png\":\"") + 7, 1, "!");
-  EXPECT_EQ(recordFromJson(notBase64).error().code, ErrorCode::Malformed);
+  EXPECT_EQ(std::tuple(read->png, read->hash, read->timestamp, read->frame, read->device.model,
+                       read->device.screenScale, read->device.pixelsPerInch),
+            std::tuple(file.png, file.hash, file.timestamp, file.frame, file.device.model, file.device.screenScale,
+                       file.device.pixelsPerInch));
 }
 
-TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWithAReason) {
+TEST(RecordFile, AnythingButARecordAndMembersOfTheWrongTypeOrOutOfRangeAreRefusedWithAReason) {
   RecordFile file;
   file.strokes = bar();
   file.hash = "0F1E2D3C";
@@ -76,8 +56,15 @@ TEST(RecordFile, MembersOfTheWrongTypeDeepNestingAndOutOfRangeValuesAreRefusedWi
     if (member == "device" || member == "frame") end = good.find_first_of("}]", at) + 1;
     return good.substr(0, at) + value + good.substr(end);
   };
+  std::string notBase64 = good;
+  notBase64.insert(notBase64.find("\"png\":\"") + 7, "!AAA");
   using Code = ErrorCode;
   for (const auto& [bad, code] : std::vector<std::pair<std::string, Code>>{
+           {"[]", Code::NotThisFormat},
+           {good.substr(0, good.size() - 2), Code::NotJson},
+           {R"({"format":"scrivlet-record","version":2})", Code::UnsupportedVersion},
+           {R"({"format":"scrivlet-record","version":1})", Code::Malformed},
+           {notBase64, Code::Malformed},
            {with("format", "5"), Code::NotThisFormat},
            {with("format", "null"), Code::NotThisFormat},
            {with("version", "[1]"), Code::UnsupportedVersion},

@@ -78,10 +78,7 @@ TEST_F(ScrivletController, DefaultsViewsRecognizersAndTeardown) {
   ASSERT_NE(observer, nullptr);
   EXPECT_FALSE(observer->cancelsTouchesInView() || observer->delaysTouchesBegan() || observer->delaysTouchesEnded());
 
-  c->setVelocityReduction(0.25f), c->setUseCalligraphicBrush(true);
   const auto& ink = model().canvasView();
-  EXPECT_EQ(std::tuple(model().velocityReduction(), model().useCalligraphicBrush(), ink->useCalligraphicBrush()),
-            std::tuple(0.25f, true, true));
   const uint64_t before = inkDisplayRequests();
   c->setStrokeExportColor(QnColor(1, 0, 0, 1));  // a new ink colour lays out once
   EXPECT_EQ(std::pair(ink->strokeColor(), inkDisplayRequests() - before), std::pair(QnColor(1, 0, 0, 1), uint64_t{2}));

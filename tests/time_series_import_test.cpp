@@ -123,10 +123,7 @@ TEST(TimeSeriesImport, AStoredPadSignatureReadsAsSigned) {
   ASSERT_TRUE(record && record->imageData());
   const QnImage image = QnImage::decodePNG(*record->imageData());
   test_support::savePNG(image, "time_series/stored_pad_signature.png");
-  int ink = 0;
-  for (int y = 0; y < image.pixelHeight(); ++y)
-    for (int x = 0; x < image.pixelWidth(); ++x) ink += image.pixelAt(x, y).a > 128;
-  EXPECT_GT(ink, 800);
+  EXPECT_GT(test_support::countPixels(image, [](QnImage::Pixel p, int) { return p.a > 128; }), 800);
 }
 
 // Nothing is read in part: a second signature, something in the sample list or in a sample that is
