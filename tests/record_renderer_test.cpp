@@ -55,7 +55,8 @@ RecordRenderSettings settingsOf(int seed) {
 // The PDF's bytes but for the second it was written: its creation date and the identifier made with it.
 std::string pdfWithoutCreationDate(const std::optional<std::vector<uint8_t>>& pdf) {
   std::string text(pdf ? std::string(pdf->begin(), pdf->end()) : "");
-  for (const char* key : {"/CreationDate (D:", "/ID [<"})
+  // cairo writes the date it is given without the "D:" of the PDF format.
+  for (const char* key : {"/CreationDate (", "/ID [<"})
     if (size_t at = text.find(key); at != std::string::npos)
       for (size_t i = at + std::strlen(key); i < text.size() && text[i] != ')' && text[i] != ']'; ++i)
         if (std::isxdigit(static_cast<unsigned char>(text[i]))) text[i] = '0';
