@@ -61,7 +61,8 @@ class Twins : public ::testing::Test {
     widget_.resize(400, 200), widget_.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget_));
     QDir(SCRIVLET_TEST_OUTPUT_DIR).mkpath("qml");
-    const QString file = QString(SCRIVLET_TEST_OUTPUT_DIR) + "/qml/twin.qml";
+    // One file per process: ctest runs the twins' tests side by side.
+    const QString file = QString(SCRIVLET_TEST_OUTPUT_DIR) + "/qml/twin-" + QString::number(QCoreApplication::applicationPid()) + ".qml";
     QFile qml(file);
     ASSERT_TRUE(qml.open(QIODevice::WriteOnly));
     qml.write("import QtQuick\nimport Scrivlet\nSignatureArea { width: 400; height: 200 }\n");
