@@ -157,7 +157,7 @@ void BM_DoneRightAfterLastStroke(benchmark::State& state) {
     Canvas canvas(0);
     canvas.session.scrivlet().setExportScale(2);
     bool ready = false;
-    canvas.session.signatureReady = [&](std::shared_ptr<QnSignature>) { ready = true; };
+    canvas.session.setOnSignatureReady([&](std::shared_ptr<QnSignature>) { ready = true; });
     drawSamples(*canvas.view, samples, 0, 2000, true);
     state.ResumeTiming();
     canvas.session.done();

@@ -54,13 +54,13 @@ SignaturePadCore::SignaturePadCore(std::shared_ptr<QnView> view)
       session_(std::make_unique<SignatureSession>(view_)),
       settings_(std::make_unique<SignatureSettings>(*session_)) {
   told_ = look();
-  session_->strokeEnded = [this](unsigned long) { strokeDidEnd(); };
-  session_->signatureReady = [this](std::shared_ptr<QnSignature> record) {
+  session_->setOnStrokeEnded([this](unsigned long) { strokeDidEnd(); });
+  session_->setOnSignatureReady([this](std::shared_ptr<QnSignature> record) {
     if (events.signatureReady) events.signatureReady(SignatureRecord(std::move(record)));
-  };
-  session_->signedNothing = [this] {
+  });
+  session_->setOnSignedNothing([this] {
     if (events.signedNothing) events.signedNothing();
-  };
+  });
 }
 
 SignaturePadCore::~SignaturePadCore() {

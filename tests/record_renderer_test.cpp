@@ -106,7 +106,7 @@ TEST(RecordRenderer, ASessionOnTheHostsLoopAnswersDoneAfterARecordWasDrawn) {
   auto view = HeadlessView::create(makeRect(0, 0, 300, 200));
   SignatureSession session(view);
   std::vector<std::shared_ptr<QnSignature>> records;
-  session.signatureReady = [&](std::shared_ptr<QnSignature> r) { records.push_back(std::move(r)); };
+  session.setOnSignatureReady([&](std::shared_ptr<QnSignature> r) { records.push_back(std::move(r)); });
   touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}}, 1);
   session.done();
   for (int i = 0; i < 4 && records.empty(); ++i) host.loop->advance(0.25), host.loop->runUntilIdle();

@@ -28,9 +28,9 @@ class Session : public ::testing::Test {
   }
   void TearDown() override { QnClock::setFixedTime(std::nullopt); }
   void watch(SignatureSession& s) {
-    s.strokeEnded = [this](unsigned long n) { calls.push_back("strokeEnded " + std::to_string(n)); };
-    s.signatureReady = [this](std::shared_ptr<QnSignature> r) { records.push_back(r), calls.push_back("ready"); };
-    s.signedNothing = [this] { calls.push_back("nothing"); };
+    s.setOnStrokeEnded([this](unsigned long n) { calls.push_back("strokeEnded " + std::to_string(n)); });
+    s.setOnSignatureReady([this](std::shared_ptr<QnSignature> r) { records.push_back(r), calls.push_back("ready"); });
+    s.setOnSignedNothing([this] { calls.push_back("nothing"); });
   }
   // Time enough for every timer and preparation to be done.
   void settle() {
@@ -95,10 +95,10 @@ TEST_F(Session, EveryDoneIsAnsweredOnceInTheOrderAsked) {
   session.done(), session.done();  // twice with the record ready
   EXPECT_EQ(records.size(), 4u);
   // A host that answers "Done" with another "Done", and an empty canvas between two: in order.
-  session.signatureReady = [this](std::shared_ptr<QnSignature> r) {
+  session.setOnSignatureReady([this](std::shared_ptr<QnSignature> r) {
     records.push_back(r), calls.push_back("ready");
     if (records.size() == 5) session.done();
-  };
+  });
   calls.clear();
   touchPaths(*view, {{{100, 100}, {150, 120}}}, 2);
   session.done(), session.clear(), session.done();
@@ -321,7 +321,7 @@ using namespace test_support;
 struct OwnContext {
   explicit OwnContext(double time) {
     context->setScheduler(loop), context->setFixedTime(time);
-    session.signatureReady = [this](std::shared_ptr<QnSignature> r) { records.push_back(std::move(r)); };
+    session.setOnSignatureReady([this](std::shared_ptr<QnSignature> r) { records.push_back(std::move(r)); });
     touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}}, 1);
     session.done();
   }

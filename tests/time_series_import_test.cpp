@@ -28,7 +28,7 @@ std::shared_ptr<QnSignature> sign(bool stylus) {
   auto view = HeadlessView::create(makeRect(0, 0, 400, 200));
   SignatureSession session(view);
   std::shared_ptr<QnSignature> record;
-  session.signatureReady = [&record](auto r) { record = r; };
+  session.setOnSignatureReady([&record](auto r) { record = r; });
   double t = 10;
   for (int s = 0; s < 3; ++s, t += 0.8) {
     auto touch = std::make_shared<HeadlessTouch>(QnPoint{40.0 + 110 * s, 100}, t, stylus ? kQnTouchTypeStylus : kQnTouchTypeDirect);

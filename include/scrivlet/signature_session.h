@@ -29,29 +29,16 @@ class SCRIVLET_EXPORT SignatureSession {
   SignatureSession(const SignatureSession&) = delete;
   SignatureSession& operator=(const SignatureSession&) = delete;
 
-  // What the session tells, on the main thread; each is optional.
-  std::function<void(unsigned long pointCount)> strokeEnded;  // every point on the canvas
+  // What the session tells, on the main thread; each is optional, and setting one replaces the last.
+  // A stroke ended, with the count of every point on the canvas.
+  void setOnStrokeEnded(std::function<void(unsigned long pointCount)> told);
   // A record of its own for each answer: changing it changes neither the canvas nor another record.
-  std::function<void(std::shared_ptr<QnSignature>)> signatureReady;
-  std::function<void()> signedNothing;
+  void setOnSignatureReady(std::function<void(std::shared_ptr<QnSignature>)> told);
+  void setOnSignedNothing(std::function<void()> told);
 
   // The facade, for its settings. Every setting may change at any time: the record follows the
   // settings as they are at "Done".
-  QnScrivlet& scrivlet() { return *scrivlet_; }
-
-  // The canvas at a glance, to compare with an earlier look: strokes, points, strokes to redo, and
-  // whether a stroke is being drawn.
-  struct CanvasState {
-    size_t strokes = 0, points = 0, redoable = 0;
-    bool drawing = false;
-    bool operator==(const CanvasState&) const = default;
-  };
-  CanvasState canvasState() const;
-  // What changed since the state last seen, which it updates: anything, a stroke begun, emptiness.
-  struct CanvasChange {
-    bool changed = false, strokeBegan = false, emptinessChanged = false, empty = false;
-  };
-  CanvasChange changeSince(CanvasState& seen) const;
+  QnScrivlet& scrivlet();
 
   bool isEmpty() const;
   bool canUndo() const;
@@ -74,7 +61,7 @@ class SCRIVLET_EXPORT SignatureSession {
 
   // The colour the record's PNG is painted on; none by default, which keeps the PNG transparent (the
   // PDF and SVG stay transparent either way).
-  const std::optional<QnColor>& recordBackground() const;
+  std::optional<QnColor> recordBackground() const;
   void setRecordBackground(std::optional<QnColor> color);
 
   // Answers exactly once, in the order asked: signatureReady with a record of the canvas as it is now,
@@ -85,9 +72,7 @@ class SCRIVLET_EXPORT SignatureSession {
 
  private:
   struct State;
-  std::shared_ptr<State> state_;
-  std::shared_ptr<QnScrivletControllerDelegate> delegate_;
-  std::shared_ptr<QnScrivlet> scrivlet_;
+  std::shared_ptr<State> state_;  // shared with the callbacks, which may outlive the session
 };
 
 }  // namespace scrivlet

@@ -40,6 +40,11 @@ struct SignatureSession::State : std::enable_shared_from_this<State> {
   };
 
   SignatureSession* session;  // none once the session is gone
+  std::function<void(unsigned long)> onStrokeEnded;
+  std::function<void(std::shared_ptr<QnSignature>)> onSignatureReady;
+  std::function<void()> onSignedNothing;
+  std::shared_ptr<QnScrivletControllerDelegate> delegate;
+  std::shared_ptr<QnScrivlet> scrivlet;
   std::shared_ptr<QnContext> context;  // none for the default context
   std::shared_ptr<QnScrivletController> controller;
   std::optional<QnColor> background;
@@ -129,8 +134,8 @@ void SignatureSession::State::answer() {
     std::shared_ptr<Preparation> owed = std::move(answersOwed.front());
     answersOwed.pop_front();
     if (!owed) {
-      if (auto told = session->signedNothing) told();
-    } else if (auto told = session->signatureReady) {
+      if (auto told = onSignedNothing) told();
+    } else if (auto told = onSignatureReady) {
       told(copyOfRecord(*owed->record));
     }
   }
@@ -180,17 +185,17 @@ void SignatureSession::State::followLayout() {
 SignatureSession::SignatureSession(std::shared_ptr<QnView> view) : SignatureSession(std::move(view), nullptr) {}
 
 SignatureSession::SignatureSession(std::shared_ptr<QnView> view, std::shared_ptr<QnContext> context)
-    : state_(std::make_shared<State>()),
-      delegate_(std::make_shared<QnScrivletControllerDelegate>()),
-      scrivlet_(QnScrivlet::scrivletWithViewDelegate(view, delegate_)) {
+    : state_(std::make_shared<State>()) {
   state_->session = this;
+  state_->delegate = std::make_shared<QnScrivletControllerDelegate>();
+  state_->scrivlet = QnScrivlet::scrivletWithViewDelegate(view, state_->delegate);
   state_->context = context;
-  state_->controller = scrivlet_->scrivletController();
+  state_->controller = state_->scrivlet->scrivletController();
   state_->controller->setContext(std::move(context));
   std::weak_ptr<State> weak = state_;
-  delegate_->scrivletDidEndLineWithSignaturePointCount = [weak](auto, unsigned long points) {
+  state_->delegate->scrivletDidEndLineWithSignaturePointCount = [weak](auto, unsigned long points) {
     auto state = weak.lock();
-    if (auto told = state && state->session ? state->session->strokeEnded : nullptr) told(points);
+    if (auto told = state && state->session ? state->onStrokeEnded : nullptr) told(points);
   };
   if (!view) return;
   state_->view = view;
@@ -211,23 +216,18 @@ SignatureSession::~SignatureSession() {
     view->removeGestureRecognizer(state_->watcher.get());
     for (QnView::ObserverToken token : state_->observations) view->removeGeometryObserver(token);
   }
+  // The facade goes with the session, whatever callbacks still hold of its state.
+  state_->scrivlet.reset();
+  state_->delegate.reset();
 }
 
-SignatureSession::CanvasState SignatureSession::canvasState() const {
-  const QnDemoDrawingController& model = state_->model();
-  CanvasState state{model.drawingArray()->size(), 0, model.drawingArrayForRedo()->size(), model.drawing()};
-  for (const QnStrokeRef& stroke : *model.drawingArray()) state.points += stroke ? stroke->size() : 0;
-  return state;
+void SignatureSession::setOnStrokeEnded(std::function<void(unsigned long)> told) { state_->onStrokeEnded = std::move(told); }
+void SignatureSession::setOnSignatureReady(std::function<void(std::shared_ptr<QnSignature>)> told) {
+  state_->onSignatureReady = std::move(told);
 }
+void SignatureSession::setOnSignedNothing(std::function<void()> told) { state_->onSignedNothing = std::move(told); }
 
-SignatureSession::CanvasChange SignatureSession::changeSince(CanvasState& seen) const {
-  CanvasState now = canvasState();
-  if (now == seen) return {};
-  CanvasChange change{true, now.drawing && (!seen.drawing || now.strokes != seen.strokes),
-                      (seen.points == 0) != (now.points == 0), now.points == 0};
-  seen = now;
-  return change;
-}
+QnScrivlet& SignatureSession::scrivlet() { return *state_->scrivlet; }
 
 bool SignatureSession::isEmpty() const { return state_->canvasEmpty(); }
 bool SignatureSession::canUndo() const { return !state_->model().drawingArray()->empty(); }
@@ -245,7 +245,7 @@ void SignatureSession::redo() {
 }
 
 void SignatureSession::clear() {
-  scrivlet_->reset();
+  state_->scrivlet->reset();
   if (state_->advanceTimer) state_->advanceTimer->invalidate();
 }
 
@@ -275,7 +275,7 @@ std::optional<Error> SignatureSession::loadStrokes(std::string_view json) {
   return std::nullopt;
 }
 
-const std::optional<QnColor>& SignatureSession::recordBackground() const { return state_->background; }
+std::optional<QnColor> SignatureSession::recordBackground() const { return state_->background; }
 void SignatureSession::setRecordBackground(std::optional<QnColor> color) { state_->background = std::move(color); }
 
 void SignatureSession::done() {

@@ -262,19 +262,19 @@ struct HostRun {
   void open() {
     session = std::make_unique<SignatureSession>(fingers.view);
     owed.clear();  // a session let go owes nothing
-    session->signatureReady = [this](std::shared_ptr<QnSignature> record) {
+    session->setOnSignatureReady([this](std::shared_ptr<QnSignature> record) {
       if (owed.empty()) violated("an answer no done() asked for");
       if (!owed.front()) violated("a record where the canvas was empty");
       if (!record || !sameStrokes(record->rawPoints(), *owed.front()))
         violated("a record that is not of the canvas at its done()");
       owed.pop_front();
       checkRecord(*record);
-    };
-    session->signedNothing = [this] {
+    });
+    session->setOnSignedNothing([this] {
       if (owed.empty()) violated("an answer no done() asked for");
       if (owed.front()) violated("no record where the canvas had points");
       owed.pop_front();
-    };
+    });
   }
   void done() {
     auto& controller = *session->scrivlet().scrivletController();
