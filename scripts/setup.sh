@@ -6,7 +6,7 @@
 #                                  Benchmark, the output validators, the QML runtime modules, Xvfb and
 #                                  a German locale
 #   bash scripts/setup.sh --ci     that, and what CI adds: clang with libFuzzer and the sanitizers, and
-#                                  gcovr for the coverage report
+#                                  gcovr for the coverage report, abigail-tools for the ABI check
 set -euo pipefail
 
 build=(
@@ -22,7 +22,7 @@ tests=(
   qml6-module-qtquick qml6-module-qtquick-window qml6-module-qtqml-workerscript
   locales xvfb xauth
 )
-ci=(clang libclang-rt-14-dev libxml2-dev gcovr)
+ci=(clang libclang-rt-14-dev libxml2-dev gcovr abigail-tools)
 
 packages=("${build[@]}")
 case "${1:-}" in
