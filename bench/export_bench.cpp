@@ -3,7 +3,7 @@
 #include "bench_data.h"
 
 #include <scrivlet/headless_view.h>
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
 

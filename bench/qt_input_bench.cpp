@@ -3,7 +3,7 @@
 // 5,000-point stroke; and one repaint of a live dirty rectangle, then of the whole widget.
 #include "bench_data.h"
 
-#include <scrivlet/facade.h>
+#include <scrivlet/engine/facade.h>
 
 #include <scrivlet/qt_capture_widget.h>
 #include <scrivlet/qt_platform.h>

@@ -2,9 +2,9 @@
 // main-queue step that stores a prepared record, and the heap each captured sample costs.
 #include "bench_data.h"
 
-#include <scrivlet/facade.h>
+#include <scrivlet/engine/facade.h>
 #include <scrivlet/headless.h>
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 #include <scrivlet/signature_session.h>
 
 #include "capture/drawing_controller.h"

@@ -4,7 +4,7 @@
 
 #include <scrivlet/qt_export.h>
 
-#include <scrivlet/view.h>
+#include <scrivlet/engine/view.h>
 
 #include <QPointF>
 #include <QtGlobal>

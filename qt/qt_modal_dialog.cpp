@@ -1,8 +1,8 @@
 // The modal dialog.
 #include <scrivlet/qt_modal_dialog.h>
 
-#include <scrivlet/navigation_controller.h>
-#include <scrivlet/popup.h>
+#include <scrivlet/engine/navigation_controller.h>
+#include <scrivlet/engine/popup.h>
 
 #include <scrivlet/qt_capture_widget.h>
 

@@ -1,7 +1,7 @@
 // Installing the Qt backend.
 #include <scrivlet/qt_platform.h>
 
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 
 #include "qt_scheduler.h"
 

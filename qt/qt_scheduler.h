@@ -1,7 +1,7 @@
 // Timers on Qt's event loop, background work on Qt's thread pool, and queued calls to the GUI thread.
 #pragma once
 
-#include <scrivlet/scheduler.h>
+#include <scrivlet/engine/scheduler.h>
 
 namespace scrivlet {
 

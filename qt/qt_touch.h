@@ -1,7 +1,7 @@
 // A touch fed from Qt's touch, tablet and mouse events.
 #pragma once
 
-#include <scrivlet/touch.h>
+#include <scrivlet/engine/touch.h>
 
 namespace scrivlet {
 

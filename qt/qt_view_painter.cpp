@@ -1,7 +1,7 @@
 // The view tree painted through cairo straight into a QImage's pixels.
 #include "qt_view_painter.h"
 
-#include <scrivlet/view.h>
+#include <scrivlet/engine/view.h>
 
 #include "platform/cairo_context.h"
 

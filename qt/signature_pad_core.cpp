@@ -3,7 +3,7 @@
 
 #include "qt_log.h"
 
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 #include <scrivlet/stroke_json.h>
 
 #include "capture/drawing_controller.h"

@@ -4,7 +4,7 @@
 
 #include <scrivlet/export.h>
 
-#include <scrivlet/scheduler.h>
+#include <scrivlet/engine/scheduler.h>
 
 #include <condition_variable>
 #include <deque>

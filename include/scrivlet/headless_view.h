@@ -2,7 +2,7 @@
 #pragma once
 
 #include <scrivlet/export.h>
-#include <scrivlet/view.h>
+#include <scrivlet/engine/view.h>
 
 #include <cstdint>
 #include <memory>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include <scrivlet/export.h>
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/geometry.h>
 #include <scrivlet/error.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/signature.h>
 
 #include <cstdint>
 #include <optional>

@@ -2,9 +2,9 @@
 // renderer that draws them while signing, away from any screen: for servers, tools and examiners.
 #pragma once
 
-#include <scrivlet/color.h>
+#include <scrivlet/engine/color.h>
 #include <scrivlet/export.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/signature.h>
 
 #include <memory>
 #include <optional>

@@ -2,11 +2,11 @@
 // strokes saved and loaded, and "Done" that always answers once with a record of exactly the canvas.
 #pragma once
 
-#include <scrivlet/color.h>
+#include <scrivlet/engine/color.h>
 #include <scrivlet/export.h>
-#include <scrivlet/facade.h>
+#include <scrivlet/engine/facade.h>
 #include <scrivlet/error.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/signature.h>
 
 #include <functional>
 #include <memory>

@@ -3,7 +3,7 @@
 
 #include <scrivlet/error.h>
 #include <scrivlet/export.h>
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/signature_point.h>
 
 #include <string_view>
 

@@ -1,10 +1,10 @@
 // The demo window.
 #include "demo_window.h"
 
-#include <scrivlet/facade.h>
-#include <scrivlet/pdf_document.h>
-#include <scrivlet/scrivlet_controller.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/facade.h>
+#include <scrivlet/engine/pdf_document.h>
+#include <scrivlet/engine/scrivlet_controller.h>
+#include <scrivlet/engine/signature.h>
 
 #include <scrivlet/signature_pad.h>
 #include <scrivlet/qt_modal_dialog.h>

@@ -1,7 +1,7 @@
 // The demo's window: a signing area, a control for every host setting, and the delivered record.
 #pragma once
 
-#include <scrivlet/delegate.h>
+#include <scrivlet/engine/delegate.h>
 
 #include <QMainWindow>
 

@@ -1,12 +1,12 @@
 // The demo application. On a screen it opens the demo window; without one (or with --replay) it
 // replays the built-in signature through the window's input path and writes the record's files.
-#include <scrivlet/facade.h>
-#include <scrivlet/navigation_controller.h>
-#include <scrivlet/popup.h>
+#include <scrivlet/engine/facade.h>
+#include <scrivlet/engine/navigation_controller.h>
+#include <scrivlet/engine/popup.h>
 #include <scrivlet/qt_capture_widget.h>
 #include <scrivlet/qt_modal_dialog.h>
 #include <scrivlet/qt_platform.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/signature.h>
 
 #include "demo_window.h"
 #include "replay.h"

@@ -1,7 +1,7 @@
 // Pixel densities of known devices and the metres-per-point factor derived from them.
 #include "capture/dpi_calculator.h"
 
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 
 #include "platform/narrowing.h"
 

@@ -1,7 +1,7 @@
 // The stroke model's touch phases, pen diameter, undo and redo.
 #include "capture/drawing_controller.h"
 
-#include <scrivlet/view.h>
+#include <scrivlet/engine/view.h>
 
 #include "capture/dpi_calculator.h"
 #include "platform/narrowing.h"

@@ -2,8 +2,8 @@
 // pen diameter, keeps them as strokes with undo and redo, and has the ink view draw them.
 #pragma once
 
-#include <scrivlet/color.h>
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/color.h>
+#include <scrivlet/engine/signature_point.h>
 
 #include <functional>
 #include <memory>

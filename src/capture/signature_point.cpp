@@ -1,7 +1,7 @@
 // Signature points from touches, and their kinematics.
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/signature_point.h>
 
-#include <scrivlet/touch.h>
+#include <scrivlet/engine/touch.h>
 
 #include "platform/format.h"
 #include "platform/narrowing.h"

@@ -1,9 +1,9 @@
 // Completion: the record prepared in the background after each stroke, and the delegate calls.
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
-#include <scrivlet/context.h>
-#include <scrivlet/scheduler.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/context.h>
+#include <scrivlet/engine/scheduler.h>
+#include <scrivlet/engine/signature.h>
 
 #include "capture/drawing_controller.h"
 

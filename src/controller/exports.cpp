@@ -1,8 +1,8 @@
 // The controller's exports: its settings taken as one value and drawn by the pure renderer, with the
 // results kept on the controller and its ink view as the preparation leaves them.
-#include <scrivlet/context.h>
-#include <scrivlet/scrivlet_controller.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/context.h>
+#include <scrivlet/engine/scrivlet_controller.h>
+#include <scrivlet/engine/signature.h>
 
 #include "capture/dpi_calculator.h"
 #include "capture/drawing_controller.h"

@@ -1,5 +1,5 @@
 // The guideline's place in the capture view, and the ink moving with it.
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
 #include "platform/image_view.h"

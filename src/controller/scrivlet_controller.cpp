@@ -1,8 +1,8 @@
 // The capture controller's construction, teardown, settings and undo and redo.
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
-#include <scrivlet/context.h>
-#include <scrivlet/gesture_recognizer.h>
+#include <scrivlet/engine/context.h>
+#include <scrivlet/engine/gesture_recognizer.h>
 
 #include "capture/drawing_controller.h"
 #include "render/style_kit.h"

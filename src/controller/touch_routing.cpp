@@ -1,5 +1,5 @@
 // Touch routing: which touches draw, following the drawing touch by position, and the phases.
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 #include "capture/drawing_controller.h"
 

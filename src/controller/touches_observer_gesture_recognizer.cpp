@@ -1,7 +1,7 @@
 // The observer recognizer passes each phase on after the base recognizer has seen it.
 #include "controller/touches_observer_gesture_recognizer.h"
 
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 namespace scrivlet {
 

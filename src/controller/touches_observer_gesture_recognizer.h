@@ -1,7 +1,7 @@
 // A transparent recognizer that hands every touch phase on the capture view to the controller.
 #pragma once
 
-#include <scrivlet/gesture_recognizer.h>
+#include <scrivlet/engine/gesture_recognizer.h>
 
 #include <memory>
 

@@ -2,8 +2,8 @@
 // PNG, PDF or SVG bytes.
 #pragma once
 
-#include <scrivlet/geometry.h>
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/geometry.h>
+#include <scrivlet/engine/signature_point.h>
 
 #include <cstdint>
 #include <functional>

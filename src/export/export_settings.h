@@ -2,7 +2,7 @@
 // the ink, the time printed and the device facts the outputs carry.
 #pragma once
 
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/geometry.h>
 
 #include "render/drawing_view.h"
 

@@ -1,7 +1,7 @@
 // Plain routines that go with the PDF renderer, for hosts that build PDFs of their own.
 #pragma once
 
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/geometry.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // Every output of a record from the strokes and a settings value, in the order the record is prepared.
 #include "export/record_rendering.h"
 
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/signature.h>
 
 #include "export/export_renderer.h"
 #include "export/export_settings.h"

@@ -1,8 +1,8 @@
 // The pure record renderer: strokes and an ExportSettings value in, every output of the record out.
 #pragma once
 
-#include <scrivlet/geometry.h>
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/geometry.h>
+#include <scrivlet/engine/signature_point.h>
 
 #include <cstdint>
 #include <memory>

@@ -1,8 +1,8 @@
 // The signature record's decoding, done when first asked for.
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/signature.h>
 
-#include <scrivlet/device.h>
-#include <scrivlet/pdf_document.h>
+#include <scrivlet/engine/device.h>
+#include <scrivlet/engine/pdf_document.h>
 
 #include "platform/image_view.h"
 

@@ -1,8 +1,8 @@
 // Copies of strokes for export, and their bounding box.
 #pragma once
 
-#include <scrivlet/geometry.h>
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/geometry.h>
+#include <scrivlet/engine/signature_point.h>
 
 namespace scrivlet {
 

@@ -1,7 +1,7 @@
 // The signature's time series as an ISO/IEC 19794-7 XML document.
 #pragma once
 
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/signature_point.h>
 
 #include <string>
 

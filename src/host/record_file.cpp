@@ -1,7 +1,7 @@
 // Record files: the record's parts in one JSON document, written piece by piece and read event by event.
 #include <scrivlet/record_file.h>
 
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 #include <scrivlet/stroke_json.h>
 
 #include "capture/dpi_calculator.h"

@@ -1,9 +1,9 @@
 // Records of a canvas, drawn by the pure record renderer from a copy of its strokes and settings.
 #include "host/record_preparation.h"
 
-#include <scrivlet/context.h>
-#include <scrivlet/scheduler.h>
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/context.h>
+#include <scrivlet/engine/scheduler.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 #include "capture/dpi_calculator.h"
 #include "capture/drawing_controller.h"

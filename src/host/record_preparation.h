@@ -2,9 +2,9 @@
 // the outputs, made into a record by the pure record renderer.
 #pragma once
 
-#include <scrivlet/color.h>
-#include <scrivlet/geometry.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/color.h>
+#include <scrivlet/engine/geometry.h>
+#include <scrivlet/engine/signature.h>
 
 #include <functional>
 #include <memory>

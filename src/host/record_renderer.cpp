@@ -1,7 +1,7 @@
 // Saved strokes drawn into a record by the pure record renderer, away from any screen.
 #include <scrivlet/record_renderer.h>
 
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 
 #include "capture/dpi_calculator.h"
 #include "host/record_preparation.h"

@@ -2,10 +2,10 @@
 // watcher of the touches after the controller has seen them, and strokes to redo that follow layouts.
 #include <scrivlet/signature_session.h>
 
-#include <scrivlet/context.h>
-#include <scrivlet/gesture_recognizer.h>
-#include <scrivlet/scheduler.h>
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/context.h>
+#include <scrivlet/engine/gesture_recognizer.h>
+#include <scrivlet/engine/scheduler.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 #include <scrivlet/stroke_json.h>
 
 #include "capture/drawing_controller.h"

@@ -2,7 +2,7 @@
 // they come; shared by the strokes and record files.
 #pragma once
 
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/signature_point.h>
 
 #include "host/json_reading.h"
 

@@ -1,8 +1,8 @@
 // The drawing-context interface every raster, PDF and test target implements, with CoreGraphics semantics.
 #pragma once
 
-#include <scrivlet/color.h>
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/color.h>
+#include <scrivlet/engine/geometry.h>
 
 #include <string>
 

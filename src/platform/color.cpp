@@ -1,5 +1,5 @@
 // Colour components.
-#include <scrivlet/color.h>
+#include <scrivlet/engine/color.h>
 
 namespace scrivlet {
 

@@ -1,9 +1,9 @@
 // Contexts, and the static entry points as views of the default one.
-#include <scrivlet/context.h>
+#include <scrivlet/engine/context.h>
 
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 #include <scrivlet/headless_run_loop.h>
-#include <scrivlet/notification_center.h>
+#include <scrivlet/engine/notification_center.h>
 
 #include "platform/clock.h"
 #include "platform/parallel.h"

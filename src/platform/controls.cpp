@@ -1,5 +1,5 @@
 // Word wrapping and drawing of labels.
-#include <scrivlet/controls.h>
+#include <scrivlet/engine/controls.h>
 
 #include "platform/cg_context.h"
 #include "platform/fonts.h"

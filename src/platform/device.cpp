@@ -1,5 +1,5 @@
 // The device's model from the environment or uname; the other facts are the default context's.
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 
 #include <sys/utsname.h>
 

@@ -1,7 +1,7 @@
 // The bold "Helvetica" face (through fontconfig) that dates and hashes are drawn and measured in.
 #pragma once
 
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/geometry.h>
 
 #include <string>
 

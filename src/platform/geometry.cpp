@@ -1,5 +1,5 @@
 // CoreGraphics rectangle rules on plain doubles.
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/geometry.h>
 
 #include <algorithm>
 #include <cmath>

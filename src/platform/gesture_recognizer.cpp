@@ -1,5 +1,5 @@
 // Gesture recognizers, and the sideways swipe of several fingers.
-#include <scrivlet/gesture_recognizer.h>
+#include <scrivlet/engine/gesture_recognizer.h>
 
 #include <cmath>
 

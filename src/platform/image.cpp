@@ -1,7 +1,7 @@
 // Images and bitmap contexts on cairo image surfaces.
 #include "platform/image.h"
 
-#include <scrivlet/view.h>
+#include <scrivlet/engine/view.h>
 
 #include "platform/cairo_context.h"
 #include "platform/drawing_log.h"

@@ -1,7 +1,7 @@
 // An image laid on a colour: what a format without transparency shows of it.
 #pragma once
 
-#include <scrivlet/color.h>
+#include <scrivlet/engine/color.h>
 
 #include "platform/image.h"
 

@@ -1,7 +1,7 @@
 // A view that shows an image, scaled to fill it or fitted inside it.
 #pragma once
 
-#include <scrivlet/view.h>
+#include <scrivlet/engine/view.h>
 
 #include "platform/image.h"
 

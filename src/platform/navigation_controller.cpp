@@ -1,7 +1,7 @@
 // Presenting and dismissing the modal container.
-#include <scrivlet/navigation_controller.h>
+#include <scrivlet/engine/navigation_controller.h>
 
-#include <scrivlet/scheduler.h>
+#include <scrivlet/engine/scheduler.h>
 
 namespace scrivlet {
 

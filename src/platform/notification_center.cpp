@@ -1,5 +1,5 @@
 // A notification centre, safe to use from any thread (the default one is the default context's).
-#include <scrivlet/notification_center.h>
+#include <scrivlet/engine/notification_center.h>
 
 #include <algorithm>
 

@@ -2,7 +2,7 @@
 // shapes of ink: cairo's PDF surface formats and compresses them several times slower.
 #pragma once
 
-#include <scrivlet/color.h>
+#include <scrivlet/engine/color.h>
 
 #include <string>
 #include <vector>

@@ -1,5 +1,5 @@
 // A PDF's pages and their sizes, read with qpdf.
-#include <scrivlet/pdf_document.h>
+#include <scrivlet/engine/pdf_document.h>
 
 #ifndef POINTERHOLDER_TRANSITION
 #define POINTERHOLDER_TRANSITION 4  // qpdf hands out std::shared_ptr

@@ -1,7 +1,7 @@
 // The view model shared by every backend.
-#include <scrivlet/view.h>
+#include <scrivlet/engine/view.h>
 
-#include <scrivlet/gesture_recognizer.h>
+#include <scrivlet/engine/gesture_recognizer.h>
 
 #include "platform/cg_context.h"
 

@@ -1,10 +1,10 @@
 // The facade: creating the controller in a view or on the modal screen, and forwarding settings.
-#include <scrivlet/facade.h>
+#include <scrivlet/engine/facade.h>
 
-#include <scrivlet/navigation_controller.h>
-#include <scrivlet/popup.h>
-#include <scrivlet/scheduler.h>
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/navigation_controller.h>
+#include <scrivlet/engine/popup.h>
+#include <scrivlet/engine/scheduler.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 #include "platform/format.h"
 #include "platform/log.h"

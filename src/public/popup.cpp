@@ -1,9 +1,9 @@
 // The modal signing screen: its view, toolbar, fitted prompt and buttons.
-#include <scrivlet/popup.h>
+#include <scrivlet/engine/popup.h>
 
-#include <scrivlet/device.h>
-#include <scrivlet/navigation_controller.h>
-#include <scrivlet/scrivlet_controller.h>
+#include <scrivlet/engine/device.h>
+#include <scrivlet/engine/navigation_controller.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 namespace scrivlet {
 

@@ -1,8 +1,8 @@
 // The one drawing surface of the ink: drawn into a raster context, or recorded as an SVG document.
 #pragma once
 
-#include <scrivlet/color.h>
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/color.h>
+#include <scrivlet/engine/geometry.h>
 
 #include <initializer_list>
 #include <optional>

@@ -1,8 +1,8 @@
 // The ink view's cache, notifications and the stroke drawing operation.
 #include "render/drawing_view.h"
 
-#include <scrivlet/device.h>
-#include <scrivlet/notification_center.h>
+#include <scrivlet/engine/device.h>
+#include <scrivlet/engine/notification_center.h>
 
 #include "platform/image.h"
 #include "platform/main_thread.h"

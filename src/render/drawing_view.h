@@ -2,9 +2,9 @@
 // cached bitmap of the ink and shows it.
 #pragma once
 
-#include <scrivlet/color.h>
-#include <scrivlet/signature_point.h>
-#include <scrivlet/view.h>
+#include <scrivlet/engine/color.h>
+#include <scrivlet/engine/signature_point.h>
+#include <scrivlet/engine/view.h>
 
 #include "render/kept_ink.h"
 

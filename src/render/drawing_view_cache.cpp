@@ -3,7 +3,7 @@
 // they are drawn live, so that its end leaves only its last piece to draw.
 #include "render/drawing_view.h"
 
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 
 #include "platform/image.h"
 #include "platform/main_thread.h"

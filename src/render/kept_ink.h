@@ -3,8 +3,8 @@
 // that differ, and a stroke is undone or redone by swapping its tiles back.
 #pragma once
 
-#include <scrivlet/color.h>
-#include <scrivlet/signature_point.h>
+#include <scrivlet/engine/color.h>
+#include <scrivlet/engine/signature_point.h>
 
 #include "platform/image.h"
 #include "render/combo_context.h"

@@ -1,7 +1,7 @@
 // The artwork's exact coordinates, drawn with filled polygons, a stroked rule and cubic curves.
 #include "render/style_kit.h"
 
-#include <scrivlet/device.h>
+#include <scrivlet/engine/device.h>
 
 #include "platform/cg_context.h"
 #include "platform/image_view.h"

@@ -1,8 +1,8 @@
 // The vector artwork: the guideline's x-mark and rule, and the padlock of the hash badge.
 #pragma once
 
-#include <scrivlet/color.h>
-#include <scrivlet/geometry.h>
+#include <scrivlet/engine/color.h>
+#include <scrivlet/engine/geometry.h>
 
 #include "platform/image.h"
 

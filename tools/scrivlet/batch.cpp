@@ -1,7 +1,7 @@
 // Batches on the default context's workers, with the progress on standard error.
 #include "batch.h"
 
-#include <scrivlet/context.h>
+#include <scrivlet/engine/context.h>
 
 #include <algorithm>
 #include <cstdio>

@@ -4,8 +4,8 @@
 
 #include <scrivlet/qt_export.h>
 
-#include <scrivlet/touch.h>
-#include <scrivlet/view.h>
+#include <scrivlet/engine/touch.h>
+#include <scrivlet/engine/view.h>
 
 #include <QWidget>
 

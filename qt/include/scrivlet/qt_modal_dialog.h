@@ -4,7 +4,7 @@
 
 #include <scrivlet/qt_export.h>
 
-#include <scrivlet/navigation_controller.h>
+#include <scrivlet/engine/navigation_controller.h>
 
 #include <QDialog>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <scrivlet/qt_export.h>
-#include <scrivlet/signature.h>
+#include <scrivlet/engine/signature.h>
 
 #include <QByteArray>
 #include <QDateTime>
