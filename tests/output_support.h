@@ -1,5 +1,6 @@
 // Test support for outputs: files kept in the test output folder for a look by eye, checked and drawn
-// by outside tools (qpdf, xmllint, pdftoppm, rsvg-convert), and pixels read back as arrays.
+// by outside tools (qpdf, xmllint, pdftoppm, rsvg-convert), pixels read back and compared, stored
+// files read, and stroke lists made from strokes.
 #pragma once
 
 #include <scrivlet/signature_point.h>

@@ -1,5 +1,6 @@
 // The signing session: the canvas's state, undo and redo whatever the gestures, strokes saved and
 // loaded back, and "Done" answering exactly once with a record of the canvas and settings at "Done".
+// (The record's background, painted or not: pad_settings_test.cpp.)
 #include <scrivlet/context.h>
 #include <scrivlet/headless_view.h>
 #include <scrivlet/signature_session.h>
@@ -284,8 +285,6 @@ TEST_F(Session, StrokesThatDoNotLoadLeaveTheCanvasAndSayWhy) {
   session.setStrokes(withBadPoints);
   EXPECT_EQ(traceOf(session.strokes()), (Trace{{{20, 20}, {60, 40}, {80, 30}, {80, 30}}, {}}));
 }
-
-// (The record's background: the pads' tests, pad_settings_test.cpp.)
 
 // A session on a context of its own: its own loop, clock and device.
 struct OwnContext {
