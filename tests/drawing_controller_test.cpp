@@ -139,6 +139,8 @@ TEST_F(DrawingController, InkViewDrawsTheListsItIsGivenAndOffsetCopiesAreDeep) {
   EXPECT_EQ(std::pair(m.location, moved->at(1)->back().location), std::pair(QnPoint{50, 5}, QnPoint{40, 25}));
   m.location = {40, 10};  // every other field as it was
   EXPECT_EQ(m.description(), original->at(0)->back().description());
+  moved->at(0)->back().pressure = 0.5f;  // a deep copy: the original keeps its pressure
+  EXPECT_EQ(original->at(0)->back().pressure, 0.0f);
 
   QnBitmapContext bitmap({100, 50}, 1.0);  // drawn with an offset: the shifted copy, shifted ink
   QnComboContext combo(&bitmap.context());
@@ -156,13 +158,7 @@ TEST_F(DrawingController, InkViewDrawsTheListsItIsGivenAndOffsetCopiesAreDeep) {
   EXPECT_EQ(ink->frame(), makeRect(0, 0, 240, 120));
   ASSERT_NE(ink->cacheContext(), nullptr);
   EXPECT_EQ(std::pair(ink->cacheContext()->pixelWidth(), ink->cacheContext()->pixelHeight()), std::pair(480, 240));
-  auto alpha = [&](int x, int y) { return ink->cacheContext()->makeImage().pixelAt(x, y).a; };
-  EXPECT_GT(alpha(70, 50), 0);  // (35, 25) on the second stroke
-  c.undoDrawingStroke();
-  EXPECT_EQ(alpha(70, 50), 0);
-  EXPECT_GT(alpha(80, 10), 0);  // (40, 5) on the first
-  c.redoDrawingStroke();
-  EXPECT_GT(alpha(70, 50), 0);
+  // (What the cache shows through undos, redos and resizes: InkShown in drawing_view_test.cpp.)
 }
 
 TEST_F(DrawingController, BadInputThrowsNothingAndKeepsEarlierStrokes) {

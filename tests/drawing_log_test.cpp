@@ -62,10 +62,7 @@ TEST(DrawingLog, DrawnAgainIntoAPNGItGivesEveryPixelOfDrawingAtOnce) {
   for (int threads : {1, 3}) {
     QnImage image = QnImage::decodePNG(drawAsPNG(log, {100, 90}, 2, threads));
     ASSERT_EQ(std::pair(image.pixelWidth(), image.pixelHeight()), std::pair(200, 180));
-    int differing = 0;
-    for (int y = 0; y < 180; ++y)
-      for (int x = 0; x < 200; ++x) differing += rgbaAt(image, x, y) != rgbaAt(expected, x, y);
-    EXPECT_EQ(differing, 0) << threads << " threads";
+    EXPECT_EQ(differingPixels(image, expected), 0) << threads << " threads";
   }
   testing::internal::CaptureStderr();
   EXPECT_TRUE(drawAsPNG(log, {0, 0}, 2).empty());  // no pixels: no PNG, said in one line
@@ -101,11 +98,8 @@ TEST(DrawingLog, ABandDrawnFromThePathsThatReachItHasEveryPixel) {
     log.replay(all.context());
     log.replay(reaching.context(), top - 0.5, top + 20.5);
     QnImage expected = all.makeImage(), image = reaching.makeImage();
-    int differing = 0, inked = 0;
-    for (int y = 0; y < 40; ++y)
-      for (int x = 0; x < 400; ++x) differing += rgbaAt(image, x, y) != rgbaAt(expected, x, y), inked += rgbaAt(expected, x, y)[3] > 0;
-    EXPECT_EQ(differing, 0) << "rows from " << top;
-    EXPECT_TRUE(inked > 0 || top < 0 || top > 100) << top;
+    EXPECT_EQ(differingPixels(image, expected), 0) << "rows from " << top;
+    EXPECT_TRUE(countPixels(expected, [](QnImage::Pixel p, int) { return p.a > 0; }) || top < 0 || top > 100) << top;
   }
 }
 

@@ -1,16 +1,12 @@
-// The export canvas and its PNG, PDF and SVG outputs, and the plain PDF routines.
+// The export canvas and its PNG, PDF and SVG outputs. (The same PNG bytes on any number of threads: the
+// bands' tests in drawing_log_test.cpp and cairo_context_test.cpp.)
 #include "export/export_renderer.h"
 
 #include <scrivlet/pdf_document.h>
 
-#include "export/pdf_routines.h"
 #include "export_fixture.h"
 #include "platform/fonts.h"
 #include "platform/image.h"
-#include "platform/parallel.h"
-#include "render/combo_context.h"
-
-#include <map>
 
 namespace scrivlet::export_test {
 namespace {
@@ -145,28 +141,6 @@ TEST_F(Export, PdfAndSvgPassTheirCheckersAndLookLikeThePng) {
   expectSameInk(QnImage::decodePNG(exportAs("PNG")), test_support::svgImage(path));
 }
 
-// Translucent ink on a PNG of several bands of rows: the PNG, PDF and SVG are the same bytes whatever
-// the number of threads drawing and compressing the bands.
-TEST_F(Export, TheSameStrokesGiveTheSameBytesOnAnyNumberOfThreads) {
-  c->setMyBrushStrokes(strokesSpanning(10, 10, 250, 150));
-  c->setStrokeExportColor(QnColor(0.1, 0.2, 0.7, 0.55));
-  c->setShowHash(true);
-  c->setLastHash("3f9a0c71be");
-  c->setExportScale(4);  // some 1,000 x 650 pixels: three bands
-  std::map<std::string, Bytes> first;
-  for (int threads : {1, 2, 3, 8}) {
-    setBandThreads(threads);
-    for (const char* format : {"PNG", "PDF", "SVG"}) {
-      Bytes bytes = exportAs(format);
-      if (threads == 1) first[format] = bytes;
-      EXPECT_TRUE(bytes == first[format]) << format << " on " << threads << " threads";
-    }
-  }
-  setBandThreads(0);
-  EXPECT_GT(QnImage::decodePNG(first["PNG"]).pixelHeight(), 2 * kBandRows);
-  test_support::writeOutput("threads/signature.png", first["PNG"]);
-}
-
 // The largest export scale on a screen of scale 2 makes a PNG of some 72 megapixels, drawn and
 // compressed band by band: the ink is where the strokes are, across band edges too.
 TEST_F(Export, APNGAtTheLargestExportScaleOnADenseScreen) {
@@ -183,43 +157,6 @@ TEST_F(Export, APNGAtTheLargestExportScaleOnADenseScreen) {
     for (int y : {3180, 3199, 3200, 3215}) EXPECT_EQ(rgbaAt(image, x, y), (Rgba{0, 0, 0, 255})) << x << "," << y;
   EXPECT_EQ(rgbaAt(image, 3000, 3260), (Rgba{0, 0, 0, 0}));
   EXPECT_EQ(rgbaAt(image, 16, 16), (Rgba{0, 0, 0, 0}));
-}
-
-TEST(PDFRoutines, SetupGivesAnEmptyBufferAndTheConsumerAppendsToOne) {
-  QnMutableDataRef pending = setupPDFRenderState(makeRect(0, 0, 200, 100));
-  ASSERT_TRUE(pending);
-  EXPECT_TRUE(pending->empty()) << pending->size() << " bytes before the context ended";
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(setupPDFRenderState(makeRect(0, 0, NAN, NAN)));
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "Couldn't create PDF context!\n");
-
-  EXPECT_EQ(myCGDataConsumerCreateWithCFData(nullptr), nullptr);
-  auto buffer = std::make_shared<QnMutableData>(QnMutableData{'%'});
-  std::unique_ptr<QnDataConsumer> consumer = myCGDataConsumerCreateWithCFData(buffer);
-  ASSERT_TRUE(consumer && consumer->putBytes);
-  EXPECT_EQ(consumer->putBytes(consumer->info, "PDF", 3), 3u);
-  EXPECT_EQ(myCFDataConsumerPutBytes(consumer->info, "-1.4", 4), 4u);
-  EXPECT_EQ(std::string(buffer->begin(), buffer->end()), "%PDF-1.4");
-}
-
-TEST(PDFRoutines, OutlineIsARedRectangleOnRasterAndNothingInSVG) {
-  QnBitmapContext bitmap({20, 10}, 1);
-  QnComboContext raster(&bitmap.context());
-  renderOutline(&raster, 20, 10);
-  QnImage image = bitmap.makeImage();
-  // A 1-point line centred on the edges covers half of each edge pixel, three quarters of a corner.
-  for (auto [x, y, coverage] :
-       {std::array<int, 3>{10, 0, 128}, {10, 9, 128}, {0, 5, 128}, {19, 5, 128}, {0, 0, 191}}) {
-    QnImage::Pixel p = image.pixelAt(x, y);
-    EXPECT_NEAR(p.a, coverage, 2) << x << "," << y;
-    EXPECT_TRUE(p.r == p.a && p.g + p.b == 0) << x << "," << y;
-  }
-  for (int y = 1; y < 9; ++y)
-    for (int x = 1; x < 19; ++x) ASSERT_EQ(image.pixelAt(x, y).a, 0) << x << "," << y;
-  QnComboContext svg(nullptr);
-  svg.setIsSVG(true);
-  renderOutline(&svg, 20, 10);
-  EXPECT_TRUE(svg.pathArray().empty() && !svg.pathString());
 }
 
 }  // namespace

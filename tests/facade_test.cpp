@@ -1,9 +1,7 @@
-// The facade in a host's view and as a modal screen, the modal screen's prompt and buttons, and the
-// version symbols.
+// The facade in a host's view and as a modal screen, and the modal screen's prompt and buttons.
 #include <scrivlet/headless_view.h>
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/popup.h>
-#include <scrivlet/version.h>
 
 #include "delegate_log.h"
 #include "output_support.h"
@@ -46,21 +44,11 @@ class Facade : public ::testing::Test {
   };  // the host's: without one the container closes as the next main-thread task
 };
 
-TEST_F(Facade, TheVersionSymbolsReadAsPublished) {
-  EXPECT_EQ(std::string(QnScrivletVersionString), "@(#)PROGRAM:QnScrivlet  PROJECT:QnScrivlet-1\n");
-  EXPECT_EQ(QnScrivletVersionNumber, 1.0);
-}
-
 TEST_F(Facade, ModalScreenButtonsCloseItBeforeTheDelegateHearsAndDoneDeliversAValidRecord) {
   auto hostView = std::make_shared<QnView>(makeRect(0, 0, 800, 600));  // ignored in modal use
   log.facade = facade = QnScrivlet::initWithViewDelegateModalModalDisplayString(hostView, log.delegate, true, {});
   screen = facade->modalController();
-  const auto& container = facade->modalContainer();
-  ASSERT_TRUE(screen && container && hostView->subviews().empty());
-  EXPECT_EQ(std::tuple(presented, container->rootViewController(), container->isNavigationBarHidden(),
-                       container->isToolbarHidden(), container->modalPresentationStyle(), container->backgroundColor(),
-                       screen->view()->frame(), screen->view()->autoresizingMask()),
-            std::tuple(container, screen, true, false, 2, QnColor::white(), makeRect(0, 0, 350, 200), 18));
+  ASSERT_TRUE(screen && presented == facade->modalContainer() && hostView->subviews().empty());
   touchPaths(*screen->view(), {{{60, 80}, {110, 100}, {160, 90}}}, 1);
   touchPaths(*screen->view(), {{{200, 60}, {230, 120}}}, 2);
   manual.loop->advance(0.25), manual.loop->runUntilIdle();
@@ -172,9 +160,7 @@ TEST_F(Facade, TheScreenSuitsTheDeviceAndThePromptShrinksUntilItFitsTheUpperThir
     EXPECT_EQ(screen->view()->frame(), makeRect(0, 0, w, h));
     const auto& label = screen->promptLabel();
     ASSERT_EQ(screen->view()->subviews().at(0), label);
-    EXPECT_EQ(std::tuple(label->text(), label->numberOfLines(), label->lineBreakMode(), label->textAlignment(),
-                         label->textColor(), label->autoresizingMask()),
-              std::tuple(prompt, 0, kQnLineBreakByWordWrapping, kQnTextAlignmentCenter, QnColor(1.0 / 3.0, 1.0), 50));
+    EXPECT_EQ(label->text(), prompt);
     EXPECT_TRUE(label->fontSize() >= lo && label->fontSize() <= hi) << label->fontSize();
     const QnRect frame = label->frame();
     EXPECT_EQ(std::tuple(frame.origin.x, frame.origin.y, frame.size.width),

@@ -17,17 +17,13 @@ TEST(Format, GivesCResultsForEveryFormatTheOutputsUse) {
   EXPECT_EQ(formatF(6), "6.000000");
   EXPECT_EQ(formatF(1e20), "100000000000000000000.000000");
   EXPECT_EQ(formatD(-42), "-42");
-  EXPECT_EQ(formatHd(32767), "32767");
   EXPECT_EQ(formatHd(-32769), "32767");  // wraps to 16 bits
   EXPECT_EQ(formatHd(40000), "-25536");
-  EXPECT_EQ(formatHu(65535), "65535");
   EXPECT_EQ(formatHu(-1), "65535");
   EXPECT_EQ(formatHu(65536), "0");
-  EXPECT_EQ(format02lX(128), "80");
   EXPECT_EQ(format02lX(5), "05");
   EXPECT_EQ(format02lX(383), "17F");
   EXPECT_EQ(format02x(0xAB), "ab");
-  EXPECT_EQ(format02x(7), "07");
   EXPECT_EQ(formatLu(18446744073709551615ul), "18446744073709551615");
   EXPECT_EQ(cformat("%s-%f", "a", 0.5), "a-0.500000");
   std::string longText(300, 'x');

@@ -1,6 +1,6 @@
 // Hostile input: what a finger, a pen or a host may do that no screen would, and what must survive it:
 // a second controller released on the main thread only, samples that are not finite, garbage view
-// sizes, bitmaps beyond the memory budget, missing outputs said on standard error, and lost touches.
+// sizes, bitmaps beyond the memory budget, and lost touches.
 #include <scrivlet/headless_run_loop.h>
 #include <scrivlet/headless_touch.h>
 #include <scrivlet/facade.h>
@@ -150,23 +150,8 @@ TEST_F(HostileExport, BitmapsBeyondTheBudgetAreRefusedAndTheRestOfTheRecordIsDel
   EXPECT_EQ(controller->drawingController()->drawingArray()->size(), 1u);
 }
 
-TEST_F(HostileExport, MissingPNGAndPDFAreSaidOnStandardError) {
-  c->setExportScale(0);
-  auto record = prepare();
-  EXPECT_TRUE(!record->imageData() && !record->pdfData() && record->svgString() && record->xmlString());
-  EXPECT_EQ(stderrText, "Scrivlet: no PNG: the image has no pixels\nScrivlet: no PDF: a page of 0 x 0 points cannot be made\n");
-}
-
+// (Scales that are not finite are refused before they reach the controller: log_sink_test.cpp.)
 TEST_F(HostileExport, NumbersThatAreNotFiniteNeverReachTheSVG) {
-  // An infinite export scale never reaches the controller.
-  auto facade = QnScrivlet::scrivletWithViewDelegate(HeadlessView::create(makeRect(0, 0, 300, 200)), nullptr);
-  facade->setExportScale(2);
-  testing::internal::CaptureStderr();
-  facade->setExportScale(INFINITY), facade->setExportScale(NAN);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Scrivlet: export scale inf refused: not a finite number\n"
-            "Scrivlet: export scale nan refused: not a finite number\n");
-  EXPECT_EQ(facade->scrivletController()->exportScale(), 2);
   // A stroke ending far away, and ink as wide as 1e300: the SVG is refused with one line, the rest delivered.
   for (QnStrokeListRef far : {std::make_shared<QnStrokeList>(QnStrokeList{export_test::strokeThrough({{10, 10}, {3.9e174, 20}})}),
                               std::make_shared<QnStrokeList>(QnStrokeList{export_test::strokeThrough({{10, 10}, {1e300, 10}})})}) {

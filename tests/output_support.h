@@ -1,6 +1,9 @@
 // Test support for outputs: files kept in the test output folder for a look by eye, checked and drawn
-// by outside tools (qpdf, xmllint, pdftoppm, rsvg-convert), and pixels read back as arrays.
+// by outside tools (qpdf, xmllint, pdftoppm, rsvg-convert), pixels read back and compared, stored
+// files read, and stroke lists made from strokes.
 #pragma once
+
+#include <scrivlet/signature_point.h>
 
 #include "platform/image.h"
 
@@ -46,6 +49,25 @@ std::string writeOutput(const std::string& name, const Bytes& bytes) {
 inline std::vector<uint8_t> readBytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
+}
+inline std::string readText(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// How many pixels of two images of the same size differ in any channel.
+inline int differingPixels(const QnImage& a, const QnImage& b) {
+  int count = 0;
+  for (int y = 0; y < a.pixelHeight(); ++y)
+    for (int x = 0; x < a.pixelWidth(); ++x) count += rgbaAt(a, x, y) != rgbaAt(b, x, y);
+  return count;
+}
+
+// A stroke list holding copies of the strokes.
+inline QnStrokeListRef strokeList(const std::vector<QnStroke>& strokes) {
+  auto list = std::make_shared<QnStrokeList>();
+  for (const QnStroke& s : strokes) list->push_back(std::make_shared<QnStroke>(s));
+  return list;
 }
 
 inline void savePNG(const QnImage& image, const std::string& name) { writeOutput(name, image.encodePNG()); }

@@ -16,6 +16,17 @@
 
 namespace scrivlet::qt_test {
 
+// Writes a QML document as <output>/qml/<name>-<process id>.qml and returns its path: ctest runs the
+// Qt tests side by side, offscreen and on Xvfb.
+inline QString writeQml(const QString& name, const char* text) {
+  QDir(SCRIVLET_TEST_OUTPUT_DIR).mkpath("qml");
+  const QString file =
+      QString(SCRIVLET_TEST_OUTPUT_DIR) + "/qml/" + name + "-" + QString::number(QCoreApplication::applicationPid()) + ".qml";
+  QFile qml(file);
+  EXPECT_TRUE(qml.open(QIODevice::WriteOnly) && qml.write(text) > 0);
+  return file;
+}
+
 // One recorded sample: where, when, how hard and how tilted (a pen's).
 struct Sample {
   enum Kind { finger, pen, mouse } kind;
@@ -60,14 +71,8 @@ class Twins : public ::testing::Test {
   void SetUp() override {
     widget_.resize(400, 200), widget_.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&widget_));
-    QDir(SCRIVLET_TEST_OUTPUT_DIR).mkpath("qml");
-    // One file per process: ctest runs the twins' tests side by side.
-    const QString file = QString(SCRIVLET_TEST_OUTPUT_DIR) + "/qml/twin-" + QString::number(QCoreApplication::applicationPid()) + ".qml";
-    QFile qml(file);
-    ASSERT_TRUE(qml.open(QIODevice::WriteOnly));
-    qml.write("import QtQuick\nimport Scrivlet\nSignatureArea { width: 400; height: 200 }\n");
-    qml.close();
-    quick_.setSource(QUrl::fromLocalFile(file));
+    quick_.setSource(
+        QUrl::fromLocalFile(writeQml("twin", "import QtQuick\nimport Scrivlet\nSignatureArea { width: 400; height: 200 }\n")));
     ASSERT_EQ(quick_.status(), QQuickView::Ready);
     quick_.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&quick_));

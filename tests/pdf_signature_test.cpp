@@ -86,7 +86,7 @@ Bytes signaturePng() {
 std::string rewrittenByQpdf(const std::string& pdf, const std::string& options, const std::string& name) {
   std::string in = save(name + "-in.pdf", pdf), out = SCRIVLET_TEST_OUTPUT_DIR "/pdf_signature/" + name + ".pdf";
   EXPECT_EQ(failureOf("qpdf '" + in + "' '" + out + "' " + options), "") << options;
-  return textOf(test_support::readBytes(out));
+  return test_support::readText(out);
 }
 
 // A revision appended to the PDF by hand: `write` adds its objects.
@@ -114,8 +114,7 @@ class PdfSignature : public ::testing::Test {
   static void SetUpTestSuite() { certificates = new TestCertificates; }
   static void TearDownTestSuite() { delete certificates; }
 
-  static std::string sealedFor(const std::string& pdf, const std::string& hash = "A1B2C3D4", double firstX = 10,
-                               bool signedManifest = false) {
+  static std::string sealedFor(const std::string& pdf, const std::string& hash = "A1B2C3D4", double firstX = 10) {
     EvidenceSealRequest request;
     auto stroke = std::make_shared<QnStroke>();
     for (int i = 0; i < 12; ++i) {
@@ -130,7 +129,6 @@ class PdfSignature : public ::testing::Test {
     request.documentSha256 = documentSha256Of(pdf);
     request.documentSize = pdf.size();
     request.examinerCertificate = certificates->ecExaminer.certificate;
-    if (signedManifest) request.manifestSigner = {certificates->signer.certificate, certificates->signer.key, ""};
     auto sealed = sealEvidence(request);
     EXPECT_TRUE(sealed) << sealed.error().message;
     return sealed.value_or("");
@@ -163,8 +161,7 @@ TEST_F(PdfSignature, SignsAsAnIncrementalUpdateThatPdfsigQpdfAndOpenSslAccept) {
       {"plain", document},
       {"object-streams", rewrittenByQpdf(document, "--object-streams=generate", "object-streams")},
       {"attached", rewrittenByQpdf(document, "--add-attachment " + save("notes.txt", "notes\n") + " --", "attached")}};
-  std::string root = save("root.pem", certificates->root.certificate),
-              key = save("examiner.key", certificates->ecExaminer.key);
+  std::string root = save("root.pem", certificates->root.certificate);
   for (const auto& [name, original] : inputs) {
     SCOPED_TRACE(name);
     std::string sealed = sealedFor(original), result = signedPdf(original, request(sealed));
@@ -191,11 +188,8 @@ TEST_F(PdfSignature, SignsAsAnIncrementalUpdateThatPdfsigQpdfAndOpenSslAccept) {
     EXPECT_NE(structure.find("sha256"), std::string::npos);
     EXPECT_NE(structure.find("CN=Test Intermediate"), std::string::npos);  // the chain travels along
 
-    // The embedded sealed file is the one signed with, and its envelope opens with openssl.
+    // The embedded sealed file is the one signed with (whose envelope openssl opens: evidence_test.cpp).
     EXPECT_EQ(outputOf("qpdf --show-attachment=scrivlet-evidence-Signature1.json " + path), sealed);
-    std::string bio = save("bio.der", evidenceFileFromJson(sealed, nullptr)->biometricData);
-    EXPECT_NE(outputOf("openssl cms -decrypt -inform DER -in " + bio + " -inkey " + key).find("\"hash\":\"A1B2C3D4\""),
-              std::string::npos);
 
     PdfVerification report = verifyPdf(result, trusted());
     ASSERT_EQ(report.signatures.size(), 1u);
@@ -278,12 +272,7 @@ TEST_F(PdfSignature, TwoSignersEachWithTheirOwnEvidenceAreBothValid) {
 TEST_F(PdfSignature, AnyRevisionAfterASignatureButASignatureIsAModificationAfterSigning) {
   std::string document = contract();
   std::string signedOnce = signedPdf(document, request(sealedFor(document)));
-  std::string painted = withPaintingRevision(signedOnce);
-  std::string paintedPath = save("painted.pdf", painted);
-  EXPECT_EQ(failureOf("qpdf --check " + paintedPath + " >/dev/null"), "");
-  std::string pdfsig = outputOf("pdfsig " + paintedPath);
-  EXPECT_NE(pdfsig.find("Signature is Valid."), std::string::npos) << pdfsig;  // over its own range
-  EXPECT_EQ(pdfsig.find("Total document signed"), std::string::npos) << pdfsig;
+  std::string painted = withPaintingRevision(signedOnce);  // (pdfsig's view of it: scrivlet_tool_test.sh)
   PdfVerification report = verifyPdf(painted, trusted());
   EXPECT_EQ(report.verdict, Verdict::ModifiedAfterSigning);
   EXPECT_NE(report.reason.find("revision 3: not signed"), std::string::npos) << report.reason;
@@ -335,9 +324,7 @@ TEST_F(PdfSignature, CertificatesAreCheckedWhenSigningAndWhenVerifying) {
   PdfVerification report = verifyPdf(result, trusted());
   EXPECT_EQ(report.verdict, Verdict::Untrusted);
   EXPECT_NE(report.reason.find("unknown issuer"), std::string::npos) << report.reason;
-  EXPECT_EQ(verifyPdf(result, {}).verdict, Verdict::Untrusted);  // nothing is valid without trust
-  EXPECT_EQ(verifyPdf(document, trusted()).verdict, Verdict::Unsigned);
-  EXPECT_EQ(verifyPdf("%PDF-1.7 not really", trusted()).verdict, Verdict::Unreadable);
+  // (No trust given, an unsigned PDF and an unreadable one: the tool's verdicts, scrivlet_tool_test.sh.)
 }
 
 // A time-stamping authority on 127.0.0.1, answered by OpenSSL's ts command, for as long as it lives.
@@ -372,7 +359,7 @@ class LocalTimeStampAuthority {
   }
   // The time of the last token given, as ISO 8601 UTC, from `openssl ts -reply -text`.
   std::string lastTokenTime() const {
-    std::string text = textOf(test_support::readBytes(log));
+    std::string text = test_support::readText(log);
     size_t at = text.rfind("Time stamp: ");
     struct tm when {};
     if (at == std::string::npos || !strptime(text.c_str() + at + 12, "%b %d %H:%M:%S %Y", &when)) return "";
@@ -449,12 +436,7 @@ TEST_F(PdfSignature, EmbeddedFilesAreReadNoLargerThanTheirLimit) {
 }
 
 TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
-  std::string document = contract(), sealed = sealedFor(document, "A1B2C3D4", 10, true);
-  EvidenceFile otherImage = *evidenceFileFromJson(sealed, nullptr);  // another PNG, digests made to match
-  otherImage.image = textOf(signaturePng()) + std::string(4, '\0');
-  otherImage.manifest.replace(otherImage.manifest.find(sha256Hex(evidenceFileFromJson(sealed, nullptr)->image)), 64,
-                              sha256Hex(otherImage.image));
-  otherImage.manifestSha256 = sha256Hex(otherImage.manifest);
+  std::string document = contract(), sealed = sealedFor(document);
   EvidenceFile forgedImage = *evidenceFileFromJson(sealed, nullptr);
   forgedImage.image[forgedImage.image.size() - 20] ^= 1;
   const double nan = std::nan("");
@@ -471,10 +453,7 @@ TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
        "not the document"},
       {"image replaced in the sealed file", document,
        [&](auto& r) { r.sealedEvidence = evidenceFileToJson(forgedImage); }, ErrorCode::Tampered, "image"},
-      {"image whose manifest was changed to match", document,
-       [&](auto& r) { r.sealedEvidence = evidenceFileToJson(otherImage); }, ErrorCode::Tampered,
-       "manifest signature"},
-      {"page -1", document, [](auto& r) { r.page = -1; }, ErrorCode::InvalidArgument, "no page -1"},
+      // (Every other tampered part: evidence_test.cpp.)
       {"page 3", document, [](auto& r) { r.page = 3; }, ErrorCode::InvalidArgument, "no page 3 (it has 2)"},
       {"NaN width", document, [&](auto& r) { r.width = nan; }, ErrorCode::InvalidArgument, "rectangle"},
       {"field taken", document, [](auto& r) { r.fieldName = "Taken"; }, ErrorCode::InvalidArgument, ""},

@@ -1,15 +1,12 @@
-// Record files read back to the bit, refused when malformed; strokes drawn again into a whole record.
+// Record files read back to the bit, and refused when malformed. (Strokes drawn again into a record:
+// record_renderer_test.cpp.)
 #include <scrivlet/record_file.h>
-#include <scrivlet/record_renderer.h>
 #include <scrivlet/stroke_json.h>
 
 #include <gtest/gtest.h>
 
 #include "output_support.h"
 
-#include <algorithm>
-#include <cmath>
-#include <fstream>
 
 namespace scrivlet {
 namespace {
@@ -92,8 +89,7 @@ TEST(RecordFile, AnythingButARecordAndMembersOfTheWrongTypeOrOutOfRangeAreRefuse
 }
 
 TEST(RecordFile, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {
-  std::ifstream in(SCRIVLET_TEST_DATA_DIR "/record_v1.json", std::ios::binary);
-  const std::string golden{std::istreambuf_iterator<char>(in), {}};
+  const std::string golden = test_support::readText(SCRIVLET_TEST_DATA_DIR "/record_v1.json");
   Result<RecordFile> read = recordFromJson(golden);
   ASSERT_TRUE(read);
   EXPECT_EQ(read->hash, "0F1E2D3C4B");
@@ -108,44 +104,8 @@ TEST(RecordFile, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {
   EXPECT_EQ(test_support::rgbaAt(image, 0, 0), (test_support::Rgba{255, 0, 0, 255}));
   EXPECT_EQ(test_support::rgbaAt(image, 1, 0), (test_support::Rgba{0, 0, 0, 0}));
   // The strokes are those of the strokes golden file, read as such.
-  std::ifstream strokes(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json", std::ios::binary);
-  EXPECT_EQ(strokesToJson(read->strokes), std::string(std::istreambuf_iterator<char>(strokes), {}));
+  EXPECT_EQ(strokesToJson(read->strokes), test_support::readText(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json"));
   EXPECT_EQ(recordFileToJson(*read), golden);
-}
-
-TEST(RecordRenderer, DrawsTheStrokesIntoEveryOutputWithTheHashAndTimeGiven) {
-  RecordRenderSettings settings;
-  settings.exportScale = 2;
-  settings.strokeColor = QnColor(1, 0, 0, 1);
-  settings.hash = "CAFE0123";
-  settings.timestamp = 786000000;
-  std::shared_ptr<QnSignature> record = renderRecordOfStrokes(bar(), settings);
-  ASSERT_TRUE(record);
-  EXPECT_EQ(record->hashString(), "CAFE0123");
-  EXPECT_EQ(record->timestamp(), 786000000);
-  ASSERT_TRUE(record->imageData() && record->pdfData() && record->svgString() && record->xmlString());
-  size_t samples = 0;
-  for (size_t at = record->xmlString()->find("<sig:SamplePoint>"); at != std::string::npos;
-       at = record->xmlString()->find("<sig:SamplePoint>", at + 1))
-    ++samples;
-  EXPECT_EQ(samples, 11u);
-
-  // The bar is red ink across the middle of the image, at twice the frame's size in pixels.
-  QnImage image = QnImage::decodePNG(*record->imageData());
-  ASSERT_FALSE(image.isNull());
-  test_support::savePNG(image, "record_renderer_bar.png");
-  int redAcross = 0;
-  int y = int(std::lround((30 - record->frame().origin.y) * 2));
-  for (int x = 0; x < image.pixelWidth(); ++x) {
-    QnImage::Pixel p = image.pixelAt(x, y);
-    redAcross += p.a == 255 && p.r == 255 && p.g == 0 && p.b == 0;
-  }
-  EXPECT_GE(redAcross, 195);  // 100 points of bar, and its round caps, at 2 pixels a point
-
-  testing::internal::CaptureStderr();
-  EXPECT_FALSE(renderRecordOfStrokes(std::make_shared<QnStrokeList>(), settings));
-  EXPECT_FALSE(renderRecordOfStrokes(nullptr, settings));
-  testing::internal::GetCapturedStderr();
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 // The Qt Quick item in a QML document on the offscreen platform: QML sets its properties, binds to its
-// state, mirrors it and handles its answers; a button over it keeps its input.
+// state, mirrors it and handles its answers; a button over it keeps its input. Laid out to nothing and
+// back, it keeps its signing line and its ink.
 #include "pad_twins.h"
 
 #include <QAccessible>
@@ -46,12 +47,7 @@ Item {
 })";
 
 TEST_F(Twins, AQmlFormBindsThePadsStateMirrorsItsStrokesKeepsAButtonOverItAndHandlesTheAnswers) {
-  const QString file = QString(SCRIVLET_TEST_OUTPUT_DIR) + "/qml/form.qml";
-  QFile qml(file);
-  ASSERT_TRUE(qml.open(QIODevice::WriteOnly));
-  qml.write(kForm);
-  qml.close();
-  QQuickView view(QUrl::fromLocalFile(file));
+  QQuickView view(QUrl::fromLocalFile(writeQml("form", kForm)));
   ASSERT_EQ(view.status(), QQuickView::Ready) << view.errors().value(0).toString().toStdString();
   view.show();
   ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
@@ -124,6 +120,29 @@ TEST_F(Twins, AQmlFormBindsThePadsStateMirrorsItsStrokesKeepsAButtonOverItAndHan
   EXPECT_EQ(std::tuple(form->property("loadError").toString(), form->property("status").toString(),
                        mirror->strokeCount()),
             std::tuple(QString(""), QString("3 strokes"), 3));
+}
+
+TEST(PadResize, AQmlItemLaidOutToNothingAndBackKeepsItsSigningLineAndItsInk) {
+  QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+  registerScrivletQuickTypes();
+  QQuickView view;
+  view.resize(400, 200);
+  auto* area = new SignatureArea(view.contentItem());
+  area->setSize({400, 200});
+  view.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+  QTest::mousePress(&view, Qt::LeftButton, {}, QPoint(40, 60));
+  QTest::mouseMove(&view, QPoint(80, 70));
+  QTest::mouseRelease(&view, Qt::LeftButton, {}, QPoint(120, 65));
+  const Trace ink = traceOf(area->strokes());
+  ASSERT_EQ(ink.size(), 1u);
+  for (QSizeF nothing : {QSizeF(0, 0), QSizeF(0, 200), QSizeF(400, 0)}) {
+    area->setSize(nothing);
+    area->setSize({400, 200});
+    EXPECT_EQ(traceOf(area->strokes()), ink) << nothing.width() << " x " << nothing.height();
+  }
+  const QImage shot = view.grabWindow();
+  EXPECT_TRUE(inked(shot, 80, 68) && inked(shot, 200, 133));
 }
 
 }  // namespace

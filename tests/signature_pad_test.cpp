@@ -1,5 +1,8 @@
-// The signature pad on the offscreen platform: Done delivering exactly the canvas after an undo, with
-// the settings as they are at Done. (Settings: pad_settings_test.cpp; loading: pad_features_test.cpp.)
+// The signature pad on the offscreen platform: Done delivering exactly the canvas after an undo, as a
+// value; and laid out to nothing and back, keeping its last size meanwhile, so that the signing line
+// and the ink stay where they were (an empty capture view would take the line away for good and move
+// the ink with it). (Settings changed before Done: signature_session_test.cpp and
+// pad_settings_test.cpp; loading: pad_features_test.cpp.)
 #include <scrivlet/signature_pad.h>
 
 #include "qt_input.h"
@@ -38,39 +41,14 @@ TEST_F(Pad, DoneAfterAnUndoDeliversTheCanvasAndAfterAClearNothing) {
   EXPECT_TRUE(record.pdf().startsWith("%PDF") && record.svg().startsWith("<svg") && record.xml().contains("SamplePoint"));
   EXPECT_EQ(record.hash().size(), 10);
   EXPECT_LT(std::abs(record.timestamp().secsTo(QDateTime::currentDateTimeUtc())), 60);
+  // The record is a value: changing its strokes changes neither it nor the pad.
+  record.strokes()->front()->front().location = {290, 290};
+  EXPECT_EQ(std::pair(traceOf(record.strokes())[0][0], traceOf(pad.strokes())[0][0]),
+            std::pair(first[0], first[0]));
   pad.clear();
   QSignalSpy nothing(&pad, &SignaturePad::signedNothing);
   pad.done();
   EXPECT_EQ(nothing.size(), 1);
-}
-
-TEST_F(Pad, SettingsChangedAfterTheRecordWasPreparedReachTheRecordWhichIsAValue) {
-  QSignalSpy ready(&pad, &SignaturePad::signatureReady);
-  mouseStroke(surface(), {{40, 60}, {80, 70}, {120, 65}}, 1000);
-  QTest::qWait(400);  // the record of the stroke with the settings before is prepared
-  auto settings = [](SignaturePad& p) {
-    p.setPenColor(Qt::red), p.setExportScale(2), p.setHashStamp(true), p.setCustomHash("HOST-42");
-    p.setBackgroundColor(QColor(250, 250, 200)), p.setBackgroundInRecord(true), p.setSkipPdf(true);
-  };
-  settings(pad);
-  pad.done();
-  SignatureRecord record = waitForRecord(ready);
-  SignaturePad fresh;
-  settings(fresh);
-  fresh.setStrokes(pad.strokes());
-  QSignalSpy freshReady(&fresh, &SignaturePad::signatureReady);
-  fresh.done();
-  SignatureRecord expected = waitForRecord(freshReady);
-  ASSERT_FALSE(record.image().isNull());
-  EXPECT_EQ(record.image(), expected.image());
-  EXPECT_EQ(record.hash(), "HOST-42");
-  EXPECT_TRUE(record.pdf().isEmpty());
-  EXPECT_EQ(record.image().pixelColor(0, 0), QColor(250, 250, 200));
-  // Changing the record's strokes changes neither the record nor the pad.
-  QnStrokeListRef strokes = record.strokes();
-  strokes->front()->front().location = {290, 290};
-  EXPECT_EQ(traceOf(record.strokes()).front().front(), (std::pair(40.0, 60.0)));
-  EXPECT_EQ(traceOf(pad.strokes()).front().front(), (std::pair(40.0, 60.0)));
 }
 
 // A host closing a dialog deletes the pad while it has the focus, perhaps in the middle of a stroke.
@@ -83,6 +61,26 @@ TEST(PadLifetime, APadWithTheFocusIsDeletedMidStrokeWithoutHarm) {
   sendMouse(pad->focusProxy(), QEvent::MouseMove, {80, 70}, 1020);
   ASSERT_TRUE(pad->focusProxy()->hasFocus());
   delete pad;
+}
+
+TEST(PadResize, APadLaidOutToNothingAndBackKeepsItsSigningLineAndItsInk) {
+  QWidget window;
+  window.resize(400, 200);
+  auto* pad = new SignaturePad(&window);
+  pad->setGeometry(0, 0, 400, 200);
+  window.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+  mouseStroke(pad->focusProxy(), {{40, 60}, {80, 70}, {120, 65}}, 1000);
+  const Trace ink = traceOf(pad->strokes());
+  for (QSize nothing : {QSize(0, 0), QSize(0, 200), QSize(400, 0)}) {
+    pad->resize(nothing);
+    QCoreApplication::processEvents();
+    pad->resize(400, 200);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(traceOf(pad->strokes()), ink) << nothing.width() << " x " << nothing.height();
+  }
+  const QImage shot = saveGrab(pad, "pad_after_nothing");
+  EXPECT_TRUE(inked(shot, 80, 68) && inked(shot, 200, 133));  // the ink, and the line 9/16 down
 }
 
 }  // namespace

@@ -1,7 +1,11 @@
-// Copies of the strokes for export: clipped to a rectangle, shifted, and their bounding box.
+// Rectangle rules as CoreGraphics has them, and copies of the strokes for export: clipped to a
+// rectangle, and their bounding box. (Shifted copies: drawing_controller_test.cpp.)
+#include <scrivlet/geometry.h>
 #include <scrivlet/scrivlet_controller.h>
 
 #include <gtest/gtest.h>
+
+#include "output_support.h"
 
 #include <cmath>
 
@@ -19,14 +23,30 @@ std::vector<QnPoint> locs(const QnStrokeRef& stroke) {
   return result;
 }
 
-QnStrokeListRef list(std::vector<QnStroke> strokes) {
-  auto result = std::make_shared<QnStrokeList>();
-  for (QnStroke& s : strokes) result->push_back(std::make_shared<QnStroke>(std::move(s)));
-  return result;
+using test_support::strokeList;
+
+// (Which edges a rectangle holds: the clipping cases below.)
+TEST(Geometry, AnEmptyRectangleHoldsNothingAndANegativeSizeCoversItsStandardizedArea) {
+  EXPECT_FALSE(rectContainsPoint(makeRect(0, 0, 0, 0), {0, 0}));
+  EXPECT_TRUE(rectContainsPoint(makeRect(110, 70, -100, -50), {10, 20}));
+}
+
+TEST(Geometry, IntegralRectangleEnclosesTheFractionalOne) {
+  EXPECT_EQ(rectIntegral(makeRect(0.5, 1.2, 2, 2)), makeRect(0, 1, 3, 3));
+  // The same size lands on one more unit when the origin is fractional.
+  EXPECT_EQ(rectIntegral(makeRect(-1.5, -2.5, 224, 104)), makeRect(-2, -3, 225, 105));
+  EXPECT_EQ(rectIntegral(makeRect(3, 4, -2.5, -1.5)), makeRect(0, 2, 3, 2));
+}
+
+TEST(Geometry, UnionAndInset) {
+  EXPECT_EQ(rectUnion(makeRect(0, 0, 10, 10), makeRect(20, -5, 5, 5)), makeRect(0, -5, 25, 15));
+  EXPECT_EQ(rectInset(makeRect(0, 0, 10, 10), -2, 3), makeRect(-2, 3, 14, 4));
+  EXPECT_TRUE(rectIsEmpty(makeRect(1, 1, 0, 5)));
+  EXPECT_FALSE(rectIsEmpty(makeRect(1, 1, 1, 5)));
 }
 
 TEST(StrokeCopies, ClippingKeepsLeftAndTopEdgesAndEveryStroke) {
-  auto strokes = list({{pt(10, 20), pt(110, 30), pt(50, 70), pt(109.5, 69.5), pt(9.999, 30),
+  auto strokes = strokeList({{pt(10, 20), pt(110, 30), pt(50, 70), pt(109.5, 69.5), pt(9.999, 30),
                         pt(50, 19.999), pt(10, 69.999), pt(NAN, 30), pt(110.001, 20)},
                        {pt(0, 0), pt(200, 200)}, {}, {pt(60, 40)}});
   // x in [10, 110), y in [20, 70).
@@ -40,23 +60,12 @@ TEST(StrokeCopies, ClippingKeepsLeftAndTopEdgesAndEveryStroke) {
     EXPECT_TRUE(!none || none->empty());
 }
 
-TEST(StrokeCopies, OffsetCopyMovesOnlyLocationsAndIsDeep) {
-  auto strokes = list({{pt(1.5, 2.25), pt(-4, 8)}});
-  auto shifted = Ctl::copyOfStrokesWithOffset(strokes, {2.5, -1.25});
-  ASSERT_EQ(shifted->size(), 1u);
-  EXPECT_EQ(locs((*shifted)[0]), (std::vector<QnPoint>{{4, 1}, {-1.5, 6.75}}));
-  (*shifted)[0]->at(1).location = {-4, 8};
-  EXPECT_EQ((*shifted)[0]->at(1).description(), pt(-4, 8).description());
-  (*shifted)[0]->at(0).pressure = 0;
-  EXPECT_EQ((*strokes)[0]->at(0).pressure, 0.75f);
-}
-
 TEST(StrokeCopies, BoundingRectHoldsEveryPointWithoutMargin) {
-  EXPECT_EQ(Ctl::boundingRectOfStrokesF(list({{pt(3.5, -2)}})), makeRect(3.5, -2, 0, 0));
-  auto strokes = list({{pt(1000, -1000)}, {pt(10, 20), pt(5, 40.5), pt(30.25, 15)}, {pt(-2, 25)}});
+  EXPECT_EQ(Ctl::boundingRectOfStrokesF(strokeList({{pt(3.5, -2)}})), makeRect(3.5, -2, 0, 0));
+  auto strokes = strokeList({{pt(1000, -1000)}, {pt(10, 20), pt(5, 40.5), pt(30.25, 15)}, {pt(-2, 25)}});
   strokes->at(0)->clear();  // an emptied first stroke: its stale point must not be read
   EXPECT_EQ(Ctl::boundingRectOfStrokesF(strokes), makeRect(-2, 15, 32.25, 25.5));
-  EXPECT_EQ(Ctl::boundingRectOfStrokesF(list({{}, {}})), QnRectZero);
+  EXPECT_EQ(Ctl::boundingRectOfStrokesF(strokeList({{}, {}})), QnRectZero);
   EXPECT_EQ(Ctl::boundingRectOfStrokesF(nullptr), QnRectZero);
 }
 

@@ -3,19 +3,16 @@
 
 #include <gtest/gtest.h>
 
+#include "output_support.h"
+
 #include <bit>
 #include <cmath>
-#include <fstream>
 #include <limits>
 
 namespace scrivlet {
 namespace {
 
-QnStrokeListRef listOf(std::vector<QnStroke> strokes) {
-  auto list = std::make_shared<QnStrokeList>();
-  for (auto& s : strokes) list->push_back(std::make_shared<QnStroke>(std::move(s)));
-  return list;
-}
+using test_support::strokeList;
 
 // Every field of a point as its bits (any NaN velocity as 1).
 auto bits(const QnSignaturePoint& p) {
@@ -27,16 +24,11 @@ auto bits(const QnSignaturePoint& p) {
                     std::bit_cast<uint32_t>(p.pressure), std::bit_cast<uint32_t>(p.diameter), p.id);
 }
 
-std::string textOf(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 TEST(StrokeJson, OnePointIsWrittenAsDocumented) {
   QnSignaturePoint p;
   p.location = {1.5, 2}, p.velocity = {-0.25, 0}, p.acceleration = {4, 8}, p.timestamp = 10.125;
   p.azimuthAngle = 0.5f, p.altitudeAngle = 1.5f, p.pressure = 0.25f, p.diameter = 3, p.id = 100;
-  EXPECT_EQ(strokesToJson(listOf({{p}, {}})),
+  EXPECT_EQ(strokesToJson(strokeList({{p}, {}})),
             R"({"format":"scrivlet-strokes","strokes":[[{"altitude":1.5,"ax":4.0,"ay":8.0,"azimuth":0.5,)"
             R"("diameter":3.0,"id":100,"pressure":0.25,"t":10.125,"vx":-0.25,"vy":0.0,"x":1.5,"y":2.0}],[]],)"
             R"("version":1})");
@@ -56,7 +48,7 @@ TEST(StrokeJson, EveryFieldReadsBackToTheSameBits) {
     p.diameter = 0.5999999f + i, p.id = (uint64_t(1) << 63) + i;
     (i < 30 ? first : second).push_back(p);
   }
-  QnStrokeListRef back = strokesFromJson(strokesToJson(listOf({first, {}, second}))).value_or(nullptr);
+  QnStrokeListRef back = strokesFromJson(strokesToJson(strokeList({first, {}, second}))).value_or(nullptr);
   ASSERT_TRUE(back && back->size() == 3 && back->at(1)->empty());
   for (auto [original, read] : {std::pair(first, *back->at(0)), std::pair(second, *back->at(2))}) {
     ASSERT_EQ(original.size(), read.size());
@@ -129,7 +121,7 @@ TEST(StrokeJson, SizeNestingAndCountsAreBoundedWhileReading) {
 }
 
 TEST(StrokeJson, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {
-  const std::string golden = textOf(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json");
+  const std::string golden = test_support::readText(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json");
   QnStrokeListRef strokes = strokesFromJson(golden).value_or(nullptr);
   ASSERT_TRUE(strokes);
   const double kNaN = std::nan("");

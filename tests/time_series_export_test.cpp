@@ -1,6 +1,5 @@
-// The time-series XML document: its fixed frame and every sample channel as 16-bit integer text.
-#include <climits>
-
+// The time-series XML document: its fixed frame and every sample channel as 16-bit integer text,
+// clamped above and wrapped below as the worked cases show.
 #include "export/xml_serializer.h"
 #include "export_fixture.h"
 
@@ -67,11 +66,7 @@ QnSignaturePoint point(double x, double y, double t, QnPoint v = {}, QnPoint a =
   return {{x, y}, v, a, t, azimuth, altitude, pressure, 0, 0};
 }
 
-QnStrokeListRef list(std::vector<QnStroke> strokes) {
-  auto result = std::make_shared<QnStrokeList>();
-  for (QnStroke& s : strokes) result->push_back(std::make_shared<QnStroke>(std::move(s)));
-  return result;
-}
+using test_support::strokeList;
 
 class TimeSeriesExport : public ControllerTest {
  protected:
@@ -90,7 +85,7 @@ class TimeSeriesExport : public ControllerTest {
 TEST_F(TimeSeriesExport, ThreeStrokeSignatureGivesTheWholeDocument) {
   // Box (100, 50, 200, 150): X = (x - 100) * 10, Y = (200 - y) * 10.
   const float halfPi = 1.5707964f;
-  c->setMyBrushStrokes(list({
+  c->setMyBrushStrokes(strokeList({
       {point(100, 50, 123456.0, {0, 0}, {0, 0}, 0.0f, halfPi, 0.5f),
        point(100.25, 200, 123456.001953125, {400, -1.5}, {-0.025, 0.015}, -3.0f, 0.5f, -0.25f)},
       {point(300, 125, 123526.001953125, {-400, 0.25}, {-327.68, 500}, 1.0f, 0.0f, 1.0f)},
@@ -98,8 +93,8 @@ TEST_F(TimeSeriesExport, ThreeStrokeSignatureGivesTheWholeDocument) {
   }));
   // Azimuth: fmod(a + pi/2, 0.63661975) * 57.29577951308232. Force: p * 19.6133f * 100 in float.
   // The document is stored, so that every later build writes the same.
-  const std::vector<uint8_t> stored = test_support::readBytes(SCRIVLET_TEST_DATA_DIR "/time_series_three_strokes.xml");
-  const std::string document = c->createXmlString(), golden(stored.begin(), stored.end());
+  const std::string document = c->createXmlString(),
+                    golden = test_support::readText(SCRIVLET_TEST_DATA_DIR "/time_series_three_strokes.xml");
   EXPECT_EQ(document, golden);
   EXPECT_EQ(golden, expectedDocument({
       // Top-left corner, first DT 0. Azimuth 0: fmod(1.5707963, 0.6366197) = 0.2975568 -> 17.0488
@@ -126,7 +121,7 @@ TEST_F(TimeSeriesExport, ThreeStrokeSignatureGivesTheWholeDocument) {
 
 TEST_F(TimeSeriesExport, ClippingDropsPointsOutsideTheViewAndBoxesTheRest) {
   c->setClipSignatureToBounds(true);  // to the view's 300 x 200
-  c->setMyBrushStrokes(list({
+  c->setMyBrushStrokes(strokeList({
       {point(10, 20, 5), point(300, 30, 6) /* right edge: out */, point(50, 60, 7)},
       {point(40, 200, 8) /* bottom edge: out */, point(0, 100, 9) /* left edge: in */},
   }));
@@ -137,14 +132,14 @@ TEST_F(TimeSeriesExport, ClippingDropsPointsOutsideTheViewAndBoxesTheRest) {
                                         {0, 0, 0, 0, 0, 0, 17, 0, 2000, 0}}));
   expectPasses("xmllint --noout", document, "document.xml");
   SCOPED_TRACE("clipping empties the first stroke: the first point left starts the clock");
-  c->setMyBrushStrokes(list({{point(400, 10, 1)}, {point(20, 30, 2), point(40, 50, 3)}}));
+  c->setMyBrushStrokes(strokeList({{point(400, 10, 1)}, {point(20, 30, 2), point(40, 50, 3)}}));
   EXPECT_EQ(c->createXmlString(), expectedDocument({{0, 200, 0, 0, 0, 0, 17, 0, 0, 0},
                                                     {200, 0, 0, 0, 0, 0, 17, 0, 1000, 0}}));
 }
 
 TEST_F(TimeSeriesExport, NoPointsGiveAnEmptySampleList) {
   const std::pair<QnStrokeListRef, bool> cases[] = {
-      {list({}), false}, {list({{}, {}}), true}, {list({{point(350, 50, 1)}}), true}};
+      {strokeList({}), false}, {strokeList({{}, {}}), true}, {strokeList({{point(350, 50, 1)}}), true}};
   for (const auto& [strokes, clip] : cases) {
     SCOPED_TRACE(testing::Message() << strokes->size() << " strokes, clipped " << clip);
     c->setMyBrushStrokes(strokes);
@@ -160,24 +155,10 @@ TEST_F(TimeSeriesExport, ElevationUsesTheAzimuthPrescaler) {
   QnXMLSerializer xml;
   QnScrivletController::
       writeSamplePointListStrokesLocationPrescalerTimePrescalerVelocityPrescalerAccelerationPrescalerPressurePrescalerAzimuthPrescalerElevationPrescaler(
-          xml, list({{point(3, 4, 9, {1.5, -2.5}, {-0.5, 0.5}, 0.0f, 1.0f, 1.0f)}}), 1.0f,
+          xml, strokeList({{point(3, 4, 9, {1.5, -2.5}, {-0.5, 0.5}, 0.0f, 1.0f, 1.0f)}}), 1.0f,
           1000.0f, 1.0f, 1.0f, 1.0f, 2.0f, 5.0f);
   // Azimuth 17.0488 * 2 -> 34; elevation 57.2958 * 2 = 114.59 -> 115. Force 19.6133 -> 20.
   EXPECT_EQ(xml.toString(), samplePoints({{0, 0, 2, 3, -1, -1, 34, 115, 0, 20}}));
-}
-
-TEST(TimeSeriesWriters, SixteenBitTextsClampAboveAndWrapBelow) {
-  const std::pair<int, const char*> signedCases[] = {
-      {0, "0"},           {-1, "-1"},         {32767, "32767"},  {32768, "32767"},
-      {INT_MAX, "32767"}, {-32768, "-32768"}, {-32769, "32767"}, {-40000, "25536"},
-      {-65536, "0"},      {INT_MIN, "0"}};
-  for (const auto& [value, text] : signedCases)
-    EXPECT_EQ(QnScrivletController::shortCappedStringOfInt(value), text) << value;
-  const std::pair<int, const char*> unsignedCases[] = {
-      {0, "0"},      {65535, "65535"}, {65536, "65535"}, {INT_MAX, "65535"},
-      {-1, "65535"}, {-490, "65046"},  {-65536, "0"},    {-65537, "65535"}};
-  for (const auto& [value, text] : unsignedCases)
-    EXPECT_EQ(QnScrivletController::uShortCappedStringOfInt(value), text) << value;
 }
 
 }  // namespace

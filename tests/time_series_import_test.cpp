@@ -97,8 +97,8 @@ TEST(TimeSeriesImport, ASignatureReadBackDrawsAsItWasSigned) {
 // strokes of 17 samples 8 ms apart, the second after a pause of 672 ms, at 157874 tenths of a point a
 // metre. The values are worked out from its channels and the pen's rules, in single precision.
 TEST(TimeSeriesImport, AStoredPadSignatureReadsAsSigned) {
-  const std::vector<uint8_t> stored = test_support::readBytes(SCRIVLET_TEST_DATA_DIR "/time_series_pad_signature.xml");
-  QnStrokeListRef strokes = strokesFromTimeSeriesXml(std::string(stored.begin(), stored.end())).value_or(nullptr);
+  const std::string stored = test_support::readText(SCRIVLET_TEST_DATA_DIR "/time_series_pad_signature.xml");
+  QnStrokeListRef strokes = strokesFromTimeSeriesXml(stored).value_or(nullptr);
   ASSERT_TRUE(strokes && strokes->size() == 2);
   const QnStroke &first = *strokes->at(0), &second = *strokes->at(1);
   ASSERT_EQ(std::pair(first.size(), second.size()), std::pair(size_t(17), size_t(17)));
