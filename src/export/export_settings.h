@@ -30,6 +30,8 @@ struct ExportSettings {
   // A rectangle cleared on a canvas before the ink, as a live ink view drawing an export on the main
   // thread clears its bounds first; none clears nothing.
   std::optional<QnRect> clearedBeforeInk;
+
+  bool operator==(const ExportSettings&) const = default;
 };
 
 }  // namespace scrivlet

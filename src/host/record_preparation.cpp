@@ -5,14 +5,12 @@
 #include <scrivlet/engine/scheduler.h>
 #include <scrivlet/engine/scrivlet_controller.h>
 
-#include "capture/dpi_calculator.h"
+#include "controller/export_snapshot.h"
 #include "capture/drawing_controller.h"
-#include "export/export_settings.h"
 #include "export/record_rendering.h"
 #include "platform/clock.h"
 #include "platform/image.h"
 #include "platform/image_background.h"
-#include "platform/narrowing.h"
 
 #include <cstring>
 
@@ -30,23 +28,8 @@ bool sameStroke(const QnStrokeRef& a, const QnStrokeRef& b) {
 }
 
 ExportSettings exportSettingsOf(const RecordSettings& s, double unixTime) {
-  ExportSettings e;
-  e.ink.color = s.strokeColor;
-  e.strokeWidthMax = s.strokeWidthMax;
-  e.exportScale = s.exportScale;
-  e.clipSignatureToBounds = s.clipSignatureToBounds;
-  e.copyOfTargetViewBounds = s.clipBounds;
-  e.showDate = s.showDate;
-  e.dateIncludesTime = s.dateIncludesTime;
-  e.exportDateSize = s.exportDateSize;
-  e.showHash = s.showHash;
-  e.exportHashFontSize = s.exportHashFontSize;
-  e.exportHashOpacity = s.exportHashOpacity;
-  e.customHash = s.customHash;
-  e.skipPDFData = s.skipPDF;
+  ExportSettings e = s.exports;
   e.time = unixTime;
-  e.screenScale = s.screenScale;
-  e.metersPerPoint = s.metersPerPoint;
   return e;
 }
 
@@ -63,6 +46,12 @@ RecordParts partsOf(const RecordRequest& request, const ExportSettings& settings
 }
 
 }  // namespace
+
+bool RecordSettings::operator==(const RecordSettings& other) const {
+  ExportSettings mine = exports, theirs = other.exports;
+  mine.time = theirs.time = 0;
+  return mine == theirs && dateText == other.dateText && background == other.background;
+}
 
 bool RecordRequest::sameRecordAs(const RecordRequest& other) const {
   if (!(settings == other.settings)) return false;
@@ -86,29 +75,16 @@ RecordRequest requestOfCanvas(const QnScrivletController& live, std::optional<Qn
   RecordRequest request;
   request.strokes = exactCopyOfStrokes(live.drawingController()->drawingArray());
   RecordSettings& s = request.settings;
-  s.strokeColor = live.strokeExportColor();
-  s.strokeWidthMax = live.strokeWidthMax();
-  s.showDate = live.showDate();
-  s.dateIncludesTime = live.dateIncludesTime();
-  s.showHash = live.showHash();
+  // The controller's snapshot, made for a record drawn away from the screen: its ink clears nothing,
+  // and a clipped record is clipped to the view's bounds as they are now.
+  s.exports = exportSettingsOf(live);
+  s.exports.clearedBeforeInk.reset();
+  if (s.exports.clipSignatureToBounds && live.scrivletView()) s.exports.copyOfTargetViewBounds = live.scrivletView()->bounds();
   // A record made a day (or, with the time, a second) before prints another date than one made now.
-  if (s.showDate) {
-    double now = live.context().now();
-    s.dateText = mediumDateString(now) + (s.dateIncludesTime ? " " + mediumTimeString(now) : "");
+  if (s.exports.showDate) {
+    double now = s.exports.time;
+    s.dateText = mediumDateString(now) + (s.exports.dateIncludesTime ? " " + mediumTimeString(now) : "");
   }
-  s.customHash = live.customHash();
-  s.exportScale = live.exportScale();
-  s.exportDateSize = live.exportDateSize();
-  s.exportHashSizeWidth = live.exportHashSizeWidth();
-  s.exportHashSizeHeight = live.exportHashSizeHeight();
-  s.exportFontRatio = live.exportFontRatio();
-  s.exportHashFontSize = live.exportHashFontSize();
-  s.exportHashOpacity = live.exportHashOpacity();
-  s.clipSignatureToBounds = live.clipSignatureToBounds();
-  if (s.clipSignatureToBounds && live.scrivletView()) s.clipBounds = live.scrivletView()->bounds();
-  s.skipPDF = live.skipPDFData();
-  s.screenScale = live.context().screenScale();
-  s.metersPerPoint = QnDPICalculator::metersPerPixel() * narrowToFloat(live.context().nativeScale());
   s.background = std::move(background);
   return request;
 }

@@ -3,8 +3,9 @@
 #pragma once
 
 #include <scrivlet/engine/color.h>
-#include <scrivlet/engine/geometry.h>
 #include <scrivlet/engine/signature.h>
+
+#include "export/export_settings.h"
 
 #include <functional>
 #include <memory>
@@ -16,25 +17,16 @@ namespace scrivlet {
 class QnContext;
 class QnScrivletController;
 
-// Every setting the record depends on: those of the ink, of the exports, the view's bounds when the
-// record is clipped to them, the screen's scale, and the record's background.
+// Every setting the record depends on: the exports' settings as the pure renderer takes them (their
+// time is the record's, set when it is made), the date a record made now would print, and the
+// record's background.
 struct RecordSettings {
-  QnColor strokeColor;
-  float strokeWidthMax = 4;  // the record's margin is one and a half of it
-  bool showDate = false, dateIncludesTime = false, showHash = false;
-  std::string dateText;  // the date (and time) a record made now would print, when it prints one
-  std::optional<std::string> customHash;
-  float exportScale = 1;
-  float exportDateSize = 20, exportHashSizeWidth = 200, exportHashSizeHeight = 22, exportFontRatio = 0.55f,
-        exportHashFontSize = 23, exportHashOpacity = 0.9f;
-  bool clipSignatureToBounds = false;
-  QnRect clipBounds;  // the view's bounds, when clipping
-  bool skipPDF = false;
-  double screenScale = 1;
-  float metersPerPoint = (1.0f / 401.0f) * 0.0254f;  // of the device: the XML's pen-tip orientation scaling
+  ExportSettings exports;
+  std::string dateText;  // when the record prints a date
   std::optional<QnColor> background;  // painted under the PNG's ink; none keeps it transparent
 
-  bool operator==(const RecordSettings&) const = default;
+  // The same outputs but for the time they are made at.
+  bool operator==(const RecordSettings& other) const;
 };
 
 struct RecordRequest {

@@ -27,16 +27,16 @@ std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& stroke
     logLine("Scrivlet: no record drawn: there are no points to draw");
     return nullptr;
   }
-  RecordSettings& s = request.settings;
+  ExportSettings& s = request.settings.exports;
   s.exportScale = settings.exportScale;
-  if (settings.strokeColor) s.strokeColor = *settings.strokeColor;
+  if (settings.strokeColor) s.ink.color = *settings.strokeColor;
   s.showDate = settings.showDate;
   s.dateIncludesTime = settings.dateIncludesTime;
   s.showHash = settings.showHash;
   s.customHash = settings.hash;
   s.screenScale = QnDevice::screenScale();
-  s.background = settings.background;
   s.metersPerPoint = QnDPICalculator::metersPerPoint();
+  request.settings.background = settings.background;
   // The date line and the record's time are those of the signing when one is given.
   std::optional<double> time;
   if (settings.timestamp && std::isfinite(*settings.timestamp)) time = *settings.timestamp + kReferenceDateOffset;

@@ -20,6 +20,8 @@ struct QnInk {
   QnColor color = QnColor::black();
   float cornerThreshold = 0.7853981852531433f;  // pi/4
   bool showDebug = false;
+
+  bool operator==(const QnInk&) const = default;
 };
 
 class QnDrawingView : public QnView {
