@@ -5,11 +5,15 @@
 #include <scrivlet/headless_view.h>
 #include <scrivlet/signature_session.h>
 #include <scrivlet/stroke_json.h>
+#include <scrivlet/engine/notification_center.h>
+#include <scrivlet/engine/scrivlet_controller.h>
 
 #include "delegate_log.h"
 #include "output_support.h"
 #include "platform/clock.h"
+#include "capture/drawing_controller.h"
 #include "platform/image_view.h"
+#include "render/drawing_view.h"
 
 #include <gtest/gtest.h>
 
@@ -318,6 +322,17 @@ TEST(SessionContext, TwoSessionsOnContextsOfTheirOwnAreEachAnsweredOnTheirOwnLoo
   EXPECT_EQ(b.records[0]->timestamp(), 1500000000 - kReferenceDateOffset);
   EXPECT_EQ(QnClock::now(), 1700000000);
   QnClock::setFixedTime(std::nullopt);
+
+  // The ink view listens to its own context's notifications, not the default centre's.
+  auto inkOf = [](OwnContext& s) { return s.session.scrivlet().scrivletController()->drawingController()->canvasView(); };
+  auto postColor = [](QnNotificationCenter& center, QnColor color) {
+    center.postNotificationName("colorChanged", nullptr, {{"color", std::any(color)}});
+  };
+  postColor(QnNotificationCenter::defaultCenter(), QnColor(1, 0, 0, 1));
+  EXPECT_EQ(inkOf(a)->strokeColor(), QnColor::black());
+  postColor(a.context->notificationCenter(), QnColor(0, 0, 1, 1));
+  EXPECT_EQ(inkOf(a)->strokeColor(), QnColor(0, 0, 1, 1));
+  EXPECT_EQ(inkOf(b)->strokeColor(), QnColor::black());
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "render/style_kit.h"
 #include "controller/touches_observer_gesture_recognizer.h"
 #include "platform/image_view.h"
+#include "render/drawing_view.h"
 
 namespace scrivlet {
 
@@ -127,6 +128,11 @@ void QnScrivletController::setStrokeExportColor(const QnColor& color) {
 
 QnContext& QnScrivletController::context() const {
   return context_ ? *context_ : QnContext::defaultContext();
+}
+
+void QnScrivletController::setContext(std::shared_ptr<QnContext> context) {
+  context_ = context;
+  if (drawingController_ && drawingController_->canvasView()) drawingController_->canvasView()->setContext(std::move(context));
 }
 
 unsigned long QnScrivletController::numberOfPointsInCurrentSignature() const {

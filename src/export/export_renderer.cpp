@@ -109,8 +109,10 @@ std::optional<std::vector<uint8_t>> drawExportCanvas(
   std::shared_ptr<DrawingLog> drawing;
   std::unique_ptr<QnComboContext> combo;
   if (format == "PDF") {
+    // Dated at the record's time: the renderer reads no clock.
     pdf = std::make_unique<QnPDFContext>(
-        QnRect{{0, 0}, canvas}, [&buffer](const uint8_t* bytes, size_t n) { buffer.insert(buffer.end(), bytes, bytes + n); });
+        QnRect{{0, 0}, canvas}, [&buffer](const uint8_t* bytes, size_t n) { buffer.insert(buffer.end(), bytes, bytes + n); },
+        std::string(), settings.time);
     combo = std::make_unique<QnComboContext>(&pdf->context());
   } else if (format == "SVG") {
     combo = std::make_unique<QnComboContext>(nullptr);

@@ -36,7 +36,7 @@ bool usable(QnRect box) {
 
 }  // namespace
 
-QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator)
+QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator, std::optional<double> creationTime)
     : sink_(std::move(sink)), pageSize_(mediaBox.size), valid_(usable(mediaBox)) {
   // An unusable document still hands out a context, one that draws nowhere.
   surface_ = valid_ ? cairo_pdf_surface_create_for_stream(append, &bytes_, mediaBox.size.width,
@@ -45,10 +45,10 @@ QnPDFContext::QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creato
   valid_ = valid_ && cairo_surface_status(surface_) == CAIRO_STATUS_SUCCESS;
   if (valid_ && !creator.empty())
     cairo_pdf_surface_set_metadata(surface_, CAIRO_PDF_METADATA_CREATOR, creator.c_str());
-  // Dated by the system's clock rather than the wall clock cairo would read: the same strokes at the
-  // same time give the same bytes.
-  if (valid_) {
-    std::time_t now = std::time_t(std::floor(QnClock::now()));
+  // Dated by the time given or the system's clock rather than the wall clock cairo would read: the
+  // same strokes at the same time give the same bytes.
+  if (valid_ && std::isfinite(creationTime.value_or(0))) {
+    std::time_t now = std::time_t(std::floor(creationTime.value_or(QnClock::now())));
     std::tm utc{};
     char date[32];
     if (gmtime_r(&now, &utc) && std::strftime(date, sizeof date, "%Y-%m-%dT%H:%M:%SZ", &utc))

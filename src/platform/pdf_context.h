@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 typedef struct _cairo_surface cairo_surface_t;
@@ -20,8 +21,10 @@ class QnPDFContext {
   using Sink = std::function<void(const uint8_t* bytes, size_t count)>;
 
   // A page showing the media box (in PDF points, top-left origin): what is drawn at the box's origin
-  // lands in the page's top-left corner. The creator goes into the document information when given.
-  QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator = {});
+  // lands in the page's top-left corner. The creator goes into the document information when given;
+  // the document is dated at the time given (seconds since the Unix epoch), or else by the clock now.
+  QnPDFContext(QnRect mediaBox, Sink sink, const std::string& creator = {},
+               std::optional<double> creationTime = std::nullopt);
   // Ends the document if end() was not called.
   ~QnPDFContext();
   QnPDFContext(const QnPDFContext&) = delete;

@@ -1,6 +1,7 @@
 // The facade: creating the controller in a view or on the modal screen, and forwarding settings.
 #include <scrivlet/engine/facade.h>
 
+#include <scrivlet/engine/context.h>
 #include <scrivlet/engine/navigation_controller.h>
 #include <scrivlet/engine/popup.h>
 #include <scrivlet/engine/scheduler.h>
@@ -25,8 +26,8 @@ void releaseWhenAnswered(std::shared_ptr<QnScrivlet> scrivlet) {
   if (!controller.willBeDoneCallbackRequested() && !controller.doneCallbackRequested()) return;
   // A timer is invalidated when its handle goes, so the handle rides in its own action until it fires.
   auto timer = std::make_shared<std::shared_ptr<QnTimer>>();
-  *timer = QnScheduler::current().scheduleTimer(kOwedAnswerCheckInterval,
-                                                [scrivlet, timer] { releaseWhenAnswered(scrivlet); });
+  *timer = controller.context().scheduler().scheduleTimer(kOwedAnswerCheckInterval,
+                                                          [scrivlet, timer] { releaseWhenAnswered(scrivlet); });
 }
 
 // A hold on the facade for the presenter of its screen: the host may keep the facade in a local

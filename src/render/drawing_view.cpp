@@ -1,7 +1,7 @@
 // The ink view's cache, notifications and the stroke drawing operation.
 #include "render/drawing_view.h"
 
-#include <scrivlet/engine/device.h>
+#include <scrivlet/engine/context.h>
 #include <scrivlet/engine/notification_center.h>
 
 #include "platform/image.h"
@@ -27,8 +27,7 @@ QnPoint midpoint(QnPoint a, QnPoint b) { return {(a.x + b.x) * 0.5, (a.y + b.y) 
 
 QnDrawingView::QnDrawingView(QnRect frame) : QnDrawingView(frame, QnInk{}) {
   observesNotifications_ = true;
-  QnNotificationCenter::defaultCenter().addObserver(
-      this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
+  context().notificationCenter().addObserver(this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
   initContext(frame.size);
 }
 
@@ -51,7 +50,20 @@ QnDrawingView::QnDrawingView(QnRect frame, const QnInk& ink) : QnView(frame) {
 }
 
 QnDrawingView::~QnDrawingView() {
-  if (observesNotifications_) QnNotificationCenter::defaultCenter().removeObserver(this);
+  if (observesNotifications_) context().notificationCenter().removeObserver(this);
+}
+
+QnContext& QnDrawingView::context() const { return context_ ? *context_ : QnContext::defaultContext(); }
+
+void QnDrawingView::setContext(std::shared_ptr<QnContext> context) {
+  if (observesNotifications_) {
+    this->context().notificationCenter().removeObserver(this);
+    context_ = std::move(context);
+    this->context().notificationCenter().addObserver(this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
+  } else {
+    context_ = std::move(context);
+  }
+  setNeedsDisplay();  // the cache follows the context's screen scale at the next drawing
 }
 
 void QnDrawingView::drawStrokesWithInk(QnComboContext* context, const QnStrokeList& strokes, const QnInk& ink) {

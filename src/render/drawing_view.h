@@ -24,10 +24,17 @@ struct QnInk {
   bool operator==(const QnInk&) const = default;
 };
 
+class QnContext;
+
 class QnDrawingView : public QnView {
  public:
   explicit QnDrawingView(QnRect frame);
   ~QnDrawingView() override;
+
+  // The context whose notification centre the view listens to and whose screen scale its cache has:
+  // the default one until its controller is given another.
+  QnContext& context() const;
+  void setContext(std::shared_ptr<QnContext> context);
 
   // The strokes to draw, kept by reference. The export thread swaps them too, so they are read and
   // written atomically, like the ink colour.
@@ -177,6 +184,7 @@ class QnDrawingView : public QnView {
   std::unique_ptr<KeptInk> keptInk_;
   uint64_t inkVersions_ = KeptInk::kClear;
   bool observesNotifications_ = false;
+  std::shared_ptr<QnContext> context_;  // none for the default context
 };
 
 }  // namespace scrivlet

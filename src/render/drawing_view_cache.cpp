@@ -3,7 +3,7 @@
 // they are drawn live, so that its end leaves only its last piece to draw.
 #include "render/drawing_view.h"
 
-#include <scrivlet/engine/device.h>
+#include <scrivlet/engine/context.h>
 
 #include "platform/image.h"
 #include "platform/main_thread.h"
@@ -14,7 +14,7 @@ namespace scrivlet {
 
 void QnDrawingView::initContext(QnSize size) {
   cacheSize_ = size;
-  cacheScale_ = QnDevice::screenScale();
+  cacheScale_ = context().screenScale();
   cacheComboContext_.reset();
   cacheContext_.reset();
   cacheLevels_.clear();
@@ -49,7 +49,7 @@ void QnDrawingView::updateLayout() {
   if (size.width == 0 && size.height == 0) return;
   // A cache of the same pixels counts as cleared: the full redraw that follows a layout then copies
   // only the tiles it must.
-  if (cacheContext_ && size == cacheSize_ && QnDevice::screenScale() == cacheScale_)
+  if (cacheContext_ && size == cacheSize_ && context().screenScale() == cacheScale_)
     cacheCleared_ = true;
   else
     initContext(size);

@@ -178,7 +178,8 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   // Where the controller schedules its preparations and reads the time and the device: the default
   // context unless another was given.
   QnContext& context() const;
-  void setContext(std::shared_ptr<QnContext> context) { context_ = std::move(context); }
+  // The ink view follows it: its notifications and its screen scale.
+  void setContext(std::shared_ptr<QnContext> context);
 
   // --- State and outputs ---
   const std::optional<std::string>& lastHash() const { return outputs_.lastHash; }
