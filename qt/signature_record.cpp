@@ -11,6 +11,11 @@
 
 namespace scrivlet {
 
+SignatureRecord::SignatureRecord(std::shared_ptr<QnSignature> signature) : signature_(std::move(signature)) {}
+
+bool SignatureRecord::isNull() const { return !signature_; }
+const std::shared_ptr<QnSignature>& SignatureRecord::signature() const { return signature_; }
+
 namespace {
 
 // Seconds from 1970 to 2001-01-01 00:00:00 UTC, the record's epoch.

@@ -31,9 +31,9 @@ class SCRIVLET_QT_EXPORT SignatureRecord {
 
  public:
   SignatureRecord() = default;
-  explicit SignatureRecord(std::shared_ptr<QnSignature> signature) : signature_(std::move(signature)) {}
+  explicit SignatureRecord(std::shared_ptr<QnSignature> signature);
 
-  bool isNull() const { return !signature_; }
+  bool isNull() const;
   // The PNG decoded, at the screen's pixel density; null without a PNG.
   QImage image() const;
   QByteArray png() const;
@@ -51,7 +51,7 @@ class SCRIVLET_QT_EXPORT SignatureRecord {
   QDateTime timestamp() const;
   // The strokes as the document of strokesToJson.
   QString strokesJson() const;
-  const std::shared_ptr<QnSignature>& signature() const { return signature_; }
+  const std::shared_ptr<QnSignature>& signature() const;
 
   // Writes a part of the record to a local file (a file: URL or a path): format "png", "pdf", "svg",
   // "xml", "record" (the record file of recordToJson) or "strokes" (the strokes document); without a
@@ -60,7 +60,7 @@ class SCRIVLET_QT_EXPORT SignatureRecord {
   Q_INVOKABLE bool save(const QUrl& file, const QString& format = QString()) const;
 
  private:
-  std::shared_ptr<QnSignature> signature_;
+  std::shared_ptr<QnSignature> signature_;  // shared by copies: the record's parts never change
 };
 
 }  // namespace scrivlet
