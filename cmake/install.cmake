@@ -1,9 +1,12 @@
-# Installing Scrivlet: headers, libraries, the CMake package (Scrivlet::scrivlet, ::engine, ::evidence, ::qt, ::quick) and
+# Installing Scrivlet: headers, libraries, the CMake package (Scrivlet::scrivlet, ::engine when shared, ::evidence, ::qt, ::quick) and
 # pkg-config files, so that a host builds against it with find_package or pkg-config alone.
 include(CMakePackageConfigHelpers)
 
 set(SCRIVLET_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/Scrivlet)
-set(SCRIVLET_INSTALLED_TARGETS scrivlet scrivlet_engine_library)
+set(SCRIVLET_INSTALLED_TARGETS scrivlet)
+if(TARGET scrivlet_engine_library)
+  list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_engine_library)
+endif()
 if(TARGET scrivlet_qt)
   list(APPEND SCRIVLET_INSTALLED_TARGETS scrivlet_qt)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/qt/include/scrivlet DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})

@@ -55,11 +55,11 @@ fi
 
 static=(); [ "$shared" = no ] && static=(--static)
 export PKG_CONFIG_PATH="$prefix/lib/pkgconfig${PKG_CONFIG_PATH:+:$PKG_CONFIG_PATH}"
-# A host links the core alone (the host API and the engine under it); the libraries the core uses
-# come in only for a static link.
+# A host links the core alone (one archive, or the host API's shared library and the engine's under
+# it); the libraries the core uses come in only for a static link.
 read -r -a libs <<<"$(pkg-config --libs scrivlet)"
-if [ ${#libs[@]} -ne 3 ] || [ "${libs[0]#-L}" = "${libs[0]}" ] || [ "${libs[1]}" != -lscrivlet ] ||
-   [ "${libs[2]}" != -lscrivlet-engine ]; then
+core=(-lscrivlet); [ "$shared" = yes ] && core+=(-lscrivlet-engine)
+if [ "${libs[0]#-L}" = "${libs[0]}" ] || [ "${libs[*]:1}" != "${core[*]}" ]; then
   echo "pkg-config --libs scrivlet names more than the core: ${libs[*]}" >&2; exit 1
 fi
 if pkg-config --static --libs scrivlet | grep -q poppler; then echo "the core still needs poppler" >&2; exit 1; fi
