@@ -27,7 +27,7 @@ QnPoint midpoint(QnPoint a, QnPoint b) { return {(a.x + b.x) * 0.5, (a.y + b.y) 
 
 QnDrawingView::QnDrawingView(QnRect frame) : QnDrawingView(frame, QnInk{}) {
   observesNotifications_ = true;
-  context().notificationCenter().addObserver(this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
+  observeColorChanges();
   initContext(frame.size);
 }
 
@@ -55,14 +55,14 @@ QnDrawingView::~QnDrawingView() {
 
 QnContext& QnDrawingView::context() const { return context_ ? *context_ : QnContext::defaultContext(); }
 
+void QnDrawingView::observeColorChanges() {
+  context().notificationCenter().addObserver(this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
+}
+
 void QnDrawingView::setContext(std::shared_ptr<QnContext> context) {
-  if (observesNotifications_) {
-    this->context().notificationCenter().removeObserver(this);
-    context_ = std::move(context);
-    this->context().notificationCenter().addObserver(this, "colorChanged", [this](const QnNotification& n) { colorChanged(n); });
-  } else {
-    context_ = std::move(context);
-  }
+  if (observesNotifications_) this->context().notificationCenter().removeObserver(this);
+  context_ = std::move(context);
+  if (observesNotifications_) observeColorChanges();
   setNeedsDisplay();  // the cache follows the context's screen scale at the next drawing
 }
 

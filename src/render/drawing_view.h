@@ -110,6 +110,8 @@ class QnDrawingView : public QnView {
   // Notification handlers: "colorChanged" with the "color" key (registered at creation), and
   // "strokeWidthChanged" with "strokeWidth" (for a host to register itself).
   void colorChanged(const QnNotification& notification);
+  // Listens for "colorChanged" on the context's notification centre.
+  void observeColorChanges();
   void strokeWidthChanged(const QnNotification& notification);
 
   // Geometry of vectors and points.
