@@ -1,6 +1,8 @@
 // The signature hash and the badge (padlock and hash text) printed on exports.
 #include "export/signature_hash.h"
 
+#include "controller/controller_exports.h"
+
 #include <cctype>
 #include <algorithm>
 #include <set>

@@ -6,7 +6,7 @@
 
 #include "capture/dpi_calculator.h"
 #include "capture/drawing_controller.h"
-#include "controller/export_snapshot.h"
+#include "controller/controller_exports.h"
 #include "export/export_renderer.h"
 #include "export/record_rendering.h"
 #include "export/signature_hash.h"
@@ -38,22 +38,12 @@ void leaveInkViewWith(QnDrawingView* inkView, QnStrokeListRef drawn) {
 
 ExportSettings exportSettingsOf(const QnScrivletController& c) {
   ExportSettings s;
+  static_cast<ExportOptions&>(s) = c.settings().exports;
   if (QnDrawingView* inkView = inkViewOf(&c)) {
     s.ink = inkView->ink();
     if (isMainThread()) s.clearedBeforeInk = inkView->bounds();
   }
-  s.strokeWidthMax = c.strokeWidthMax();
-  s.exportScale = c.exportScale();
-  s.clipSignatureToBounds = c.clipSignatureToBounds();
   s.copyOfTargetViewBounds = c.copyOfTargetViewBounds();
-  s.showDate = c.showDate();
-  s.dateIncludesTime = c.dateIncludesTime();
-  s.exportDateSize = c.exportDateSize();
-  s.showHash = c.showHash();
-  s.exportHashFontSize = c.exportHashFontSize();
-  s.exportHashOpacity = c.exportHashOpacity();
-  s.customHash = c.customHash();
-  s.skipPDFData = c.skipPDFData();
   QnContext& context = c.context();
   s.time = context.now();
   s.screenScale = context.screenScale();
@@ -67,7 +57,7 @@ void QnScrivletController::prepareScrivletData() {
   outputs_.lastLocation = parts.frame;
   outputs_.imageData = std::move(parts.png);
   // With the PDF skipped, whatever an earlier run left stays.
-  if (!settings_.skipPDFData) outputs_.pdfData = std::move(parts.pdf);
+  if (!skipPDFData()) outputs_.pdfData = std::move(parts.pdf);
   outputs_.svgString = std::move(parts.svg);
   outputs_.xmlString = std::move(parts.xml);
   leaveInkViewWith(inkViewOf(this), std::move(parts.drawnStrokes));
@@ -76,13 +66,13 @@ void QnScrivletController::prepareScrivletData() {
 std::shared_ptr<QnSignature> QnScrivletController::prepareSignature() const {
   auto signature = std::make_shared<QnSignature>();
   signature->setFrame(outputs_.lastLocation);
-  signature->setRawPoints(settings_.clipSignatureToBounds
+  signature->setRawPoints(clipSignatureToBounds()
                               ? copyOfStrokesClippedToBounds(outputs_.myBrushStrokes, outputs_.copyOfTargetViewBounds)
                               : outputs_.myBrushStrokes);
   signature->setHashString(outputs_.lastHash);
   signature->setTimestamp(context().now() - kReferenceDateOffset);
   signature->setImageData(outputs_.imageData);
-  if (!settings_.skipPDFData) signature->setPdfData(outputs_.pdfData);
+  if (!skipPDFData()) signature->setPdfData(outputs_.pdfData);
   signature->setSvgString(outputs_.svgString);
   signature->setXmlString(outputs_.xmlString);
   return signature;
@@ -95,9 +85,9 @@ std::optional<std::vector<uint8_t>> QnScrivletController::getImageData(const std
 std::optional<std::vector<uint8_t>> QnScrivletController::exportCanvas(const std::string& format,
                                                                        PNGJob* pngLater) {
   ExportCanvasFrame frame = exportCanvasFrame(outputs_.myBrushStrokes, exportSettingsOf(*this));
-  outputs_.lastLocation = settings_.clipSignatureToBounds ? QnRectZero : makeRect(frame.x0, frame.y0, 0, 0);
+  outputs_.lastLocation = clipSignatureToBounds() ? QnRectZero : makeRect(frame.x0, frame.y0, 0, 0);
   return cfDataCreatePDFDocumentFromDrawing(outputs_.myBrushStrokes, format, false, this, frame.w, frame.h, frame.x0,
-                                            frame.y0, settings_.exportScale, pngLater);
+                                            frame.y0, exportScale(), pngLater);
 }
 
 std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
@@ -134,7 +124,7 @@ void renderHashWithContext(QnComboContext* context, bool showDate, const QnScriv
                   controller->exportHashOpacity(), canvasHeight, dateSize);
 }
 
-void QnScrivletController::createAndStoreHashString() { outputs_.lastHash = newSignatureHash(settings_.customHash); }
+void QnScrivletController::createAndStoreHashString() { outputs_.lastHash = newSignatureHash(customHash()); }
 
 std::string QnScrivletController::createXmlString() const {
   return timeSeriesXml(outputs_.myBrushStrokes, exportSettingsOf(*this));

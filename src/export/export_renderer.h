@@ -16,7 +16,6 @@ namespace scrivlet {
 class QnComboContext;
 // Work that makes a PNG when run: its bytes, or none.
 using PNGJob = std::function<std::vector<uint8_t>()>;
-class QnScrivletController;
 struct ExportSettings;
 
 // The canvas round the strokes in view coordinates: w x h points with the top-left corner (x0, y0).
@@ -50,22 +49,9 @@ std::optional<std::vector<uint8_t>> drawExportCanvas(
     const std::string& hash, double w, double h, double x0, double y0, float scale,
     ExportCanvasOutcome* outcome = nullptr, PNGJob* pngLater = nullptr);
 
-// The same with the controller's settings, hash and ink view (defined with the controller): sets the
-// controller's lastLocation to the origin it has and the canvas size in output units, and leaves the
-// ink view with the strokes as drawn.
-std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
-    const QnStrokeListRef& strokes, const std::string& format, bool unscaledPNG,
-    QnScrivletController* controller, double w, double h, double x0, double y0, float scale,
-    PNGJob* pngLater = nullptr);
-
 // Draws the strokes shifted by (-originX, -originY) with the settings' ink, and answers the shifted copy.
 QnStrokeListRef renderSignatureWithInk(QnComboContext* context, const QnStrokeListRef& strokes, int originX,
                                        int originY, const ExportSettings& settings);
-// Draws the strokes shifted by (-originX, -originY) through the controller's ink view (defined with
-// the controller).
-void renderSignature(QnComboContext* context, const QnStrokeListRef& strokes, int originX,
-                     int originY, QnScrivletController* controller);
-
 // Draws the date line in black at the bottom left of a canvas of the given height.
 void renderDate(QnComboContext* context, const std::string& date, double height, double fontSize);
 

@@ -8,7 +8,6 @@
 namespace scrivlet {
 
 class QnComboContext;
-class QnScrivletController;
 
 // A fresh hash: the first 10 hexadecimal digits of the SHA-1 of a new random UUID's text, or the
 // custom hash when there is one (even an empty one).
@@ -18,9 +17,5 @@ std::string newSignatureHash(const std::optional<std::string>& customHash);
 // and PDF targets get a light badge with a shadow at the given opacity; SVG gets grey text and padlock.
 void renderHashBadge(QnComboContext* context, bool showDate, const std::string& hash, float fontSize,
                      float opacity, double canvasHeight, double dateSize);
-// The badge with the controller's hash, font size and opacity (defined with the controller).
-void renderHashWithContext(QnComboContext* context, bool showDate,
-                           const QnScrivletController* controller, double canvasHeight,
-                           double dateSize);
 
 }  // namespace scrivlet

@@ -5,7 +5,7 @@
 #include <scrivlet/engine/scheduler.h>
 #include <scrivlet/engine/scrivlet_controller.h>
 
-#include "controller/export_snapshot.h"
+#include "controller/controller_exports.h"
 #include "capture/drawing_controller.h"
 #include "export/record_rendering.h"
 #include "platform/clock.h"

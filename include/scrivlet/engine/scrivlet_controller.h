@@ -1,5 +1,6 @@
 // The capture controller: turns touches on a host's view into strokes, holds every capture and export
-// setting, and prepares the signature record.
+// setting, and prepares the signature record. It puts together the parts that do each job: touch
+// routing, layout, the undo history, completion, and the exports it keeps the outputs of.
 #pragma once
 
 #include <scrivlet/export.h>
@@ -7,6 +8,7 @@
 #include <scrivlet/engine/color.h>
 #include <scrivlet/engine/delegate.h>
 #include <scrivlet/engine/geometry.h>
+#include <scrivlet/engine/scrivlet_settings.h>
 #include <scrivlet/engine/signature_point.h>
 #include <scrivlet/engine/touch.h>
 #include <scrivlet/engine/view.h>
@@ -25,11 +27,15 @@ class QnComboContext;
 class QnContext;
 class QnDemoDrawingController;
 class QnGestureRecognizer;
+class QnGuidelineLayout;
 class QnImage;
 class QnImageView;
+class QnRecordCompletion;
 class QnScrivlet;
 class QnSignature;
 class QnTimer;
+class QnTouchRouter;
+class QnUndoHistory;
 class QnXMLSerializer;
 
 class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this<QnScrivletController> {
@@ -125,54 +131,56 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   // --- Settings ---
   bool showGuideline() const { return settings_.showGuideline; }
   void setShowGuideline(bool show);
-  bool showDate() const { return settings_.showDate; }
-  void setShowDate(bool show) { settings_.showDate = show; }
-  bool dateIncludesTime() const { return settings_.dateIncludesTime; }
-  void setDateIncludesTime(bool includes) { settings_.dateIncludesTime = includes; }
-  bool showHash() const { return settings_.showHash; }
-  void setShowHash(bool show) { settings_.showHash = show; }
-  bool clipSignatureToBounds() const { return settings_.clipSignatureToBounds; }
-  void setClipSignatureToBounds(bool clip) { settings_.clipSignatureToBounds = clip; }
+  bool showDate() const { return settings_.exports.showDate; }
+  void setShowDate(bool show) { settings_.exports.showDate = show; }
+  bool dateIncludesTime() const { return settings_.exports.dateIncludesTime; }
+  void setDateIncludesTime(bool includes) { settings_.exports.dateIncludesTime = includes; }
+  bool showHash() const { return settings_.exports.showHash; }
+  void setShowHash(bool show) { settings_.exports.showHash = show; }
+  bool clipSignatureToBounds() const { return settings_.exports.clipSignatureToBounds; }
+  void setClipSignatureToBounds(bool clip) { settings_.exports.clipSignatureToBounds = clip; }
   bool swipeToUndoEnabled() const { return settings_.swipeToUndoEnabled; }
   void setSwipeToUndoEnabled(bool enabled) { settings_.swipeToUndoEnabled = enabled; }
   bool drawOnlyWithApplePencil() const { return settings_.drawOnlyWithApplePencil; }
   void setDrawOnlyWithApplePencil(bool stylusOnly) { settings_.drawOnlyWithApplePencil = stylusOnly; }
   bool useCalligraphicBrush() const { return settings_.useCalligraphicBrush; }
   void setUseCalligraphicBrush(bool calligraphic);
-  bool skipPDFData() const { return settings_.skipPDFData; }
-  void setSkipPDFData(bool skip) { settings_.skipPDFData = skip; }
-  uint8_t willBeDoneCallbackRequested() const { return completion_.willBeDoneCallbackRequested; }
-  void setWillBeDoneCallbackRequested(uint8_t requested) { completion_.willBeDoneCallbackRequested = requested; }
-  uint8_t doneCallbackRequested() const { return completion_.doneCallbackRequested; }
-  void setDoneCallbackRequested(uint8_t requested) { completion_.doneCallbackRequested = requested; }
-  float strokeWidthMax() const { return settings_.strokeWidthMax; }
+  bool skipPDFData() const { return settings_.exports.skipPDFData; }
+  void setSkipPDFData(bool skip) { settings_.exports.skipPDFData = skip; }
+  uint8_t willBeDoneCallbackRequested() const;
+  void setWillBeDoneCallbackRequested(uint8_t requested);
+  uint8_t doneCallbackRequested() const;
+  void setDoneCallbackRequested(uint8_t requested);
+  float strokeWidthMax() const { return settings_.exports.strokeWidthMax; }
   void setStrokeWidthMax(float width);
   float velocityReduction() const { return settings_.velocityReduction; }
   void setVelocityReduction(float reduction);
-  float exportScale() const { return settings_.exportScale; }
-  void setExportScale(float scale) { settings_.exportScale = scale; }
-  float exportDateSize() const { return settings_.exportDateSize; }
-  void setExportDateSize(float size) { settings_.exportDateSize = size; }
+  float exportScale() const { return settings_.exports.exportScale; }
+  void setExportScale(float scale) { settings_.exports.exportScale = scale; }
+  float exportDateSize() const { return settings_.exports.exportDateSize; }
+  void setExportDateSize(float size) { settings_.exports.exportDateSize = size; }
   float exportHashSizeWidth() const { return settings_.exportHashSizeWidth; }
   void setExportHashSizeWidth(float width) { settings_.exportHashSizeWidth = width; }
   float exportHashSizeHeight() const { return settings_.exportHashSizeHeight; }
   void setExportHashSizeHeight(float height) { settings_.exportHashSizeHeight = height; }
   float exportFontRatio() const { return settings_.exportFontRatio; }
   void setExportFontRatio(float ratio) { settings_.exportFontRatio = ratio; }
-  float exportHashFontSize() const { return settings_.exportHashFontSize; }
-  void setExportHashFontSize(float size) { settings_.exportHashFontSize = size; }
-  float exportHashOpacity() const { return settings_.exportHashOpacity; }
-  void setExportHashOpacity(float opacity) { settings_.exportHashOpacity = opacity; }
+  float exportHashFontSize() const { return settings_.exports.exportHashFontSize; }
+  void setExportHashFontSize(float size) { settings_.exports.exportHashFontSize = size; }
+  float exportHashOpacity() const { return settings_.exports.exportHashOpacity; }
+  void setExportHashOpacity(float opacity) { settings_.exports.exportHashOpacity = opacity; }
   float smoothingAmount() const { return settings_.smoothingAmount; }
   void setSmoothingAmount(float amount) { settings_.smoothingAmount = amount; }
-  float currentPressure() const { return touch_.currentPressure; }
-  void setCurrentPressure(float pressure) { touch_.currentPressure = pressure; }
-  const std::optional<std::string>& customHash() const { return settings_.customHash; }
-  void setCustomHash(std::optional<std::string> hash) { settings_.customHash = std::move(hash); }
+  float currentPressure() const;
+  void setCurrentPressure(float pressure);
+  const std::optional<std::string>& customHash() const { return settings_.exports.customHash; }
+  void setCustomHash(std::optional<std::string> hash) { settings_.exports.customHash = std::move(hash); }
   const QnColor& strokeExportColor() const { return settings_.strokeExportColor; }
   void setStrokeExportColor(const QnColor& color);
   double delayBeforeCaching() const { return settings_.delayBeforeCaching; }
   void setDelayBeforeCaching(double delay) { settings_.delayBeforeCaching = delay; }
+  // Every setting as one value.
+  const QnScrivletSettings& settings() const { return settings_; }
 
   // --- Context ---
   // Where the controller schedules its preparations and reads the time and the device: the default
@@ -207,17 +215,17 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   void setXmlString(std::optional<std::string> xml) { outputs_.xmlString = std::move(xml); }
   const std::optional<std::string>& svgString() const { return outputs_.svgString; }
   void setSvgString(std::optional<std::string> svg) { outputs_.svgString = std::move(svg); }
-  const std::shared_ptr<QnImageView>& guideline() const { return guideline_; }
+  const std::shared_ptr<QnImageView>& guideline() const;
   const std::vector<std::shared_ptr<QnGestureRecognizer>>& gestureRecognizers() const {
     return gestureRecognizers_;
   }
-  const std::shared_ptr<QnSignature>& cachedSignature() const { return completion_.cachedSignature; }
-  const std::shared_ptr<QnTimer>& cacheTimer() const { return completion_.cacheTimer; }
-  const std::function<void()>& cacheTimerBlock() const { return completion_.cacheTimerBlock; }
-  void setCachedSignature(std::shared_ptr<QnSignature> s) { completion_.cachedSignature = std::move(s); }
-  QnPoint lastDrawPoint() const { return touch_.lastDrawPoint; }
-  void setLastDrawPoint(QnPoint point) { touch_.lastDrawPoint = point; }
-  QnPoint lastPreciseDrawPoint() const { return touch_.lastPreciseDrawPoint; }
+  const std::shared_ptr<QnSignature>& cachedSignature() const;
+  const std::shared_ptr<QnTimer>& cacheTimer() const;
+  const std::function<void()>& cacheTimerBlock() const;
+  void setCachedSignature(std::shared_ptr<QnSignature> s);
+  QnPoint lastDrawPoint() const;
+  void setLastDrawPoint(QnPoint point);
+  QnPoint lastPreciseDrawPoint() const;
   QnRect lastLocation() const { return outputs_.lastLocation; }
   void setLastLocation(QnRect location) { outputs_.lastLocation = location; }
   QnRect copyOfTargetViewBounds() const { return outputs_.copyOfTargetViewBounds; }
@@ -227,11 +235,7 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
   QnScrivletController(std::shared_ptr<QnView> view,
                        std::weak_ptr<QnScrivletControllerDelegate> delegate,
                        std::weak_ptr<QnScrivlet> manager);
-  void observeGeometry();
   void attachRecognizers();
-  // The point a touch of the set gives in the capture view.
-  QnSignaturePoint pointFromTouches(const QnTouchSet& touches) const;
-  void invalidateCacheTimer();
   // getImageData; with pngLater, a PNG is not made but the work that makes it is handed back there.
   std::optional<std::vector<uint8_t>> exportCanvas(const std::string& format,
                                                    std::function<std::vector<uint8_t>()>* pngLater);
@@ -241,39 +245,6 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
     if (auto d = delegate(); d && (*d).*method) ((*d).*method)(manager(), std::forward<Args>(args)...);
   }
 
-  // What the host sets: capture, the guideline, the exports and the preparation's delay.
-  struct Settings {
-    bool showGuideline = true;
-    bool showDate = false;
-    bool dateIncludesTime = false;
-    bool showHash = false;
-    bool clipSignatureToBounds = false;
-    bool swipeToUndoEnabled = true;
-    bool drawOnlyWithApplePencil = false;
-    bool useCalligraphicBrush = false;
-    bool skipPDFData = false;
-    float strokeWidthMax = 4.0f;
-    float velocityReduction = 0.85f;
-    float exportScale = 1.0f;
-    float exportDateSize = 20.0f;
-    float exportHashSizeWidth = 200.0f;
-    float exportHashSizeHeight = 22.0f;
-    float exportFontRatio = 0.55f;
-    float exportHashFontSize = 23.0f;
-    float exportHashOpacity = 0.9f;
-    float smoothingAmount = 3.5f;
-    std::optional<std::string> customHash;
-    QnColor strokeExportColor = QnColor::black();
-    double delayBeforeCaching = 0.2;
-  };
-  // Completion: the record prepared in advance, its timer and work item, and the requests waiting.
-  struct Completion {
-    uint8_t willBeDoneCallbackRequested = 0;
-    uint8_t doneCallbackRequested = 0;
-    std::shared_ptr<QnSignature> cachedSignature;
-    std::shared_ptr<QnTimer> cacheTimer;
-    std::function<void()> cacheTimerBlock;
-  };
   // The exports: the strokes they draw, the view's bounds, and what the last preparation left.
   struct Outputs {
     QnStrokeListRef myBrushStrokes;
@@ -286,26 +257,20 @@ class SCRIVLET_EXPORT QnScrivletController : public std::enable_shared_from_this
     std::optional<std::string> xmlString;
     std::optional<std::string> svgString;
   };
-  // Touch routing: the drawing touch followed by position, and the pressure of the moment.
-  struct TouchState {
-    float currentPressure = 0;
-    QnPoint lastDrawPoint;
-    QnPoint lastPreciseDrawPoint;
-  };
-
-  Settings settings_;
-  Completion completion_;
+  QnScrivletSettings settings_;
   Outputs outputs_;
-  TouchState touch_;
   std::weak_ptr<QnScrivletControllerDelegate> delegate_;
   std::weak_ptr<QnScrivlet> manager_;
-  // The stroke model, the view captured on, and the layout's guideline and recognizers.
+  // The stroke model, the view captured on, and the recognizers: the touch observer, then the swipes.
   std::shared_ptr<QnDemoDrawingController> drawingController_;
   std::shared_ptr<QnView> scrivletView_;
-  std::shared_ptr<QnImageView> guideline_;
   std::vector<std::shared_ptr<QnGestureRecognizer>> gestureRecognizers_;
-  std::vector<QnView::ObserverToken> observations_;
   std::shared_ptr<QnContext> context_;
+  // The parts, each with one job.
+  std::unique_ptr<QnGuidelineLayout> layout_;
+  std::unique_ptr<QnTouchRouter> router_;
+  std::unique_ptr<QnUndoHistory> history_;
+  std::unique_ptr<QnRecordCompletion> completion_;
 };
 
 }  // namespace scrivlet
