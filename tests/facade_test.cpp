@@ -1,4 +1,6 @@
 // The facade in a host's view and as a modal screen, and the modal screen's prompt and buttons.
+#include <scrivlet/engine/context.h>
+#include <scrivlet/headless_run_loop.h>
 #include <scrivlet/headless_view.h>
 #include <scrivlet/navigation_controller.h>
 #include <scrivlet/popup.h>
@@ -89,6 +91,17 @@ TEST_F(Facade, ModalScreenButtonsCloseItBeforeTheDelegateHearsAndDoneDeliversAVa
   EXPECT_EQ(std::pair(presented->isPresented(), log.calls), std::pair(false, Calls{"present animated"}));
   manual.loop->runPostedTasks();
   EXPECT_EQ(log.calls, (Calls{"present animated", "noSignature"}));
+  // A screen whose controller has a context of its own closes on that context's loop.
+  makeModal();
+  auto own = QnContext::create();
+  auto ownLoop = std::make_shared<HeadlessRunLoop>(HeadlessRunLoop::Clock::manual, 1);
+  own->setScheduler(ownLoop);
+  facade->scrivletController()->setContext(own);
+  tap("Cancel");
+  manual.loop->runPostedTasks();
+  EXPECT_EQ(log.calls, (Calls{"present animated"}));
+  ownLoop->runPostedTasks();
+  EXPECT_EQ(log.calls, (Calls{"present animated", "cancel"}));
 }
 
 TEST_F(Facade, APresenterThatHoldsTheOwnerKeepsAModalFacadeAliveUntilItsOwedAnswerIsGiven) {

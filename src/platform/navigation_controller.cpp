@@ -19,7 +19,7 @@ void QnNavigationController::dismissViewControllerAnimatedCompletion(bool animat
     handler(animated, std::move(completion));
   } else if (completion) {
     // As an animation would, the completion comes after the current event.
-    QnScheduler::current().postToMainThread(std::move(completion));
+    (schedulerProvider_ ? schedulerProvider_() : QnScheduler::current()).postToMainThread(std::move(completion));
   }
 }
 

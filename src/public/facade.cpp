@@ -77,6 +77,12 @@ std::shared_ptr<QnScrivlet> QnScrivlet::initWithViewDelegateModalModalDisplayStr
   screen->setDelegate(scrivlet->scrivletController_);
   std::weak_ptr<QnScrivlet> weakScrivlet = scrivlet;
   container->setOwnerHoldProvider([weakScrivlet] { return holdUntilAnswered(weakScrivlet); });
+  // The container closes on the scheduler of the controller's context, as it is when it closes.
+  container->setSchedulerProvider([weakScrivlet]() -> QnScheduler& {
+    auto owner = weakScrivlet.lock();
+    return owner && owner->scrivletController() ? owner->scrivletController()->context().scheduler()
+                                                : QnScheduler::current();
+  });
   if (delegate && delegate->presentViewControllerAnimatedCompletion)
     delegate->presentViewControllerAnimatedCompletion(container, true, [] {});
   return scrivlet;

@@ -12,6 +12,7 @@
 
 namespace scrivlet {
 
+class QnScheduler;
 class QnScrivletPopup;
 
 enum QnModalPresentationStyle { kQnModalPresentationFullScreen = 0, kQnModalPresentationFormSheet = 2 };
@@ -33,11 +34,14 @@ class SCRIVLET_EXPORT QnNavigationController {
   void setModalPresentationStyle(int style) { modalPresentationStyle_ = style; }
 
   // Whoever presents the container says how it closes: the handler gets the completion to run once
-  // the container has gone. Without one, the container closes as the next main-thread task.
+  // the container has gone. Without one, the container closes as the next main-thread task of the
+  // scheduler its owner names (the default context's when none is named).
   using DismissHandler = std::function<void(bool animated, std::function<void()> completion)>;
   void setPresented(bool presented, DismissHandler dismissHandler = {});
   bool isPresented() const { return presented_; }
   void dismissViewControllerAnimatedCompletion(bool animated, std::function<void()> completion);
+
+  void setSchedulerProvider(std::function<QnScheduler&()> provider) { schedulerProvider_ = std::move(provider); }
 
   // A presenter keeps a hold on the container's owner (the facade) while the container is shown and
   // until its dismissal's completion has run, so that a host need not keep the owner itself.
@@ -55,6 +59,7 @@ class SCRIVLET_EXPORT QnNavigationController {
   bool presented_ = false;
   DismissHandler dismissHandler_;
   std::function<Hold()> ownerHoldProvider_;
+  std::function<QnScheduler&()> schedulerProvider_;
 };
 
 }  // namespace scrivlet
