@@ -1,6 +1,7 @@
-// Rectangle rules as CoreGraphics has them, and copies of the strokes for export: clipped to a
-// rectangle, and their bounding box. (Shifted copies: drawing_controller_test.cpp.)
-#include <scrivlet/geometry.h>
+// Copies of the strokes for export: clipped to a rectangle (whose left and top edges it holds, and
+// whose right and bottom ones it does not), and their bounding box. (Shifted copies:
+// drawing_controller_test.cpp; whole-number covers of fractional rectangles: the export canvas cases in
+// export_renderer_test.cpp; unions and insets: the ink view's dirty area in drawing_view_test.cpp.)
 #include <scrivlet/scrivlet_controller.h>
 
 #include <gtest/gtest.h>
@@ -24,26 +25,6 @@ std::vector<QnPoint> locs(const QnStrokeRef& stroke) {
 }
 
 using test_support::strokeList;
-
-// (Which edges a rectangle holds: the clipping cases below.)
-TEST(Geometry, AnEmptyRectangleHoldsNothingAndANegativeSizeCoversItsStandardizedArea) {
-  EXPECT_FALSE(rectContainsPoint(makeRect(0, 0, 0, 0), {0, 0}));
-  EXPECT_TRUE(rectContainsPoint(makeRect(110, 70, -100, -50), {10, 20}));
-}
-
-TEST(Geometry, IntegralRectangleEnclosesTheFractionalOne) {
-  EXPECT_EQ(rectIntegral(makeRect(0.5, 1.2, 2, 2)), makeRect(0, 1, 3, 3));
-  // The same size lands on one more unit when the origin is fractional.
-  EXPECT_EQ(rectIntegral(makeRect(-1.5, -2.5, 224, 104)), makeRect(-2, -3, 225, 105));
-  EXPECT_EQ(rectIntegral(makeRect(3, 4, -2.5, -1.5)), makeRect(0, 2, 3, 2));
-}
-
-TEST(Geometry, UnionAndInset) {
-  EXPECT_EQ(rectUnion(makeRect(0, 0, 10, 10), makeRect(20, -5, 5, 5)), makeRect(0, -5, 25, 15));
-  EXPECT_EQ(rectInset(makeRect(0, 0, 10, 10), -2, 3), makeRect(-2, 3, 14, 4));
-  EXPECT_TRUE(rectIsEmpty(makeRect(1, 1, 0, 5)));
-  EXPECT_FALSE(rectIsEmpty(makeRect(1, 1, 1, 5)));
-}
 
 TEST(StrokeCopies, ClippingKeepsLeftAndTopEdgesAndEveryStroke) {
   auto strokes = strokeList({{pt(10, 20), pt(110, 30), pt(50, 70), pt(109.5, 69.5), pt(9.999, 30),
