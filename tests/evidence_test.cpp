@@ -42,20 +42,7 @@ class Evidence : public ::testing::Test {
   }
 
   static RecordFile record(double firstX = 10, const std::string& hash = "A1B2C3D4") {
-    RecordFile r;
-    auto stroke = std::make_shared<QnStroke>();
-    for (int i = 0; i < 20; ++i) {
-      QnSignaturePoint p;
-      p.location = {firstX + 3.5 * i, 40 + (i % 5) * 1.25}, p.velocity = {0.1 * i, -0.2}, p.timestamp = 0.004 * i;
-      p.pressure = 0.5f, p.altitudeAngle = 1.2f, p.diameter = 2.5f, p.id = 100 + i;
-      stroke->push_back(p);
-    }
-    r.strokes = std::make_shared<QnStrokeList>(QnStrokeList{stroke});
-    r.png = kPng;
-    r.hash = hash;
-    r.timestamp = 786000000.25;
-    r.device = {"iPad8,1", 2, 264};
-    return r;
+    return test_support::signingRecord(firstX, hash, kPng);
   }
 
   static EvidenceSealRequest request(const std::string& examiner, const std::string& document = kDocument) {

@@ -52,13 +52,6 @@ TEST_F(Facade, ModalScreenButtonsCloseItBeforeTheDelegateHearsAndDoneDeliversAVa
   touchPaths(*screen->view(), {{{60, 80}, {110, 100}, {160, 90}}}, 1);
   touchPaths(*screen->view(), {{{200, 60}, {230, 120}}}, 2);
   manual.loop->advance(0.25), manual.loop->runUntilIdle();
-  // Three fingers travel 60 points sideways in two steps: left undoes, right redoes.
-  for (auto [dx, strokes] : {std::pair(-60.0, 1u), std::pair(60.0, 2u)}) {
-    Trace three;
-    for (double x : {150.0, 170.0, 190.0}) three.push_back({{x, 150}, {x + dx / 2, 150}, {x + dx, 150}});
-    touchPaths(*screen->view(), three, 4 + dx / 60);
-    EXPECT_EQ(facade->scrivletController()->drawingController()->drawingArray()->size(), strokes);
-  }
   tap("Done");  // the record follows the dismissal
   EXPECT_EQ(std::pair(presented->isPresented(), log.calls.back()), std::pair(false, std::string("dismiss animated")));
   finishDismissal();

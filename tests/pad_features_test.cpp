@@ -102,7 +102,14 @@ TEST_F(Twins, ReadOnlyShowsASavedSignatureWithTheSamePixelsAndTheNextRecordHolds
     play(twin.window, wave(Sample::mouse, 5, 160, 5000));
     Trace expected = traceOf(*strokesFromJson(saved.toString().toStdString()));
     expected.push_back(traceOf(twin.strokes()).back());
-    EXPECT_EQ(traceOf(recordOf(twin.pad).strokes()), expected) << twin.name;
+    SignatureRecord record = recordOf(twin.pad);
+    EXPECT_EQ(traceOf(record.strokes()), expected) << twin.name;
+    // The record is a value: changing its strokes changes neither it nor the pad. Cleared, done() has nothing.
+    record.strokes()->front()->front().location = {290, 290};
+    EXPECT_EQ(std::pair(traceOf(record.strokes()), traceOf(twin.strokes())), std::pair(expected, expected)) << twin.name;
+    QSignalSpy nothing(twin.pad, SIGNAL(signedNothing()));
+    QMetaObject::invokeMethod(twin.pad, "clear"), QMetaObject::invokeMethod(twin.pad, "done");
+    EXPECT_EQ(nothing.size(), 1) << twin.name;
   }
 }
 
@@ -163,6 +170,7 @@ TEST_F(Twins, BothAreAccessibleCanvasesNamedSignatureDescribingTheirStrokes) {
 TEST_F(Twins, TheRecordSavesEachPartToAFileThatItsReadersTake) {
   play(area_->window(), wave(Sample::pen, 10, 80, 1000));
   SignatureRecord record = recordOf(area_);
+  EXPECT_LT(std::abs(record.timestamp().secsTo(QDateTime::currentDateTimeUtc())), 60);
   const QString dir = QString(SCRIVLET_TEST_OUTPUT_DIR) + "/qml/saved/";
   QDir().mkpath(dir);
   for (const char* name : {"signature.png", "signature.pdf", "signature.svg", "signature.xml", "record.json"})

@@ -18,12 +18,6 @@ using Ctl = QnScrivletController;
 // A point whose every field is set, so that a copy can be told from a default.
 QnSignaturePoint pt(double x, double y) { return {{x, y}, {1, 2}, {3, 4}, 5, .5f, 1, .75f, 3, 7}; }
 
-std::vector<QnPoint> locs(const QnStrokeRef& stroke) {
-  std::vector<QnPoint> result;
-  for (const QnSignaturePoint& p : *stroke) result.push_back(p.location);
-  return result;
-}
-
 using test_support::strokeList;
 
 TEST(StrokeCopies, ClippingKeepsLeftAndTopEdgesAndEveryStroke) {
@@ -33,7 +27,7 @@ TEST(StrokeCopies, ClippingKeepsLeftAndTopEdgesAndEveryStroke) {
   // x in [10, 110), y in [20, 70).
   auto clipped = Ctl::copyOfStrokesClippedToBounds(strokes, makeRect(10, 20, 100, 50));
   ASSERT_EQ(clipped->size(), 4u);
-  EXPECT_EQ(locs(clipped->at(0)), std::vector<QnPoint>({{10, 20}, {109.5, 69.5}, {10, 69.999}}));
+  EXPECT_EQ(test_support::traceOf(clipped)[0], (test_support::Path{{10, 20}, {109.5, 69.5}, {10, 69.999}}));
   EXPECT_EQ((*clipped)[0]->at(1).description(), pt(109.5, 69.5).description());
   EXPECT_TRUE((*clipped)[1]->empty() && (*clipped)[2]->empty());
   for (auto none : {Ctl::copyOfStrokesClippedToBounds(nullptr, QnRectZero),
