@@ -30,7 +30,7 @@ void addSquare(CGContext& c, double x0, double y0, double x1, double y1) {
   c.closePath();
 }
 
-TEST(CairoContext, AlphaClearFillRulesSavedStateAndShadowSurviveAPNGRoundTrip) {
+TEST(CairoContext, AlphaClearFillRulesSavedStateAndShadowShowInThePixelsAndThePNG) {
   QnBitmapContext bitmap({70, 40}, 1);
   CGContext& c = bitmap.context();
   c.restoreGState();  // unbalanced: ignored
@@ -76,15 +76,10 @@ TEST(CairoContext, AlphaClearFillRulesSavedStateAndShadowSurviveAPNGRoundTrip) {
                        {34, 10, kGreen}, {60, 10, kGreen}, {5, 25, kRed},    {11, 31, kBlue},
                        {11, 25, kClear}, {12, 32, kClear}, {27, 27, kBlue},  {29, 29, kClear}});
 
-  std::vector<uint8_t> png = image.encodePNG();
-  ASSERT_TRUE(png.size() > 8 && std::string(png.begin() + 1, png.begin() + 4) == "PNG");
-  QnImage decoded = QnImage::decodePNG(png, 2);  // read as 2 pixels a point
-  ASSERT_TRUE(decoded.pixelWidth() == 70 && decoded.pixelHeight() == 40);
-  EXPECT_EQ(decoded.size(), (QnSize{35, 20}));
-  for (int y = 0; y < 40; ++y)
-    for (int x = 0; x < 70; ++x)  // premultiplying may round
-      for (int i = 0; i < 4; ++i)
-        ASSERT_NEAR(rgbaAt(decoded, x, y)[i], rgbaAt(image, x, y)[i], 1) << x << "," << y;
+  // Read back as 2 pixels a point. (Every pixel of every alpha read back: the bands' test below.)
+  QnImage decoded = QnImage::decodePNG(image.encodePNG(), 2);
+  EXPECT_EQ(std::tuple(decoded.pixelWidth(), decoded.pixelHeight(), decoded.size()), std::tuple(70, 40, QnSize{35, 20}));
+  EXPECT_EQ(rgbaAt(decoded, 25, 5), kRed);
   EXPECT_TRUE(QnImage::decodePNG({1, 2, 3}).isNull() && QnImage::decodePNG({}).isNull());
   EXPECT_TRUE(QnImage().encodePNG().empty());
 }

@@ -1,5 +1,5 @@
-// Test support shared by the core and Qt tests: a delegate that logs its calls, stroke traces, fingers
-// on a plain view, and a manual run loop.
+// Test support shared by the core and Qt tests: a delegate that logs its calls, fingers on a plain view,
+// and a manual run loop.
 #pragma once
 
 #include <scrivlet/device.h>
@@ -10,14 +10,13 @@
 #include <scrivlet/signature.h>
 
 #include "capture/drawing_controller.h"
+#include "output_support.h"
 
 #include <algorithm>
 
 namespace scrivlet::test_support {
 
 using Calls = std::vector<std::string>;
-using Path = std::vector<std::pair<double, double>>;
-using Trace = std::vector<Path>;
 
 // Every delegate call as one line, in order. Records are named "#1", "#2"... as they first arrive, so
 // the same record delivered twice reads the same; a call that names another facade says so.
@@ -45,15 +44,6 @@ struct DelegateLog {
   Calls calls;
   std::vector<std::shared_ptr<QnSignature>> records;
 };
-
-// The locations of every point, stroke by stroke.
-inline Trace traceOf(const QnStrokeListRef& strokes) {
-  Trace trace;
-  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{})
-    for (trace.emplace_back(); const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
-      trace.back().emplace_back(p.location.x, p.location.y);
-  return trace;
-}
 
 // Fingers that land together on the paths' first points, move through them 0.01 s apart, and lift.
 inline void touchPaths(QnView& view, const Trace& paths, double t) {

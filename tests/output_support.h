@@ -1,6 +1,6 @@
 // Test support for outputs: files kept in the test output folder for a look by eye, checked and drawn
 // by outside tools (qpdf, xmllint, pdftoppm, rsvg-convert), pixels read back and compared, stored
-// files read, and stroke lists made from strokes.
+// files read, and stroke lists made from strokes and traced back to their locations.
 #pragma once
 
 #include <scrivlet/signature_point.h>
@@ -61,6 +61,18 @@ inline int differingPixels(const QnImage& a, const QnImage& b) {
   for (int y = 0; y < a.pixelHeight(); ++y)
     for (int x = 0; x < a.pixelWidth(); ++x) count += rgbaAt(a, x, y) != rgbaAt(b, x, y);
   return count;
+}
+
+using Path = std::vector<std::pair<double, double>>;
+using Trace = std::vector<Path>;
+
+// The locations of every point, stroke by stroke.
+inline Trace traceOf(const QnStrokeListRef& strokes) {
+  Trace trace;
+  for (const QnStrokeRef& stroke : strokes ? *strokes : QnStrokeList{})
+    for (trace.emplace_back(); const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
+      trace.back().emplace_back(p.location.x, p.location.y);
+  return trace;
 }
 
 // A stroke list holding copies of the strokes.

@@ -31,6 +31,7 @@ TEST_F(Twins, AFingerAPenWithPressureAndTiltAndTheMouseGiveBothTheSameSamplesAnd
     const QnStroke& pen = *captured.back()->at(1);
     for (size_t i = 0; i + 1 < pen.size(); ++i) EXPECT_EQ(pen[i].pressure, float(strokes[1][i].pressure)) << twin.name << i;
     EXPECT_EQ(pen[0].altitudeAngle, float(M_PI / 2 - std::atan(std::hypot(std::tan(-30 * M_PI / 180), std::tan(12 * M_PI / 180)))));
+    EXPECT_NEAR(pen[0].azimuthAngle, 2.7888332, 1e-6);  // leaning towards (tan -30°, tan 12°): 159.8°
     for (int s : {0, 2})
       for (const QnSignaturePoint& p : *captured.back()->at(s)) EXPECT_EQ(p.pressure, 0.0f) << twin.name;
     SignatureRecord record = recordOf(twin.pad);

@@ -67,19 +67,12 @@ std::string contract() {
 // The signature image: 100x40 transparent pixels with an opaque red bar over rows 10-19, columns 10-89,
 // and a green square over rows 28-37, columns 2-11 (bottom left), so that a flip or a shift shows.
 Bytes signaturePng() {
-  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 100, 40);
-  cairo_t* cr = cairo_create(surface);
-  cairo_set_source_rgb(cr, 1, 0, 0);
-  cairo_rectangle(cr, 10, 10, 80, 10);
-  cairo_fill(cr);
-  cairo_set_source_rgb(cr, 0, 1, 0);
-  cairo_rectangle(cr, 2, 28, 10, 10);
-  cairo_fill(cr);
-  cairo_destroy(cr);
-  std::string png;
-  cairo_surface_write_to_png_stream(surface, appendTo, &png);
-  cairo_surface_destroy(surface);
-  return Bytes(png.begin(), png.end());
+  QnBitmapContext bitmap({100, 40}, 1);
+  bitmap.context().setFillColor(QnColor(1, 0, 0, 1));
+  bitmap.context().fillRect(makeRect(10, 10, 80, 10));
+  bitmap.context().setFillColor(QnColor(0, 1, 0, 1));
+  bitmap.context().fillRect(makeRect(2, 28, 10, 10));
+  return bitmap.makeImage().encodePNG();
 }
 
 // The document run through the qpdf command line with `options`.
@@ -116,16 +109,7 @@ class PdfSignature : public ::testing::Test {
 
   static std::string sealedFor(const std::string& pdf, const std::string& hash = "A1B2C3D4", double firstX = 10) {
     EvidenceSealRequest request;
-    auto stroke = std::make_shared<QnStroke>();
-    for (int i = 0; i < 12; ++i) {
-      QnSignaturePoint p;
-      p.location = {firstX + 4.0 * i, 30.0 + i % 3}, p.timestamp = 0.01 * i, p.pressure = 0.4f, p.id = i;
-      stroke->push_back(p);
-    }
-    request.record.strokes = std::make_shared<QnStrokeList>(QnStrokeList{stroke});
-    request.record.png = signaturePng();
-    request.record.hash = hash;
-    request.record.timestamp = 786000000.5;
+    request.record = test_support::signingRecord(firstX, hash, signaturePng());
     request.documentSha256 = documentSha256Of(pdf);
     request.documentSize = pdf.size();
     request.examinerCertificate = certificates->ecExaminer.certificate;

@@ -1,5 +1,5 @@
-// Record files read back to the bit, and refused when malformed. (Strokes drawn again into a record:
-// record_renderer_test.cpp.)
+// Record files refused when malformed, and read back and written again to the byte. (Strokes drawn
+// again into a record: record_renderer_test.cpp.)
 #include <scrivlet/record_file.h>
 #include <scrivlet/stroke_json.h>
 
@@ -7,44 +7,11 @@
 
 #include "output_support.h"
 
-
 namespace scrivlet {
 namespace {
 
-// A straight bar of 4-point ink from (20, 30) to (120, 30), a point every 10 points.
-QnStrokeListRef bar() {
-  auto stroke = std::make_shared<QnStroke>();
-  for (int i = 0; i <= 10; ++i) {
-    QnSignaturePoint p;
-    p.location = {20.0 + 10 * i, 30}, p.timestamp = 0.01 * i, p.diameter = 4, p.id = 100 + i;
-    stroke->push_back(p);
-  }
-  return std::make_shared<QnStrokeList>(QnStrokeList{stroke});
-}
-
-TEST(RecordFile, ReadsBackEveryPart) {
-  RecordFile file;
-  file.strokes = bar();
-  file.png = {0x89, 'P', 'N', 'G', 0, 255, 7};
-  file.hash = "0F1E2D3C";
-  file.timestamp = 786000000.125;
-  file.frame = makeRect(-4.5, 2, 300, 120);
-  file.device = {"iPad13,4", 2, 264};
-  Result<RecordFile> read = recordFromJson(recordFileToJson(file));
-  ASSERT_TRUE(read) << read.error().message;
-  EXPECT_EQ(strokesToJson(read->strokes), strokesToJson(file.strokes));
-  EXPECT_EQ(std::tuple(read->png, read->hash, read->timestamp, read->frame, read->device.model,
-                       read->device.screenScale, read->device.pixelsPerInch),
-            std::tuple(file.png, file.hash, file.timestamp, file.frame, file.device.model, file.device.screenScale,
-                       file.device.pixelsPerInch));
-}
-
 TEST(RecordFile, AnythingButARecordAndMembersOfTheWrongTypeOrOutOfRangeAreRefusedWithAReason) {
-  RecordFile file;
-  file.strokes = bar();
-  file.hash = "0F1E2D3C";
-  file.device = {"iPad13,4", 2, 264};
-  const std::string good = recordFileToJson(file);
+  const std::string good = test_support::readText(SCRIVLET_TEST_DATA_DIR "/record_v1.json");
   ASSERT_TRUE(recordFromJson(good));
   auto with = [&good](const std::string& member, const std::string& value) {
     // The record's own version is its last member; the strokes document has one of its own before.

@@ -12,7 +12,8 @@ using namespace qt_test;
 
 // A form as a QML host writes one: the pad's state bound into text, a second pad that mirrors the
 // first through strokesJson, a button drawn over the pad's corner, a text field to move the focus
-// to, and the answers to done() handled in QML.
+// to, and the record handled in QML. (Each done() answered once, or with nothing: the session's and
+// the twins' tests.)
 const char* const kForm = R"(import QtQuick
 import Scrivlet
 Item {
@@ -20,8 +21,6 @@ Item {
   property url saveTo
   property string hash: ""
   property bool saved: false
-  property int nothing: 0
-  property int answers: 0
   property string loadError: "not loaded"
   property string status: area.empty ? "empty" : area.strokeCount + " strokes"
   function finish() { area.done() }
@@ -31,8 +30,7 @@ Item {
     width: 400; height: 200
     customHash: "QML-7"; resizePolicy: SignatureArea.ScaleInk; penWidth: 6; backgroundColor: "lightyellow"
     Accessible.name: "Customer signature"
-    onSignatureReady: (record) => { answers++; hash = record.hash; saved = record.save(saveTo) }
-    onSignedNothing: nothing++
+    onSignatureReady: (record) => { hash = record.hash; saved = record.save(saveTo) }
   }
   SignatureArea {
     id: mirror; objectName: "mirror"
@@ -101,16 +99,10 @@ TEST_F(Twins, AQmlFormBindsThePadsStateMirrorsItsStrokesKeepsAButtonOverItAndHan
   QMetaObject::invokeMethod(form, "finish");
   EXPECT_TRUE(QTest::qWaitFor([&] { return form->property("hash").toString() == "QML-7"; }, 20000));
   EXPECT_TRUE(form->property("saved").toBool());
-  QMetaObject::invokeMethod(form, "finish"), QMetaObject::invokeMethod(form, "finish");  // each done() answered once
-  EXPECT_TRUE(QTest::qWaitFor([&] { return form->property("answers").toInt() == 3; }, 20000));
-  QCoreApplication::processEvents();
-  EXPECT_EQ(form->property("answers").toInt(), 3);
   EXPECT_FALSE(QImage(png).isNull());
   const QString three = area->strokesJson();
   area->clear();
   EXPECT_EQ(std::pair(mirror->isEmpty(), form->property("status").toString()), std::pair(true, QString("empty")));
-  QMetaObject::invokeMethod(form, "finish");
-  EXPECT_EQ(form->property("nothing").toInt(), 1);
 
   // Loading from QML: why not, or "" when it loaded.
   QMetaObject::invokeMethod(form, "load", Q_ARG(QVariant, "{\"format\":5,\"version\":1,\"strokes\":[]}"));

@@ -1,4 +1,5 @@
-// Signature points made from touches, their kinematics, copies and description.
+// Signature points made from touches, their kinematics, copies and description. (Touches with samples
+// that are not finite: hostile_input_test.cpp.)
 #include <scrivlet/signature_point.h>
 
 #include <scrivlet/headless_touch.h>
@@ -64,18 +65,6 @@ TEST(SignaturePoint, DescriptionListsEveryFieldInOrder) {
             "-3.000000,2.750000\ntimestamp: 12.125000\nazimuthAngle: 0.000000\naltitudeAngle: "
             "1.570796\npressure: 0.500000\ndiameter: 3.111111\nid: 100");
   EXPECT_EQ(p.copyWithZone().description(), p.description());
-}
-
-TEST(SignaturePoint, NonFiniteOrMissingTouchesDoNotFail) {
-  EXPECT_EQ(QnSignaturePoint::pointWithTouchInView(nullptr, nullptr).location, (QnPoint{0, 0}));
-  HeadlessTouch touch({NAN, INFINITY}, NAN);
-  touch.setForce(NAN, 1.0);
-  QnSignaturePoint p = QnSignaturePoint::pointWithTouchInView(&touch, nullptr);
-  EXPECT_TRUE(std::isnan(p.location.x) && std::isnan(p.pressure));
-  QnSignaturePoint next = pointAt(1, 1, 1);
-  EXPECT_NO_THROW(next.updateVelocityAndAccelerationWithPreviousPointMetersPerPoint(p, 0.0001f));
-  EXPECT_EQ(next.velocity, (QnPoint{0, 0}));
-  EXPECT_NO_THROW(EXPECT_FALSE(p.description().empty()));
 }
 
 }  // namespace

@@ -60,17 +60,9 @@ TEST_F(SignaturePreparation, ClippedRecordHoldsCopiesAndEmptiesStrokesOutsideThe
   EXPECT_EQ(edges(record->frame()), (std::array<double, 4>{0, 0, 300, 200}));
   const QnStrokeListRef& raw = record->rawPoints();
   ASSERT_TRUE(raw && raw != strokes && raw->size() == 4);
-  auto locations = [](const QnStrokeRef& stroke) {
-    std::vector<QnPoint> at;
-    for (const QnSignaturePoint& p : *stroke) at.push_back(p.location);
-    return at;
-  };
-  const std::vector<QnPoint> expected[] = {
-      locations((*strokes)[0]), locations((*strokes)[1]), {}, {{280, 150}, {290, 190}}};
-  for (size_t s = 0; s < 4; ++s) {
-    EXPECT_NE((*raw)[s], (*strokes)[s]) << "stroke " << s;
-    EXPECT_EQ(locations((*raw)[s]), expected[s]) << "stroke " << s;
-  }
+  const test_support::Trace drawn = test_support::traceOf(strokes);
+  EXPECT_EQ(test_support::traceOf(raw), (test_support::Trace{drawn[0], drawn[1], {}, {{280, 150}, {290, 190}}}));
+  for (size_t s = 0; s < 4; ++s) EXPECT_NE((*raw)[s], (*strokes)[s]) << "stroke " << s;
   EXPECT_EQ((*strokes)[2]->size(), 2u);
 }
 

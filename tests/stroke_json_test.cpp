@@ -1,4 +1,5 @@
-// Strokes saved as JSON: the documented form, a bit-exact round trip, and refused documents.
+// Strokes saved as JSON: refused documents, and a stored document (NaN, infinities, -0, the largest id,
+// floats and doubles) read to the bit and written again to the byte.
 #include <scrivlet/stroke_json.h>
 
 #include <gtest/gtest.h>
@@ -7,12 +8,9 @@
 
 #include <bit>
 #include <cmath>
-#include <limits>
 
 namespace scrivlet {
 namespace {
-
-using test_support::strokeList;
 
 // Every field of a point as its bits (any NaN velocity as 1).
 auto bits(const QnSignaturePoint& p) {
@@ -22,38 +20,6 @@ auto bits(const QnSignaturePoint& p) {
                     std::bit_cast<uint64_t>(p.acceleration.y), std::bit_cast<uint64_t>(p.timestamp),
                     std::bit_cast<uint32_t>(p.azimuthAngle), std::bit_cast<uint32_t>(p.altitudeAngle),
                     std::bit_cast<uint32_t>(p.pressure), std::bit_cast<uint32_t>(p.diameter), p.id);
-}
-
-TEST(StrokeJson, OnePointIsWrittenAsDocumented) {
-  QnSignaturePoint p;
-  p.location = {1.5, 2}, p.velocity = {-0.25, 0}, p.acceleration = {4, 8}, p.timestamp = 10.125;
-  p.azimuthAngle = 0.5f, p.altitudeAngle = 1.5f, p.pressure = 0.25f, p.diameter = 3, p.id = 100;
-  EXPECT_EQ(strokesToJson(strokeList({{p}, {}})),
-            R"({"format":"scrivlet-strokes","strokes":[[{"altitude":1.5,"ax":4.0,"ay":8.0,"azimuth":0.5,)"
-            R"("diameter":3.0,"id":100,"pressure":0.25,"t":10.125,"vx":-0.25,"vy":0.0,"x":1.5,"y":2.0}],[]],)"
-            R"("version":1})");
-  EXPECT_EQ(strokesToJson(nullptr), R"({"format":"scrivlet-strokes","strokes":[],"version":1})");
-}
-
-TEST(StrokeJson, EveryFieldReadsBackToTheSameBits) {
-  const double kMin = std::numeric_limits<double>::denorm_min();
-  QnStroke first, second;
-  for (int i = 0; i < 50; ++i) {
-    QnSignaturePoint p;
-    p.location = {0.1 * i + 1.0 / 3, -0.0 + 1e5 / (i + 7)};
-    p.velocity = {i == 3 ? std::nan("") : std::sqrt(2.0) * i, i == 4 ? -INFINITY : 1e300 / (i + 1)};
-    p.acceleration = {kMin * i, -1e-308 * i};
-    p.timestamp = 86400.0 * 365 + i / 240.0;
-    p.azimuthAngle = 3.1111114f * i, p.altitudeAngle = 1.5707964f, p.pressure = 1.0f / (i + 3);
-    p.diameter = 0.5999999f + i, p.id = (uint64_t(1) << 63) + i;
-    (i < 30 ? first : second).push_back(p);
-  }
-  QnStrokeListRef back = strokesFromJson(strokesToJson(strokeList({first, {}, second}))).value_or(nullptr);
-  ASSERT_TRUE(back && back->size() == 3 && back->at(1)->empty());
-  for (auto [original, read] : {std::pair(first, *back->at(0)), std::pair(second, *back->at(2))}) {
-    ASSERT_EQ(original.size(), read.size());
-    for (size_t i = 0; i < read.size(); ++i) EXPECT_EQ(bits(original[i]), bits(read[i])) << i;
-  }
 }
 
 TEST(StrokeJson, AnythingButAStrokesDocumentIsRefusedWithItsCode) {
@@ -137,6 +103,7 @@ TEST(StrokeJson, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {
   ASSERT_EQ(strokes->at(2)->size(), 1u);
   EXPECT_EQ(bits(strokes->at(2)->at(0)), bits(third[0]));
   EXPECT_EQ(strokesToJson(strokes), golden);
+  EXPECT_EQ(strokesToJson(nullptr), R"({"format":"scrivlet-strokes","strokes":[],"version":1})");
 }
 
 }  // namespace

@@ -73,15 +73,11 @@ QnStrokeListRef someInk() {
 }
 
 // The ink's locations, stroke by stroke, moved by (dx, dy).
-std::vector<std::vector<QnPoint>> locations(const QnScrivletController& c, double dx = 0,
-                                            double dy = 0) {
-  std::vector<std::vector<QnPoint>> result;
-  for (const QnStrokeRef& stroke : *c.drawingController()->drawingArray()) {
-    result.emplace_back();
-    for (const QnSignaturePoint& p : *stroke)
-      result.back().push_back({p.location.x + dx, p.location.y + dy});
-  }
-  return result;
+test_support::Trace locations(const QnScrivletController& c, double dx = 0, double dy = 0) {
+  test_support::Trace trace = test_support::traceOf(c.drawingController()->drawingArray());
+  for (test_support::Path& path : trace)
+    for (auto& [x, y] : path) x += dx, y += dy;
+  return trace;
 }
 
 TEST(Guideline, SitsNineSixteenthsDownAcrossNinetyFivePercentAndTheInkMovesWithIt) {

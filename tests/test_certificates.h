@@ -1,6 +1,9 @@
 // Certificates made by the tests themselves with OpenSSL: a root, an intermediate and signers issued
-// by it (valid, expired, for code signing or TLS clients only), examiners, and a stranger's root.
+// by it (valid, expired, for code signing or TLS clients only), examiners, and a stranger's root; and
+// the record a tablet seals with them.
 #pragma once
+
+#include <scrivlet/record_file.h>
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -12,6 +15,24 @@
 #include <string>
 
 namespace scrivlet::test_support {
+
+// A record of one stroke of 20 points from (firstX, 40), every field set, with the image and hash given.
+inline RecordFile signingRecord(double firstX, const std::string& hash, const std::vector<uint8_t>& png) {
+  RecordFile r;
+  auto stroke = std::make_shared<QnStroke>();
+  for (int i = 0; i < 20; ++i) {
+    QnSignaturePoint p;
+    p.location = {firstX + 3.5 * i, 40 + (i % 5) * 1.25}, p.velocity = {0.1 * i, -0.2}, p.timestamp = 0.004 * i;
+    p.pressure = 0.5f, p.altitudeAngle = 1.2f, p.diameter = 2.5f, p.id = 100 + i;
+    stroke->push_back(p);
+  }
+  r.strokes = std::make_shared<QnStrokeList>(QnStrokeList{stroke});
+  r.png = png;
+  r.hash = hash;
+  r.timestamp = 786000000.25;
+  r.device = {"iPad8,1", 2, 264};
+  return r;
+}
 
 struct TestIdentity {
   std::string certificate, key;  // PEM

@@ -1,5 +1,6 @@
 // The time-series XML document: its fixed frame and every sample channel as 16-bit integer text,
-// clamped above and wrapped below as the worked cases show.
+// clamped above and wrapped below as the worked cases show; and the screen densities it is scaled by.
+#include "capture/dpi_calculator.h"
 #include "export/xml_serializer.h"
 #include "export_fixture.h"
 
@@ -159,6 +160,18 @@ TEST_F(TimeSeriesExport, ElevationUsesTheAzimuthPrescaler) {
           1000.0f, 1.0f, 1.0f, 1.0f, 2.0f, 5.0f);
   // Azimuth 17.0488 * 2 -> 34; elevation 57.2958 * 2 = 114.59 -> 115. Force 19.6133 -> 20.
   EXPECT_EQ(xml.toString(), samplePoints({{0, 0, 2, 3, -1, -1, 34, 115, 0, 20}}));
+}
+
+// The model comes from the environment first; keys match exactly and the prefix fallback never
+// matches, so unknown tablets and phones are not 264 or 458 but 401.
+TEST(DPICalculator, KnownModelsGetTheirDensityAndEveryOtherModel401) {
+  for (const auto& [model, dpi] : {std::pair("iPad6,11", 264), {"iPhone10,3", 458}, {"iPad99,1", 401},
+                                   {"iPhone99,1", 401}, {"ipad6,11", 401}, {"", 401}}) {
+    setenv("SIMULATOR_MODEL_IDENTIFIER", model, 1);
+    if (*model) { EXPECT_EQ(QnDPICalculator::deviceModel(), model); }
+    EXPECT_EQ(QnDPICalculator::deviceDpi(), dpi) << model;
+  }
+  unsetenv("SIMULATOR_MODEL_IDENTIFIER");
 }
 
 }  // namespace
