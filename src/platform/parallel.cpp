@@ -76,6 +76,38 @@ void ThreadPool::workerLoop() {
   }
 }
 
+void SerialLane::post(std::function<void()> job) {
+  std::lock_guard lock(mutex_);
+  jobs_.push_back(std::move(job));
+  if (!draining_) draining_ = pool_.submit([this] { drain(); });
+}
+
+void SerialLane::drain() {
+  for (;;) {
+    std::function<void()> job;
+    {
+      std::lock_guard lock(mutex_);
+      if (jobs_.empty()) {
+        draining_ = nullptr;  // the task ends; the next post submits another
+        return;
+      }
+      job = std::move(jobs_.front());
+      jobs_.pop_front();
+    }
+    job();
+  }
+}
+
+void SerialLane::wait() {
+  std::shared_ptr<ThreadPool::Task> task;
+  {
+    std::lock_guard lock(mutex_);
+    task = std::move(draining_);
+  }
+  // The task runs jobs until none is left, and only this thread posts; no task, no job left.
+  if (task) task->wait();
+}
+
 std::vector<RowBand> rowBands(int height) {
   std::vector<RowBand> bands;
   for (int top = 0; top < height; top += std::min(kBandRows, height - top))

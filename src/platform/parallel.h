@@ -56,6 +56,28 @@ class ThreadPool::Task {
   std::condition_variable done_;
 };
 
+// Jobs run one after another, in the order posted, on workers of a pool: off the poster's thread, with
+// no job beside another of the same lane. Post and wait from one thread.
+class SerialLane {
+ public:
+  explicit SerialLane(ThreadPool& pool) : pool_(pool) {}
+  // Waits for every job posted.
+  ~SerialLane() { wait(); }
+  SerialLane(const SerialLane&) = delete;
+  SerialLane& operator=(const SerialLane&) = delete;
+
+  void post(std::function<void()> job);
+  // Returns once every job posted is done (running what no worker has begun here).
+  void wait();
+
+ private:
+  void drain();
+  ThreadPool& pool_;
+  std::mutex mutex_;
+  std::deque<std::function<void()>> jobs_;
+  std::shared_ptr<ThreadPool::Task> draining_;  // the task running the jobs, while there are any
+};
+
 // The pool of the default context.
 ThreadPool& sharedThreadPool();
 

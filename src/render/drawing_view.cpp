@@ -60,6 +60,9 @@ void QnDrawingView::observeColorChanges() {
 }
 
 void QnDrawingView::setContext(std::shared_ptr<QnContext> context) {
+  // The kept ink's work runs on the pool of the context it was begun in.
+  settleKeptInk();
+  keptInkWork_.reset();
   if (observesNotifications_) this->context().notificationCenter().removeObserver(this);
   context_ = std::move(context);
   if (observesNotifications_) observeColorChanges();

@@ -6,6 +6,7 @@
 #include <scrivlet/engine/signature_point.h>
 #include <scrivlet/engine/view.h>
 
+#include "platform/parallel.h"
 #include "render/kept_ink.h"
 
 #include <memory>
@@ -187,6 +188,32 @@ class QnDrawingView : public QnView {
   uint64_t inkVersions_ = KeptInk::kClear;
   bool observesNotifications_ = false;
   std::shared_ptr<QnContext> context_;  // none for the default context
+  // The open stroke's final pieces are drawn into the kept ink off the main thread, in order, on a
+  // lane of the context's pool; whatever else reads or changes the kept ink waits for them first
+  // (settleKeptInk). Until then the main thread goes by the plan: each kept stroke as the kept ink
+  // will hold it once the work posted is done.
+  struct KeptInkWork;
+  struct PlannedStroke {
+    QnStrokeRef stroke;
+    size_t points = 0, pieces = 0;
+    bool complete = false;
+    size_t postedPieces = 0, postedPoints = 0;  // as far as the work posted goes
+  };
+  std::vector<PlannedStroke> keptPlan_;
+  std::unique_ptr<KeptInkWork> keptInkWork_;
+  // Posts the open stroke's pieces planned and not yet posted.
+  void postKeptInk();
+  // Everything planned is drawn: the plan is then the kept ink's.
+  void settleKeptInk();
+  void planFromKeptInk();
+};
+
+// The kept ink's drawing off the main thread: an inking view of the kept ink's look, and its lane.
+struct QnDrawingView::KeptInkWork {
+  KeptInkWork(ThreadPool& pool, const KeptInk::Look& look)
+      : inker(QnRectZero, {look.color, look.cornerThreshold, look.showDebug}), lane(pool) {}
+  QnDrawingView inker;
+  SerialLane lane;  // last: it is gone first, once its jobs are done
 };
 
 }  // namespace scrivlet

@@ -92,39 +92,88 @@ void QnDrawingView::noteLiveInk(const QnStrokeList& strokes) {
   advanceKeptInk(strokes);
 }
 
+namespace {
+// The open stroke's final pieces are handed to the kept ink's lane this many at a time: one job a
+// sample would cost the main thread more in handing over than the drawing it saves.
+constexpr size_t kPiecesAJob = 8;
+}  // namespace
+
+void QnDrawingView::settleKeptInk() {
+  postKeptInk();
+  if (keptInkWork_) keptInkWork_->lane.wait();
+}
+
+void QnDrawingView::planFromKeptInk() {
+  keptPlan_.clear();
+  if (!keptInk_) return;
+  for (const KeptInk::Drawn& drawn : keptInk_->drawn())
+    keptPlan_.push_back({drawn.stroke, drawn.points, drawn.pieces, drawn.complete, drawn.pieces, drawn.points});
+}
+
 void QnDrawingView::advanceKeptInk(const QnStrokeList& strokes) {
   KeptInk::Look current = look();
-  if (!keptInk_ && strokes.size() == 1) keptInk_ = std::make_unique<KeptInk>(cacheSize_, current, inkVersions_);
+  if (!keptInk_ && strokes.size() == 1) {
+    keptInk_ = std::make_unique<KeptInk>(cacheSize_, current, inkVersions_);
+    keptInkWork_.reset(), keptPlan_.clear();
+  }
   if (!keptInk_ || !(keptInk_->look() == current)) return;
   // Only the open stroke goes on here, over strokes kept as they stand; anything else waits for the
   // next full redraw.
-  size_t kept = keptInk_->drawn().size(), count = strokes.size();
+  size_t kept = keptPlan_.size(), count = strokes.size();
   if (kept + 1 != count && kept != count) return;
   for (size_t s = 0; s + 1 < count; ++s) {
-    const KeptInk::Drawn& drawn = keptInk_->drawn()[s];
-    if (!drawn.complete || drawn.stroke != strokes[s] || drawn.points != (strokes[s] ? strokes[s]->size() : 0)) return;
+    const PlannedStroke& planned = keptPlan_[s];
+    if (!planned.complete || planned.stroke != strokes[s] || planned.points != (strokes[s] ? strokes[s]->size() : 0))
+      return;
   }
   const QnStrokeRef& open = strokes.back();
   if (!open) return;
-  if (kept + 1 == count)
-    keptInk_->beginStroke(open);
-  else if (keptInk_->top().complete || keptInk_->top().stroke != open)
+  if (kept + 1 == count) {
+    keptPlan_.push_back({open});
+    if (!keptInkWork_) keptInkWork_ = std::make_unique<KeptInkWork>(context().threadPool(), current);
+    keptInkWork_->lane.post([ink = keptInk_.get(), open] { ink->beginStroke(open); });
+  } else if (keptPlan_.back().complete || keptPlan_.back().stroke != open) {
     return;
-  // Every piece but the last one's is final: the last index may still gain its closing piece.
-  KeptInk::Drawn& top = keptInk_->top();
-  size_t n = open->size();
-  if (n >= 2 && top.pieces < n - 1) {
-    beginStroke(&keptInk_->surface(), *open, current.color);
-    drawPieces(&keptInk_->surface(), *open, current.color, top.pieces, n - 1, true, true, keptInk_.get());
-    top.pieces = n - 1;
   }
+  // Every piece but the last one's is final: the last index may still gain its closing piece.
+  PlannedStroke& top = keptPlan_.back();
+  size_t n = open->size();
+  if (n >= 2 && top.pieces < n - 1) top.pieces = n - 1;
   top.points = n;
+  if (top.pieces >= top.postedPieces + kPiecesAJob) postKeptInk();
+}
+
+void QnDrawingView::postKeptInk() {
+  if (keptPlan_.empty() || !keptInkWork_) return;
+  PlannedStroke& top = keptPlan_.back();
+  if (top.complete || (top.postedPieces == top.pieces && top.postedPoints == top.points)) return;
+  // The job gets the points its pieces read, from two before the first of them, as a stroke of its
+  // own: counted from there, every piece past the second is drawn as it is in the whole stroke. One
+  // point more stands for the rest of the stroke, so that no piece is taken for the closing one and
+  // the length decides the second piece as in the whole stroke.
+  size_t from = top.postedPieces, to = top.pieces, points = top.points;
+  size_t shift = from < 2 ? 0 : from - 2;
+  QnStroke window(top.stroke->begin() + std::ptrdiff_t(std::min(shift, to)), top.stroke->begin() + std::ptrdiff_t(to));
+  window.emplace_back();
+  keptInkWork_->lane.post([work = keptInkWork_.get(), ink = keptInk_.get(), from, to, shift, points,
+                           window = std::move(window), color = keptInk_->look().color] {
+    if (to > from) {
+      work->inker.beginStroke(&ink->surface(), window, color);
+      work->inker.drawPieces(&ink->surface(), window, color, from - shift, to - shift, true, true, ink);
+      ink->top().pieces = to;
+    }
+    ink->top().points = points;
+  });
+  top.postedPieces = to, top.postedPoints = points;
 }
 
 void QnDrawingView::redrawCacheThroughKeptInk(const QnStrokeList& strokes) {
+  settleKeptInk();
   KeptInk::Look current = look();
-  if (!keptInk_ || !(keptInk_->look() == current))
+  if (!keptInk_ || !(keptInk_->look() == current)) {
     keptInk_ = std::make_unique<KeptInk>(cacheSize_, current, inkVersions_);
+    keptInkWork_.reset();
+  }
   KeptInk& kept = *keptInk_;
   size_t alike = 0;
   while (alike < kept.drawn().size() && alike < strokes.size() && kept.drawnAlike(alike, strokes[alike])) ++alike;
@@ -150,10 +199,12 @@ void QnDrawingView::redrawCacheThroughKeptInk(const QnStrokeList& strokes) {
     top.pieces = top.points = n;
     top.complete = true;
   }
+  planFromKeptInk();
   levelCacheWithKeptInk();
 }
 
 void QnDrawingView::levelCacheWithKeptInk() {
+  settleKeptInk();
   QnBitmapContext& bitmap = cache();
   for (int tile = 0; tile < keptInk_->tiles().count(); ++tile) {
     if (cacheLevels_[tile] == keptInk_->version(tile)) continue;
