@@ -37,7 +37,10 @@ TEST(Stress, StrokesDrawnWhilePreparationsRunKeepEveryRecordWhole) {
       facade->scrivletController()->setDelayBeforeCaching(0);
     }
     double x = 20 + round % 200, t = round;
-    touchPaths(*view, {{{x, 40}, {x + 30, 60}, {x + 10, 90}, {x + 40, 120}}}, t);
+    Trace path = {{{x, 40}, {x + 30, 60}, {x + 10, 90}, {x + 40, 120}}};
+    // Every fifth stroke is long enough that its pieces reach the kept ink while it is drawn.
+    for (int i = 0; round % 5 == 0 && i < 30; ++i) path[0].push_back({x + 40 + i % 7 * 5, 120 - i * 2.5});
+    touchPaths(*view, path, t);
     if (round % 7 == 3) facade->scrivletController()->undo();
     if (round % 11 == 5) facade->done();
     if (round % 13 == 6) facade->reset();
