@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <system_error>
+#include <utility>
 
 namespace scrivlet {
 
@@ -77,16 +78,19 @@ void ThreadPool::workerLoop() {
 }
 
 void SerialLane::post(std::function<void()> job) {
+  std::vector<std::function<void()>> done;
   std::lock_guard lock(mutex_);
+  done.swap(done_);
   jobs_.push_back(std::move(job));
   if (!draining_) draining_ = pool_.submit([this] { drain(); });
 }
 
 void SerialLane::drain() {
+  std::function<void()> job;
   for (;;) {
-    std::function<void()> job;
     {
       std::lock_guard lock(mutex_);
+      if (job) done_.push_back(std::exchange(job, nullptr));
       if (jobs_.empty()) {
         draining_ = nullptr;  // the task ends; the next post submits another
         return;
@@ -106,6 +110,9 @@ void SerialLane::wait() {
   }
   // The task runs jobs until none is left, and only this thread posts; no task, no job left.
   if (task) task->wait();
+  std::vector<std::function<void()>> done;
+  std::lock_guard lock(mutex_);
+  done.swap(done_);
 }
 
 std::vector<RowBand> rowBands(int height) {
