@@ -121,11 +121,11 @@ bool QnScrivletController::touchesIncludePen(const QnTouchSet& touches) {
 }
 
 QnPoint QnScrivletController::locationOfTouchInView(const QnTouch& touch, const QnView* view) {
-  return QnSignaturePoint::locationOfTouchInView(&touch, view);
+  return QnTouchRouter::locationOfTouchInView(touch, view);
 }
 
 QnPoint QnScrivletController::previousLocationOfTouchInView(const QnTouch& touch, const QnView* view) {
-  return touch.precisePreviousLocationInView(view).value_or(touch.previousLocationInView(view));
+  return QnTouchRouter::previousLocationOfTouchInView(touch, view);
 }
 
 QnPoint QnScrivletController::initiateDrawingPointFromTouch(const QnTouch& touch) {

@@ -14,12 +14,6 @@ constexpr size_t kCancellingFingers = 3;
 
 bool isFinite(QnPoint p) { return std::isfinite(p.x) && std::isfinite(p.y); }
 
-QnPoint locationIn(const QnTouch& touch, const QnView* view) { return QnSignaturePoint::locationOfTouchInView(&touch, view); }
-
-QnPoint previousLocationIn(const QnTouch& touch, const QnView* view) {
-  return touch.precisePreviousLocationInView(view).value_or(touch.previousLocationInView(view));
-}
-
 }  // namespace
 
 QnTouchRouter::QnTouchRouter(const QnView* view, const QnScrivletSettings& settings,
@@ -30,6 +24,14 @@ bool QnTouchRouter::shouldDrawWithTouches(const QnTouchSet& touches) const {
   return settings_.drawOnlyWithApplePencil ? touchesIncludePen(touches) : true;
 }
 
+QnPoint QnTouchRouter::locationOfTouchInView(const QnTouch& touch, const QnView* view) {
+  return QnSignaturePoint::locationOfTouchInView(&touch, view);
+}
+
+QnPoint QnTouchRouter::previousLocationOfTouchInView(const QnTouch& touch, const QnView* view) {
+  return touch.precisePreviousLocationInView(view).value_or(touch.previousLocationInView(view));
+}
+
 bool QnTouchRouter::touchesIncludePen(const QnTouchSet& touches) {
   for (const auto& touch : touches)
     if (touch && touch->type() == kQnTouchTypeStylus) return true;
@@ -37,7 +39,7 @@ bool QnTouchRouter::touchesIncludePen(const QnTouchSet& touches) {
 }
 
 QnPoint QnTouchRouter::initiateDrawingPointFromTouch(const QnTouch& touch) {
-  lastDrawPoint = locationIn(touch, view_);
+  lastDrawPoint = locationOfTouchInView(touch, view_);
   return lastDrawPoint;
 }
 
@@ -45,8 +47,8 @@ bool QnTouchRouter::lastDrawingPointMatchedInTouchesAndSaved(const QnTouchSet& t
   // Exact equality, no tolerance: the touch is followed by where it was, not by its identity.
   for (const auto& touch : touches) {
     if (!touch) continue;
-    QnPoint previous = previousLocationIn(*touch, view_);
-    QnPoint current = locationIn(*touch, view_);
+    QnPoint previous = previousLocationOfTouchInView(*touch, view_);
+    QnPoint current = locationOfTouchInView(*touch, view_);
     if (previous == lastDrawPoint || current == lastDrawPoint) {
       lastDrawPoint = current;
       return true;
@@ -99,7 +101,7 @@ void QnTouchRouter::ended(const QnTouchSet& touches) {
 void QnTouchRouter::cancelled(const QnTouchSet& touches) {
   if (!model_ || !shouldDrawWithTouches(touches)) return;
   for (const auto& touch : touches) {
-    if (touch && locationIn(*touch, view_) == lastDrawPoint) {
+    if (touch && locationOfTouchInView(*touch, view_) == lastDrawPoint) {
       model_->cancelDrawingStroke();
       outcomes_.strokeCancelled();
     }

@@ -34,6 +34,8 @@ class QnTouchRouter {
 
   bool shouldDrawWithTouches(const QnTouchSet& touches) const;
   static bool touchesIncludePen(const QnTouchSet& touches);
+  static QnPoint locationOfTouchInView(const QnTouch& touch, const QnView* view);
+  static QnPoint previousLocationOfTouchInView(const QnTouch& touch, const QnView* view);
   QnPoint initiateDrawingPointFromTouch(const QnTouch& touch);
   // Follows the drawing touch by position: true when a touch continues from or repeats the saved one.
   bool lastDrawingPointMatchedInTouchesAndSaved(const QnTouchSet& touches);
