@@ -149,7 +149,8 @@ class QnDrawingView : public QnView {
   // After live ink: its tiles differ from the kept ink's; the open stroke's finished pieces go on.
   void noteLiveInk(const QnStrokeList& strokes);
   void advanceKeptInk(const QnStrokeList& strokes);
-  // A full redraw of the cache through the kept ink, and the cache brought level with it.
+  // A full redraw of the cache through the kept ink, and the cache brought level with it (once the
+  // kept ink's work is settled).
   void redrawCacheThroughKeptInk(const QnStrokeList& strokes);
   void levelCacheWithKeptInk();
 

@@ -112,10 +112,7 @@ void QnDrawingView::planFromKeptInk() {
 
 void QnDrawingView::advanceKeptInk(const QnStrokeList& strokes) {
   KeptInk::Look current = look();
-  if (!keptInk_ && strokes.size() == 1) {
-    keptInk_ = std::make_unique<KeptInk>(cacheSize_, current, inkVersions_);
-    keptInkWork_.reset(), keptPlan_.clear();
-  }
+  if (!keptInk_ && strokes.size() == 1) keptInk_ = std::make_unique<KeptInk>(cacheSize_, current, inkVersions_);
   if (!keptInk_ || !(keptInk_->look() == current)) return;
   // Only the open stroke goes on here, over strokes kept as they stand; anything else waits for the
   // next full redraw.
@@ -204,7 +201,6 @@ void QnDrawingView::redrawCacheThroughKeptInk(const QnStrokeList& strokes) {
 }
 
 void QnDrawingView::levelCacheWithKeptInk() {
-  settleKeptInk();
   QnBitmapContext& bitmap = cache();
   for (int tile = 0; tile < keptInk_->tiles().count(); ++tile) {
     if (cacheLevels_[tile] == keptInk_->version(tile)) continue;
