@@ -15,11 +15,16 @@ if [ "${2:-}" = --update ]; then
   exit 0
 fi
 set +e
-abidiff --headers-dir2 include --headers-dir2 "$build/include" "$baseline" "$build/libscrivlet.so"
+report=$(abidiff --headers-dir2 include --headers-dir2 "$build/include" "$baseline" "$build/libscrivlet.so")
 status=$?
 set -e
-# abidiff's status is a set of bits: 1 an error, 2 a misuse, 4 a change, 8 an incompatible change.
-if (( status & 11 )); then
+[ -z "$report" ] || echo "$report"
+# abidiff's status is a set of bits: 1 an error, 2 a misuse, 4 a change, 8 an incompatible change
+# (a name removed). A change is only compatible when it adds names: a name changed (a type it takes
+# or gives changed its layout) fails as well.
+changed=$({ grep -E '^(Functions|Variables) changes summary' <<<"$report" || true; } |
+  sed -E 's/.*: ([0-9]+) Removed, ([0-9]+) Changed.*/\1 \2/' | awk '{ n += $1 + $2 } END { print n + 0 }')
+if (( status & 11 )) || (( changed > 0 )); then
   echo "libscrivlet.so is not ABI-compatible with $baseline (abidiff status $status)" >&2
   exit 1
 fi

@@ -32,6 +32,11 @@ const std::vector<uint8_t> kPng{0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 
                                 0xd7, 0x63, 0xf8, 0xcf, 0xc0, 0x00, 0x00, 0x03, 0x01, 0x01, 0x00, 0x18, 0xdd, 0x8d,
                                 0xb0, 0x00, 0x00, 0x00, 0x00, 0x49, 0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
 
+RecordFile withPng(RecordFile record, std::vector<uint8_t> png) {
+  record.setPng(std::move(png));
+  return record;
+}
+
 class Evidence : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { certificates = new TestCertificates; }
@@ -47,19 +52,19 @@ class Evidence : public ::testing::Test {
 
   static EvidenceSealRequest request(const std::string& examiner, const std::string& document = kDocument) {
     EvidenceSealRequest request;
-    request.record = record();
-    request.documentSha256 = documentSha256Of(document);
-    request.documentSize = document.size();
-    request.documentName = "contract.pdf";
-    request.examinerCertificate = examiner;
-    request.manifestSigner = {certificates->signer.certificate, certificates->signer.key,
-                              certificates->intermediate.certificate};
+    request.setRecord(record());
+    request.setDocumentSha256(documentSha256Of(document));
+    request.setDocumentSize(document.size());
+    request.setDocumentName("contract.pdf");
+    request.setExaminerCertificate(examiner);
+    request.setManifestSigner({certificates->signer.certificate, certificates->signer.key,
+                               certificates->intermediate.certificate});
     return request;
   }
 
   static std::string seal(const EvidenceSealRequest& request) {
     auto sealed = sealEvidence(request);
-    EXPECT_TRUE(sealed) << sealed.error().message;
+    EXPECT_TRUE(sealed) << sealed.error().message();
     return sealed.value_or("");
   }
 
@@ -67,7 +72,7 @@ class Evidence : public ::testing::Test {
 
   static std::map<std::string, bool> checks(const EvidenceVerification& report) {
     std::map<std::string, bool> passed;
-    for (const EvidenceCheck& check : report.checks) passed[check.name] = check.passed;
+    for (const EvidenceCheck& check : report.checks()) passed[check.name()] = check.passed();
     return passed;
   }
 
@@ -100,39 +105,39 @@ TEST_F(Evidence, SealsVerifiesAndOpensForRsaAndEcExaminersAndPublicKeys) {
       EXPECT_EQ(sealed.find("\"x\""), std::string::npos);  // no plaintext coordinate
 
       EvidenceVerification report = verifyEvidence(sealed, kDocument, trusting(certificates->root));
-      EXPECT_EQ(report.verdict, Verdict::Valid) << report.reason;
+      EXPECT_EQ(report.verdict(), Verdict::Valid) << report.reason();
       EXPECT_EQ(checks(report), allPassed);
-      EXPECT_EQ(report.signer, "/CN=Tablet App");
-      EXPECT_EQ(report.hash, "A1B2C3D4");
-      EXPECT_EQ(report.device.pixelsPerInch, 264);
+      EXPECT_EQ(report.signer(), "/CN=Tablet App");
+      EXPECT_EQ(report.hash(), "A1B2C3D4");
+      EXPECT_EQ(report.device().pixelsPerInch(), 264);
 
       auto opened = openEvidence(sealed, examiner->key, trusting(certificates->root));
-      ASSERT_TRUE(opened) << opened.error().message;
-      EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));  // to the bit
-      EXPECT_EQ(opened->png, kPng);
-      EXPECT_EQ(opened->hash, "A1B2C3D4");
-      EXPECT_EQ(opened->timestamp, 786000000.25);
+      ASSERT_TRUE(opened) << opened.error().message();
+      EXPECT_EQ(strokesToJson(opened->strokes()), strokesToJson(record().strokes()));  // to the bit
+      EXPECT_EQ(opened->png(), kPng);
+      EXPECT_EQ(opened->hash(), "A1B2C3D4");
+      EXPECT_EQ(opened->timestamp(), 786000000.25);
       Error error = openEvidence(sealed, certificates->signer.key, trusting(certificates->root)).error();
-      EXPECT_EQ(error.code, ErrorCode::BadKey);
+      EXPECT_EQ(error.code(), ErrorCode::BadKey);
     }
   }
 }
 
 TEST_F(Evidence, SealsTheRecordOnTheCapturingDeviceForTheDocumentItShows) {
   QnSignature signing;  // as the session or the pad delivers it
-  signing.setRawPoints(record().strokes);
+  signing.setRawPoints(record().strokes());
   signing.setImageData(kPng);
   signing.setHashString("A1B2C3D4");
   signing.setTimestamp(786000000.25);
   auto sealed = sealSignatureForDocument(
       signing, kDocument, "contract.pdf", certificates->ecExaminer.certificate,
       {certificates->signer.certificate, certificates->signer.key, certificates->intermediate.certificate});
-  ASSERT_TRUE(sealed) << sealed.error().message;
+  ASSERT_TRUE(sealed) << sealed.error().message();
   auto opened = openEvidence(*sealed, certificates->ecExaminer.key, trusting(certificates->root), nullptr, kDocument);
-  ASSERT_TRUE(opened) << opened.error().message;  // verified first, for this document
-  EXPECT_EQ(strokesToJson(opened->strokes), strokesToJson(record().strokes));
-  EXPECT_EQ(opened->hash, "A1B2C3D4");
-  EXPECT_EQ(opened->device.model, currentCaptureDevice().model);
+  ASSERT_TRUE(opened) << opened.error().message();  // verified first, for this document
+  EXPECT_EQ(strokesToJson(opened->strokes()), strokesToJson(record().strokes()));
+  EXPECT_EQ(opened->hash(), "A1B2C3D4");
+  EXPECT_EQ(opened->device().model(), currentCaptureDevice().model());
 }
 
 TEST_F(Evidence, OpenSslsOwnCommandDecryptsTheEnvelopeAndVerifiesTheManifestThroughTheIntermediate) {
@@ -144,7 +149,7 @@ TEST_F(Evidence, OpenSslsOwnCommandDecryptsTheEnvelopeAndVerifiesTheManifestThro
     // The strokes travel with what they were given for: the document's digest and the record's hash.
     EXPECT_NE(plaintext.find(hexString(documentSha256Of(kDocument))), std::string::npos);
     EXPECT_NE(plaintext.find("\"hash\":\"A1B2C3D4\""), std::string::npos);
-    EXPECT_NE(plaintext.find(strokesToJson(record().strokes)), std::string::npos);
+    EXPECT_NE(plaintext.find(strokesToJson(record().strokes())), std::string::npos);
     std::string structure = outputOf("openssl cms -cmsout -print -inform DER -in " + bio);
     EXPECT_NE(structure.find("aes-256-gcm"), std::string::npos);
     EXPECT_NE(
@@ -204,16 +209,16 @@ TEST_F(Evidence, EveryChangedPartFailsItsOwnCheckWithItsVerdict) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     EvidenceVerification report = verifyEvidence(c.sealed, c.document, trusting(certificates->root));
-    EXPECT_EQ(report.verdict, c.verdict) << report.reason;
+    EXPECT_EQ(report.verdict(), c.verdict) << report.reason();
     std::vector<std::string> failed;
-    for (const EvidenceCheck& check : report.checks)
-      if (!check.passed) failed.push_back(check.name);
+    for (const EvidenceCheck& check : report.checks())
+      if (!check.passed()) failed.push_back(check.name());
     EXPECT_EQ(failed, std::vector<std::string>{c.failing});
   }
-  EXPECT_NE(verifyEvidence(cases[7].sealed, cases[7].document).reason.find("33 bytes were added"), std::string::npos);
+  EXPECT_NE(verifyEvidence(cases[7].sealed, cases[7].document).reason().find("33 bytes were added"), std::string::npos);
   Error error = openEvidence(cases[1].sealed, certificates->ecExaminer.key, trusting(certificates->root)).error();
-  EXPECT_EQ(error.code, ErrorCode::Tampered);
-  EXPECT_NE(error.message.find("biometric data: changed since sealing"), std::string::npos) << error.message;
+  EXPECT_EQ(error.code(), ErrorCode::Tampered);
+  EXPECT_NE(error.message().find("biometric data: changed since sealing"), std::string::npos) << error.message();
 }
 
 TEST_F(Evidence, OnlyASignerChainingToTheTrustedRootMakesEvidenceValid) {
@@ -255,15 +260,15 @@ TEST_F(Evidence, OnlyASignerChainingToTheTrustedRootMakesEvidenceValid) {
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     EvidenceVerification report = verifyEvidence(c.sealed, kDocument, c.options);
-    EXPECT_EQ(report.verdict, c.verdict) << report.reason;
-    EXPECT_NE(report.reason.find(c.reasonMentions), std::string::npos) << report.reason;
+    EXPECT_EQ(report.verdict(), c.verdict) << report.reason();
+    EXPECT_NE(report.reason().find(c.reasonMentions), std::string::npos) << report.reason();
   }
   // An expired signer, or one not made for signing, cannot seal.
   for (const TestIdentity* signer : {&certificates->expiredSigner, &certificates->codeSigner}) {
     EvidenceSealRequest asked = request(certificates->rsaExaminer.certificate);
-    asked.manifestSigner = {signer->certificate, signer->key, intermediate};
+    asked.setManifestSigner({signer->certificate, signer->key, intermediate});
     Error error = sealEvidence(asked).error();
-    EXPECT_EQ(error.code, ErrorCode::CertificateRejected) << error.message;
+    EXPECT_EQ(error.code(), ErrorCode::CertificateRejected) << error.message();
   }
 }
 
@@ -271,15 +276,15 @@ TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOr
   const TestIdentity& examiner = certificates->ecExaminer;
   std::string sealed = seal(request(examiner.certificate));
   Error error = openEvidence(sealed, examiner.key, {}).error();  // no trust given: untrusted
-  EXPECT_EQ(error.code, ErrorCode::Untrusted) << error.message;
+  EXPECT_EQ(error.code(), ErrorCode::Untrusted) << error.message();
   ASSERT_TRUE(openEvidence(sealed, examiner.key, trusting(certificates->root), nullptr, kDocument));
   error = openEvidence(sealed, examiner.key, trusting(certificates->root), nullptr, kDocument + "x").error();
-  EXPECT_EQ(error.code, ErrorCode::Tampered);
+  EXPECT_EQ(error.code(), ErrorCode::Tampered);
 
   // Whoever holds the application's key moves another signing's envelope under this manifest, or this
   // signing's strokes under a manifest for another document, and signs the manifest again.
   EvidenceSealRequest otherSigning = request(examiner.certificate);
-  otherSigning.record = record(60, "FFEE0011");
+  otherSigning.setRecord(record(60, "FFEE0011"));
   EvidenceSealRequest otherDocument = request(examiner.certificate, "%PDF-1.4 another contract\n");
   auto transplanted = [](const std::string& from, const std::string& into) {
     return withBiometricData(into, evidenceFileFromJson(from, nullptr)->biometricData);
@@ -287,11 +292,11 @@ TEST_F(Evidence, OpeningVerifiesFirstAndRefusesStrokesSealedForAnotherDocumentOr
   std::string swappedStrokes = transplanted(seal(otherSigning), sealed);
   EXPECT_TRUE(verifyEvidence(swappedStrokes, kDocument, trusting(certificates->root)).valid());  // the digests agree
   error = openEvidence(swappedStrokes, examiner.key, trusting(certificates->root)).error();
-  EXPECT_EQ(error.code, ErrorCode::Tampered);
-  EXPECT_EQ(error.message, "the biometric data was sealed with another signing");
+  EXPECT_EQ(error.code(), ErrorCode::Tampered);
+  EXPECT_EQ(error.message(), "the biometric data was sealed with another signing");
   std::string reboundStrokes = transplanted(sealed, seal(otherDocument));
   error = openEvidence(reboundStrokes, examiner.key, trusting(certificates->root)).error();
-  EXPECT_EQ(error.message, "the biometric data was sealed for another document");
+  EXPECT_EQ(error.message(), "the biometric data was sealed for another document");
 }
 
 TEST_F(Evidence, AlgorithmsThisLibraryDoesNotWriteAreRefusedByName) {
@@ -309,8 +314,8 @@ TEST_F(Evidence, AlgorithmsThisLibraryDoesNotWriteAreRefusedByName) {
                                plain + " " + examiner);
     ASSERT_FALSE(der.empty());
     Error error = openEvidence(withBiometricData(sealed, der), certificates->rsaExaminer.key, trusting(certificates->root)).error();
-    EXPECT_EQ(error.code, ErrorCode::UnsupportedAlgorithm);
-    EXPECT_NE(error.message.find(weak.name), std::string::npos) << error.message;
+    EXPECT_EQ(error.code(), ErrorCode::UnsupportedAlgorithm);
+    EXPECT_NE(error.message().find(weak.name), std::string::npos) << error.message();
   }
   EvidenceFile parts = *evidenceFileFromJson(sealed, nullptr);
   std::string manifest = save("weak-manifest.json", parts.manifest),
@@ -322,8 +327,8 @@ TEST_F(Evidence, AlgorithmsThisLibraryDoesNotWriteAreRefusedByName) {
     file.manifestSignature = outputOf("openssl cms -sign -binary -outform DER -noattr -md " + std::string(digest) +
                                       " -in " + manifest + " -signer " + cert + " -inkey " + key);
     EvidenceVerification report = verifyEvidence(evidenceFileToJson(file), kDocument, trusting(certificates->root));
-    EXPECT_EQ(report.verdict, Verdict::Untrusted);
-    EXPECT_NE(report.reason.find(digest), std::string::npos) << report.reason;
+    EXPECT_EQ(report.verdict(), Verdict::Untrusted);
+    EXPECT_NE(report.reason().find(digest), std::string::npos) << report.reason();
   }
 }
 
@@ -338,29 +343,38 @@ TEST_F(Evidence, SealingRefusesDamagedExaminersImagesThatAreNotPngsEmptyDocument
     ErrorCode code;
   };
   const std::vector<Case> cases{
-      {"damaged examiner", [&](EvidenceSealRequest& r) { r.examinerCertificate = damaged; }, ErrorCode::BadKey},
-      {"image not a PNG", [](EvidenceSealRequest& r) { r.record.png = {'G', 'I', 'F', '8', '9', 'a'}; },
+      {"damaged examiner", [&](EvidenceSealRequest& r) { r.setExaminerCertificate(damaged); }, ErrorCode::BadKey},
+      {"image not a PNG", [](EvidenceSealRequest& r) { r.setRecord(withPng(r.record(), {'G', 'I', 'F', '8', '9', 'a'})); },
        ErrorCode::InvalidArgument},
       {"image larger than a reader takes",
        [](EvidenceSealRequest& r) {
-         r.record.png = kPng;  // a header claiming 20,000 x 20,000 pixels
-         r.record.png[18] = r.record.png[22] = 0x4e, r.record.png[19] = r.record.png[23] = 0x20;
+         std::vector<uint8_t> png = kPng;  // a header claiming 20,000 x 20,000 pixels
+         png[18] = png[22] = 0x4e, png[19] = png[23] = 0x20;
+         r.setRecord(withPng(r.record(), png));
        },
        ErrorCode::InvalidArgument},
-      {"empty document", [](EvidenceSealRequest& r) { r.documentSize = 0, r.documentSha256 = documentSha256Of(""); },
+      {"empty document", [](EvidenceSealRequest& r) { r.setDocumentSize(0), r.setDocumentSha256(documentSha256Of("")); },
        ErrorCode::InvalidArgument},
-      {"no strokes", [](EvidenceSealRequest& r) { r.record.strokes = std::make_shared<QnStrokeList>(); },
+      {"no strokes", [](EvidenceSealRequest& r) {
+         RecordFile record = r.record();
+         record.setStrokes(std::make_shared<QnStrokeList>());
+         r.setRecord(record);
+       },
        ErrorCode::InvalidArgument},
       {"signer's key not the certificate's",
-       [](EvidenceSealRequest& r) { r.manifestSigner.key = certificates->ecSigner.key; }, ErrorCode::BadKey},
+       [](EvidenceSealRequest& r) {
+         EvidenceSigner signer = r.manifestSigner();
+         signer.setKey(certificates->ecSigner.key);
+         r.setManifestSigner(signer);
+       }, ErrorCode::BadKey},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
     EvidenceSealRequest asked = request(certificates->rsaExaminer.certificate);
     c.change(asked);
     Error error = sealEvidence(asked).error();
-    EXPECT_EQ(error.code, c.code) << error.message;
-    EXPECT_EQ(error.message.find('\n'), std::string::npos);
+    EXPECT_EQ(error.code(), c.code) << error.message();
+    EXPECT_EQ(error.message().find('\n'), std::string::npos);
   }
 }
 
@@ -374,17 +388,17 @@ TEST(SealedEvidenceGoldenFile, VersionTwoVerifiesAndOpensToTheRecordSealed) {
   const std::string sealed = stored("sealed.json"), contract = stored("contract.txt");
   const EvidenceVerifyOptions trust{stored("root.pem"), false};
   EvidenceVerification report = verifyEvidence(sealed, contract, trust);
-  EXPECT_EQ(report.verdict, EvidenceVerdict::Valid) << report.reason;
-  EXPECT_EQ(report.signer, "/CN=Golden Tablet App");
-  EXPECT_EQ(report.hash, "0F1E2D3C4B");
-  EXPECT_EQ(verifyEvidence(sealed, contract + " ", trust).verdict, EvidenceVerdict::Tampered);
+  EXPECT_EQ(report.verdict(), EvidenceVerdict::Valid) << report.reason();
+  EXPECT_EQ(report.signer(), "/CN=Golden Tablet App");
+  EXPECT_EQ(report.hash(), "0F1E2D3C4B");
+  EXPECT_EQ(verifyEvidence(sealed, contract + " ", trust).verdict(), EvidenceVerdict::Tampered);
   Result<RecordFile> opened = openEvidence(sealed, stored("examiner.key"), trust, nullptr, contract);
-  ASSERT_TRUE(opened) << opened.error().message;
+  ASSERT_TRUE(opened) << opened.error().message();
   // The record sealed was the record file golden file: its strokes, hash, time and device.
-  EXPECT_EQ(opened->hash, "0F1E2D3C4B");
-  EXPECT_EQ(opened->timestamp, 786000000.125);
-  EXPECT_EQ(opened->device.model, "iPad13,4");
-  EXPECT_EQ(strokesToJson(opened->strokes), test_support::readText(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json"));
+  EXPECT_EQ(opened->hash(), "0F1E2D3C4B");
+  EXPECT_EQ(opened->timestamp(), 786000000.125);
+  EXPECT_EQ(opened->device().model(), "iPad13,4");
+  EXPECT_EQ(strokesToJson(opened->strokes()), test_support::readText(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json"));
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ TEST(LogSink, AHostsSinkReceivesTheLibrarysLinesAndStandardErrorNone) {
   auto facade = QnScrivlet::scrivletWithViewDelegate(HeadlessView::create(makeRect(0, 0, 300, 200)), nullptr);
   facade->setExportScale(NAN);
   RecordRenderSettings nothingToSee;
-  nothingToSee.exportScale = 0;
+  nothingToSee.setExportScale(0);
   auto strokes = std::make_shared<QnStrokeList>(QnStrokeList{export_test::strokeThrough({{10, 10}, {40, 20}})});
   auto record = renderRecordOfStrokes(strokes, nothingToSee);
   EXPECT_FALSE(renderRecordOfStrokes(std::make_shared<QnStrokeList>(), {}));

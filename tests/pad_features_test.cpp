@@ -180,7 +180,7 @@ TEST_F(Twins, TheRecordSavesEachPartToAFileThatItsReadersTake) {
   EXPECT_EQ(traceOf(strokesFromJson(text("strokes.txt")).value_or(nullptr)), traceOf(record.strokes()));
   auto file = recordFromJson(text("record.json"));
   ASSERT_TRUE(file);
-  EXPECT_EQ(std::pair(traceOf(file->strokes), file->hash), std::pair(traceOf(record.strokes()), record.hash().toStdString()));
+  EXPECT_EQ(std::pair(traceOf(file->strokes()), file->hash()), std::pair(traceOf(record.strokes()), record.hash().toStdString()));
 }
 
 }  // namespace

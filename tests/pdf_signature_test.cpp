@@ -109,26 +109,26 @@ class PdfSignature : public ::testing::Test {
 
   static std::string sealedFor(const std::string& pdf, const std::string& hash = "A1B2C3D4", double firstX = 10) {
     EvidenceSealRequest request;
-    request.record = test_support::signingRecord(firstX, hash, signaturePng());
-    request.documentSha256 = documentSha256Of(pdf);
-    request.documentSize = pdf.size();
-    request.examinerCertificate = certificates->ecExaminer.certificate;
+    request.setRecord(test_support::signingRecord(firstX, hash, signaturePng()));
+    request.setDocumentSha256(documentSha256Of(pdf));
+    request.setDocumentSize(pdf.size());
+    request.setExaminerCertificate(certificates->ecExaminer.certificate);
     auto sealed = sealEvidence(request);
-    EXPECT_TRUE(sealed) << sealed.error().message;
+    EXPECT_TRUE(sealed) << sealed.error().message();
     return sealed.value_or("");
   }
 
   static PdfSignatureRequest request(const std::string& sealed, const TestIdentity& signer = certificates->signer) {
     PdfSignatureRequest r;
-    r.page = 1, r.x = 100, r.y = 650, r.width = 200, r.height = 80;
-    r.sealedEvidence = sealed;
-    r.signer = {signer.certificate, signer.key, certificates->intermediate.certificate};
+    r.setRect(100, 650, 200, 80);
+    r.setSealedEvidence(sealed);
+    r.setSigner({signer.certificate, signer.key, certificates->intermediate.certificate});
     return r;
   }
 
   static std::string signedPdf(const std::string& pdf, PdfSignatureRequest r) {
     auto result = signPdf(pdf, r);
-    EXPECT_TRUE(result) << result.error().message;
+    EXPECT_TRUE(result) << result.error().message();
     return result ? textOf(*result) : "";
   }
 
@@ -176,12 +176,12 @@ TEST_F(PdfSignature, SignsAsAnIncrementalUpdateThatPdfsigQpdfAndOpenSslAccept) {
     EXPECT_EQ(outputOf("qpdf --show-attachment=scrivlet-evidence-Signature1.json " + path), sealed);
 
     PdfVerification report = verifyPdf(result, trusted());
-    ASSERT_EQ(report.signatures.size(), 1u);
-    EXPECT_EQ(report.verdict, Verdict::Valid) << report.reason;
-    EXPECT_TRUE(report.signatures[0].coversWholeDocument);
-    EXPECT_EQ(report.signatures[0].signer, "/CN=Tablet App");
-    ASSERT_TRUE(report.signatures[0].evidence);
-    EXPECT_EQ(report.signatures[0].evidence->hash, "A1B2C3D4");
+    ASSERT_EQ(report.signatures().size(), 1u);
+    EXPECT_EQ(report.verdict(), Verdict::Valid) << report.reason();
+    EXPECT_TRUE(report.signatures()[0].coversWholeDocument());
+    EXPECT_EQ(report.signatures()[0].signer(), "/CN=Tablet App");
+    ASSERT_TRUE(report.signatures()[0].evidence());
+    EXPECT_EQ(report.signatures()[0].evidence()->hash(), "A1B2C3D4");
   }
 }
 
@@ -209,7 +209,9 @@ TEST_F(PdfSignature, TheWidgetShowsTheSealedImageInTheRectangleWithTheTextAsked)
   EXPECT_TRUE(isWhite(colourAt(page, 290, 178)) && isWhite(colourAt(page, 250, 120)));
 
   // With the name, date and hash: three lines of 8 pt text along the bottom, the image above them.
-  asked.signerName = "Ada Lovelace", asked.showDate = true, asked.showHash = true;
+  asked.setSignerName("Ada Lovelace");
+  asked.setShowDate(true);
+  asked.setShowHash(true);
   std::string withText = save("widget-text.pdf", signedPdf(document, asked));
   QnImage texted = test_support::pdfPageImage(withText, 1);
   int darkInText = 0, darkAboveText = 0;
@@ -226,7 +228,7 @@ TEST_F(PdfSignature, TwoSignersEachWithTheirOwnEvidenceAreBothValid) {
   std::string document = contract();
   std::string once = signedPdf(document, request(sealedFor(document, "AAAA1111")));
   PdfSignatureRequest second = request(sealedFor(once, "BBBB2222", 60), certificates->ecSigner);
-  second.y = 500;
+  second.setRect(second.x(), 500, second.width(), second.height());
   std::string twice = signedPdf(once, second);
   std::string path = save("two-signers.pdf", twice);
   EXPECT_EQ(failureOf("qpdf --check " + path + " >/dev/null"), "");
@@ -238,18 +240,18 @@ TEST_F(PdfSignature, TwoSignersEachWithTheirOwnEvidenceAreBothValid) {
   EXPECT_EQ(valid, 2u) << pdfsig;
 
   PdfVerification report = verifyPdf(twice, trusted());
-  EXPECT_EQ(report.verdict, Verdict::Valid) << report.reason;
-  ASSERT_EQ(report.signatures.size(), 2u);
-  EXPECT_EQ(report.signatures[0].field, "Signature1");
-  EXPECT_FALSE(report.signatures[0].coversWholeDocument);
-  EXPECT_EQ(report.signatures[0].laterRevisions, 1u);
-  EXPECT_EQ(report.signatures[1].signer, "/CN=Tablet App EC");
-  EXPECT_EQ(report.signatures[0].evidence->hash, "AAAA1111");
-  EXPECT_EQ(report.signatures[1].evidence->hash, "BBBB2222");
+  EXPECT_EQ(report.verdict(), Verdict::Valid) << report.reason();
+  ASSERT_EQ(report.signatures().size(), 2u);
+  EXPECT_EQ(report.signatures()[0].field(), "Signature1");
+  EXPECT_FALSE(report.signatures()[0].coversWholeDocument());
+  EXPECT_EQ(report.signatures()[0].laterRevisions(), 1u);
+  EXPECT_EQ(report.signatures()[1].signer(), "/CN=Tablet App EC");
+  EXPECT_EQ(report.signatures()[0].evidence()->hash(), "AAAA1111");
+  EXPECT_EQ(report.signatures()[1].evidence()->hash(), "BBBB2222");
   for (const char* field : {"Signature1", "Signature2"}) {
     auto opened = openPdfEvidence(twice, field, certificates->ecExaminer.key, trusted());
-    ASSERT_TRUE(opened) << opened.error().message;
-    EXPECT_EQ(opened->hash, std::string(field) == "Signature1" ? "AAAA1111" : "BBBB2222");
+    ASSERT_TRUE(opened) << opened.error().message();
+    EXPECT_EQ(opened->hash(), std::string(field) == "Signature1" ? "AAAA1111" : "BBBB2222");
   }
 }
 
@@ -258,9 +260,9 @@ TEST_F(PdfSignature, AnyRevisionAfterASignatureButASignatureIsAModificationAfter
   std::string signedOnce = signedPdf(document, request(sealedFor(document)));
   std::string painted = withPaintingRevision(signedOnce);  // (pdfsig's view of it: scrivlet_tool_test.sh)
   PdfVerification report = verifyPdf(painted, trusted());
-  EXPECT_EQ(report.verdict, Verdict::ModifiedAfterSigning);
-  EXPECT_NE(report.reason.find("revision 3: not signed"), std::string::npos) << report.reason;
-  EXPECT_EQ(verifyPdf(painted, trusted(true)).verdict, Verdict::Valid);
+  EXPECT_EQ(report.verdict(), Verdict::ModifiedAfterSigning);
+  EXPECT_NE(report.reason().find("revision 3: not signed"), std::string::npos) << report.reason();
+  EXPECT_EQ(verifyPdf(painted, trusted(true)).verdict(), Verdict::Valid);
 
   // A later revision that replaces the sealed file: reported, and the signed revision's is the one read.
   std::string replacement = sealedFor(document, "EVIL0000", 90);
@@ -277,21 +279,21 @@ TEST_F(PdfSignature, AnyRevisionAfterASignatureButASignatureIsAModificationAfter
                                                  pdf::reference(spec) + "] >> >>"}}));
   });
   report = verifyPdf(replaced, trusted());
-  EXPECT_EQ(report.verdict, Verdict::ModifiedAfterSigning);
+  EXPECT_EQ(report.verdict(), Verdict::ModifiedAfterSigning);
   auto opened = openPdfEvidence(replaced, "", certificates->ecExaminer.key, trusted(true));
-  ASSERT_TRUE(opened) << opened.error().message;
-  EXPECT_EQ(opened->hash, "A1B2C3D4");
+  ASSERT_TRUE(opened) << opened.error().message();
+  EXPECT_EQ(opened->hash(), "A1B2C3D4");
 
   // A second signature whose revision also paints over the page is no excuse.
   std::string paintedThenSigned = signedPdf(painted, request(sealedFor(painted)));
   report = verifyPdf(paintedThenSigned, trusted());
-  EXPECT_EQ(report.verdict, Verdict::ModifiedAfterSigning);
-  EXPECT_EQ(report.signatures.back().verdict, Verdict::Valid);
+  EXPECT_EQ(report.verdict(), Verdict::ModifiedAfterSigning);
+  EXPECT_EQ(report.signatures().back().verdict(), Verdict::Valid);
   // The revisions are found through the cross-reference chain, not by counting %%EOF: one added in a
   // comment is no revision.
   std::string spoofed = signedOnce;
   spoofed.insert(document.size() + 1, "%%EOF\n");
-  EXPECT_NE(verifyPdf(spoofed, trusted()).verdict, Verdict::Valid);
+  EXPECT_NE(verifyPdf(spoofed, trusted()).verdict(), Verdict::Valid);
   EXPECT_EQ(*pdf::revisionEnds(signedOnce), (std::vector<size_t>{document.size(), signedOnce.size()}));
 }
 
@@ -300,14 +302,15 @@ TEST_F(PdfSignature, CertificatesAreCheckedWhenSigningAndWhenVerifying) {
   for (const TestIdentity* signer :
        {&certificates->expiredSigner, &certificates->codeSigner, &certificates->tlsClient}) {
     Error error = signPdf(document, request(sealed, *signer)).error();
-    EXPECT_EQ(error.code, ErrorCode::CertificateRejected) << error.message;
+    EXPECT_EQ(error.code(), ErrorCode::CertificateRejected) << error.message();
   }
   PdfSignatureRequest lookAlike = request(sealed, certificates->lookAlike);
-  lookAlike.signer.chain = certificates->strangerRoot.certificate;
+  lookAlike.setSigner({certificates->lookAlike.certificate, certificates->lookAlike.key,
+                       certificates->strangerRoot.certificate});
   std::string result = signedPdf(document, lookAlike);
   PdfVerification report = verifyPdf(result, trusted());
-  EXPECT_EQ(report.verdict, Verdict::Untrusted);
-  EXPECT_NE(report.reason.find("unknown issuer"), std::string::npos) << report.reason;
+  EXPECT_EQ(report.verdict(), Verdict::Untrusted);
+  EXPECT_NE(report.reason().find("unknown issuer"), std::string::npos) << report.reason();
   // (No trust given, an unsigned PDF and an unreadable one: the tool's verdicts, scrivlet_tool_test.sh.)
 }
 
@@ -363,23 +366,23 @@ TEST_F(PdfSignature, ATimeStampFromALocalAuthorityMakesBaselineBTAndGivesTheSign
   ASSERT_FALSE(authority.url.empty());
   std::string document = contract();
   PdfSignatureRequest asked = request(sealedFor(document));
-  asked.timeStampUrl = authority.url;
+  asked.setTimeStampUrl(authority.url);
   std::string result = signedPdf(document, asked);
   std::string path = save("time-stamped.pdf", result);
   std::string pdfsig = outputOf("pdfsig " + path);
   EXPECT_NE(pdfsig.find("Signature is Valid."), std::string::npos) << pdfsig;
   PdfVerification report = verifyPdf(result, trusted());
-  ASSERT_EQ(report.signatures.size(), 1u);
-  EXPECT_EQ(report.verdict, Verdict::Valid) << report.reason;
-  EXPECT_TRUE(report.signatures[0].timeStamped);
+  ASSERT_EQ(report.signatures().size(), 1u);
+  EXPECT_EQ(report.verdict(), Verdict::Valid) << report.reason();
+  EXPECT_TRUE(report.signatures()[0].timeStamped());
   std::string tokenTime = authority.lastTokenTime();
   EXPECT_FALSE(tokenTime.empty());
-  EXPECT_EQ(report.signatures[0].signingTime, tokenTime);  // the token's, two seconds after signing
+  EXPECT_EQ(report.signatures()[0].signingTime(), tokenTime);  // the token's, two seconds after signing
 
   Error error;
-  asked.timeStampUrl = "http://127.0.0.1:9/";  // nobody answers there
+  asked.setTimeStampUrl("http://127.0.0.1:9/");  // nobody answers there
   error = signPdf(document, asked).error();
-  EXPECT_EQ(error.code, ErrorCode::TimeStampFailed) << error.message;
+  EXPECT_EQ(error.code(), ErrorCode::TimeStampFailed) << error.message();
 }
 
 TEST_F(PdfSignature, EmbeddedFilesAreReadNoLargerThanTheirLimit) {
@@ -436,12 +439,16 @@ TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
       {"evidence for another PDF", document + " ", [](auto&) {}, ErrorCode::NotThisDocument,
        "not the document"},
       {"image replaced in the sealed file", document,
-       [&](auto& r) { r.sealedEvidence = evidenceFileToJson(forgedImage); }, ErrorCode::Tampered, "image"},
+       [&](auto& r) { r.setSealedEvidence(evidenceFileToJson(forgedImage)); }, ErrorCode::Tampered, "image"},
       // (Every other tampered part: evidence_test.cpp.)
-      {"page 3", document, [](auto& r) { r.page = 3; }, ErrorCode::InvalidArgument, "no page 3 (it has 2)"},
-      {"NaN width", document, [&](auto& r) { r.width = nan; }, ErrorCode::InvalidArgument, "rectangle"},
-      {"field taken", document, [](auto& r) { r.fieldName = "Taken"; }, ErrorCode::InvalidArgument, ""},
-      {"signer key of another", document, [](auto& r) { r.signer.key = certificates->ecSigner.key; },
+      {"page 3", document, [](auto& r) { r.setPage(3); }, ErrorCode::InvalidArgument, "no page 3 (it has 2)"},
+      {"NaN width", document, [&](auto& r) { r.setRect(r.x(), r.y(), nan, r.height()); }, ErrorCode::InvalidArgument, "rectangle"},
+      {"field taken", document, [](auto& r) { r.setFieldName("Taken"); }, ErrorCode::InvalidArgument, ""},
+      {"signer key of another", document, [](auto& r) {
+         EvidenceSigner signer = r.signer();
+         signer.setKey(certificates->ecSigner.key);
+         r.setSigner(signer);
+       },
        ErrorCode::BadKey, "not the certificate's"},
       // Evidence sealed for exactly these bytes, which qpdf cannot open, or which have no last section.
       {"encrypted", rewrittenByQpdf(document, "--encrypt '' owner 256 --", "encrypted"), [](auto&) {},
@@ -453,7 +460,7 @@ TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
   };
   std::string taken = signedPdf(document, [&] {
     PdfSignatureRequest r = request(sealed);
-    r.fieldName = "Taken";
+    r.setFieldName("Taken");
     return r;
   }());
   for (const Case& c : cases) {
@@ -464,8 +471,8 @@ TEST_F(PdfSignature, RefusesWhatItCannotSignWithACodeAndAReason) {
                                                                           : sealed);
     c.change(asked);
     Error error = signPdf(pdf, asked).error();
-    EXPECT_EQ(error.code, c.code) << error.message;
-    EXPECT_NE(error.message.find(c.mentions), std::string::npos) << error.message;
+    EXPECT_EQ(error.code(), c.code) << error.message();
+    EXPECT_NE(error.message().find(c.mentions), std::string::npos) << error.message();
   }
 }
 

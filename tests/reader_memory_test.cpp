@@ -114,16 +114,17 @@ TEST_F(ReaderMemory, StrokesDocumentsOfFiftyMegabytes) {
 
 TEST_F(ReaderMemory, RecordFilesOfFiftyMegabytes) {
   RecordFile file;
-  file.device = {"iPad13,4", 2, 264};
+  file.setDevice({"iPad13,4", 2, 264});
   std::string json;
-  file.strokes = strokesOfSize(kInputSize, json);
+  file.setStrokes(strokesOfSize(kInputSize, json));
   std::string withStrokes = recordFileToJson(file);
   expectWithinFourTimes("record of strokes", withStrokes.size(), [&] { return recordFromJson(withStrokes).has_value(); });
   // An image of 37.5 MB: 50 MB of Base64.
-  file.strokes = strokesOfSize(1000, json);
-  file.png.resize(kInputSize / 4 * 3);
+  file.setStrokes(strokesOfSize(1000, json));
+  std::vector<uint8_t> png(kInputSize / 4 * 3);
   std::mt19937 random(3);
-  for (uint8_t& byte : file.png) byte = uint8_t(random());
+  for (uint8_t& byte : png) byte = uint8_t(random());
+  file.setPng(std::move(png));
   std::string withImage = recordFileToJson(file);
   expectWithinFourTimes("record of an image", withImage.size(), [&] { return recordFromJson(withImage).has_value(); });
 }

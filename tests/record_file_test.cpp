@@ -45,13 +45,13 @@ TEST(RecordFile, AnythingButARecordAndMembersOfTheWrongTypeOrOutOfRangeAreRefuse
                                 std::string(200000, ']') + "}"),
             Code::Malformed}}) {
     Error error = recordFromJson(bad).error();
-    EXPECT_EQ(error.code, code) << bad.substr(0, 200) << ": " << error.message;
-    EXPECT_EQ(error.message.find('\n'), std::string::npos);
+    EXPECT_EQ(error.code(), code) << bad.substr(0, 200) << ": " << error.message();
+    EXPECT_EQ(error.message().find('\n'), std::string::npos);
   }
   for (const char* density : {"0", "2147483647"}) {  // 0: a density not known
     Result<RecordFile> read = recordFromJson(
         with("device", std::string(R"({"model":"x","screenScale":2,"pixelsPerInch":)") + density + "}"));
-    ASSERT_TRUE(read) << read.error().message;
+    ASSERT_TRUE(read) << read.error().message();
   }
 }
 
@@ -59,19 +59,19 @@ TEST(RecordFile, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {
   const std::string golden = test_support::readText(SCRIVLET_TEST_DATA_DIR "/record_v1.json");
   Result<RecordFile> read = recordFromJson(golden);
   ASSERT_TRUE(read);
-  EXPECT_EQ(read->hash, "0F1E2D3C4B");
-  EXPECT_EQ(read->timestamp, 786000000.125);
-  EXPECT_EQ(read->frame, makeRect(-4.5, 2, 300, 120));
-  EXPECT_EQ(read->device.model, "iPad13,4");
-  EXPECT_EQ(read->device.screenScale, 2);
-  EXPECT_EQ(read->device.pixelsPerInch, 264);
+  EXPECT_EQ(read->hash(), "0F1E2D3C4B");
+  EXPECT_EQ(read->timestamp(), 786000000.125);
+  EXPECT_EQ(read->frame(), makeRect(-4.5, 2, 300, 120));
+  EXPECT_EQ(read->device().model(), "iPad13,4");
+  EXPECT_EQ(read->device().screenScale(), 2);
+  EXPECT_EQ(read->device().pixelsPerInch(), 264);
   // Two pixels, one opaque red and one transparent.
-  QnImage image = QnImage::decodePNG(read->png);
+  QnImage image = QnImage::decodePNG(read->png());
   ASSERT_EQ(image.pixelWidth(), 2);
   EXPECT_EQ(test_support::rgbaAt(image, 0, 0), (test_support::Rgba{255, 0, 0, 255}));
   EXPECT_EQ(test_support::rgbaAt(image, 1, 0), (test_support::Rgba{0, 0, 0, 0}));
   // The strokes are those of the strokes golden file, read as such.
-  EXPECT_EQ(strokesToJson(read->strokes), test_support::readText(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json"));
+  EXPECT_EQ(strokesToJson(read->strokes()), test_support::readText(SCRIVLET_TEST_DATA_DIR "/strokes_v1.json"));
   EXPECT_EQ(recordFileToJson(*read), golden);
 }
 

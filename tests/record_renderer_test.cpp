@@ -45,10 +45,12 @@ QnStrokeListRef strokesOf(int seed) {
 // Each record prints its own date and hash: a record printing another's would show.
 RecordRenderSettings settingsOf(int seed) {
   RecordRenderSettings settings;
-  settings.exportScale = 1.5f + 0.25f * float(seed);
-  settings.showDate = settings.dateIncludesTime = settings.showHash = true;
-  settings.hash = "record-" + std::to_string(seed);
-  settings.timestamp = 700000000 + seed * kDay;  // seconds since 2001: a different day each
+  settings.setExportScale(1.5f + 0.25f * float(seed));
+  settings.setShowDate(true);
+  settings.setDateIncludesTime(true);
+  settings.setShowHash(true);
+  settings.setHash("record-" + std::to_string(seed));
+  settings.setTimestamp(700000000 + seed * kDay);  // seconds since 2001: a different day each
   return settings;
 }
 

@@ -243,9 +243,9 @@ TEST_F(Session, StrokesThatDoNotLoadLeaveTheCanvasAndSayWhy) {
   std::optional<Error> cut = session.loadStrokes(saved.substr(0, saved.size() / 2));
   testing::internal::GetCapturedStderr();
   ASSERT_TRUE(error && cut);
-  EXPECT_EQ(error->code, ErrorCode::NotThisFormat);
-  EXPECT_EQ(error->message, "not a strokes document");
-  EXPECT_EQ(cut->code, ErrorCode::NotJson);
+  EXPECT_EQ(error->code(), ErrorCode::NotThisFormat);
+  EXPECT_EQ(error->message(), "not a strokes document");
+  EXPECT_EQ(cut->code(), ErrorCode::NotJson);
   EXPECT_EQ(strokesToJson(session.strokes()), saved);
   // What loads is shown in place of the canvas. (The next record holds it: pad_features_test.cpp.)
   session.clear();

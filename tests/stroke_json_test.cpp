@@ -58,8 +58,8 @@ TEST(StrokeJson, AnythingButAStrokesDocumentIsRefusedWithItsCode) {
            {R"({"format":"scrivlet-strokes","version":1,"strokes":[null,[true]]})", Code::Malformed},
            {R"({"format":"scrivlet-strokes","version":1,"strokes":[[{"x":[1],"y":{}}]]})", Code::Malformed}}) {
     Error error = strokesFromJson(bad).error();
-    EXPECT_EQ(error.code, code) << bad << ": " << error.message;
-    EXPECT_EQ(error.message.find('\n'), std::string::npos) << error.message;
+    EXPECT_EQ(error.code(), code) << bad << ": " << error.message();
+    EXPECT_EQ(error.message().find('\n'), std::string::npos) << error.message();
   }
 }
 
@@ -69,7 +69,7 @@ TEST(StrokeJson, SizeNestingAndCountsAreBoundedWhileReading) {
   std::string deep = R"({"format":"scrivlet-strokes","version":1,"strokes":[],"x":)" + std::string(200000, '[') +
                      std::string(200000, ']') + "}";
   error = strokesFromJson(deep).error();
-  EXPECT_EQ(error.message, "a strokes document nested deeper than 32 levels");
+  EXPECT_EQ(error.message(), "a strokes document nested deeper than 32 levels");
   // Five million empty strokes (14 MB): refused at the ten-thousand-and-first.
   std::string thousand;
   for (int i = 0; i < 1000; ++i) thousand += ",[]";
@@ -77,13 +77,13 @@ TEST(StrokeJson, SizeNestingAndCountsAreBoundedWhileReading) {
   for (int i = 0; i < 5000; ++i) empty += thousand;
   empty += "]}";
   error = strokesFromJson(empty).error();
-  EXPECT_EQ(error.code, ErrorCode::TooLarge);
-  EXPECT_EQ(error.message, "more than 10000 strokes");
+  EXPECT_EQ(error.code(), ErrorCode::TooLarge);
+  EXPECT_EQ(error.message(), "more than 10000 strokes");
   // Over 64 MiB: refused by its size before it is read.
   std::string huge = R"({"format":"scrivlet-strokes","version":1,"strokes":[],"pad":")" + std::string(64 << 20, ' ') + "\"}";
   error = strokesFromJson(huge).error();
-  EXPECT_EQ(error.code, ErrorCode::TooLarge);
-  EXPECT_EQ(error.message, "a strokes document of 67108927 bytes: more than the 67108864 bytes of the largest one read");
+  EXPECT_EQ(error.code(), ErrorCode::TooLarge);
+  EXPECT_EQ(error.message(), "a strokes document of 67108927 bytes: more than the 67108864 bytes of the largest one read");
 }
 
 TEST(StrokeJson, TheVersionOneGoldenFileReadsAndIsWrittenAgainByteForByte) {

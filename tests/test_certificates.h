@@ -26,11 +26,11 @@ inline RecordFile signingRecord(double firstX, const std::string& hash, const st
     p.pressure = 0.5f, p.altitudeAngle = 1.2f, p.diameter = 2.5f, p.id = 100 + i;
     stroke->push_back(p);
   }
-  r.strokes = std::make_shared<QnStrokeList>(QnStrokeList{stroke});
-  r.png = png;
-  r.hash = hash;
-  r.timestamp = 786000000.25;
-  r.device = {"iPad8,1", 2, 264};
+  r.setStrokes(std::make_shared<QnStrokeList>(QnStrokeList{stroke}));
+  r.setPng(png);
+  r.setHash(hash);
+  r.setTimestamp(786000000.25);
+  r.setDevice({"iPad8,1", 2, 264});
   return r;
 }
 

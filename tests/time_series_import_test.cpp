@@ -149,16 +149,16 @@ TEST_F(TimeSeriesDocument, DocumentsThatCannotBeReadInFullAreRefusedWithAReason)
         replaced("<cmn:X>", "<cmn:X>7</cmn:X><cmn:X>"), replaced("<cmn:Z>0", "<cmn:Z>12"),
         replaced("<sig:FChannel>", "<sig:FChannel><sig:Newton/>")}) {
     Error error = strokesFromTimeSeriesXml(bad).error();
-    EXPECT_NE(error.code, ErrorCode::None) << bad.substr(0, 80);
-    EXPECT_FALSE(error.message.empty() || error.message.find('\n') != std::string::npos) << error.message;
+    EXPECT_NE(error.code(), ErrorCode::None) << bad.substr(0, 80);
+    EXPECT_FALSE(error.message().empty() || error.message().find('\n') != std::string::npos) << error.message();
   }
-  EXPECT_EQ(strokesFromTimeSeriesXml("").error().code, ErrorCode::NotXml);
-  EXPECT_EQ(strokesFromTimeSeriesXml(good.substr(0, good.size() / 2)).error().code, ErrorCode::NotXml);
-  EXPECT_EQ(strokesFromTimeSeriesXml("<svg></svg>").error().code, ErrorCode::NotThisFormat);
+  EXPECT_EQ(strokesFromTimeSeriesXml("").error().code(), ErrorCode::NotXml);
+  EXPECT_EQ(strokesFromTimeSeriesXml(good.substr(0, good.size() / 2)).error().code(), ErrorCode::NotXml);
+  EXPECT_EQ(strokesFromTimeSeriesXml("<svg></svg>").error().code(), ErrorCode::NotThisFormat);
   Error error = strokesFromTimeSeriesXml(twoSignatures).error();
-  EXPECT_EQ(error.code, ErrorCode::Malformed);
-  EXPECT_EQ(error.message, "more than one representation, where one signature is read");
-  EXPECT_EQ(strokesFromTimeSeriesXml(replaced("<cmn:Z>0", "<cmn:Z>12")).error().code, ErrorCode::Malformed);
+  EXPECT_EQ(error.code(), ErrorCode::Malformed);
+  EXPECT_EQ(error.message(), "more than one representation, where one signature is read");
+  EXPECT_EQ(strokesFromTimeSeriesXml(replaced("<cmn:Z>0", "<cmn:Z>12")).error().code(), ErrorCode::Malformed);
 }
 
 }  // namespace

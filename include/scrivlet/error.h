@@ -1,6 +1,9 @@
 // Why an operation of the host or evidence API gave no result, and a result that is a value or that.
 #pragma once
 
+#include <scrivlet/export.h>
+
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -31,10 +34,21 @@ enum class ErrorCode {
   Failed,                // anything else (out of memory, a library that failed)
 };
 
-struct Error {
+class SCRIVLET_EXPORT Error {
+ public:
   using Code = ErrorCode;
-  ErrorCode code = ErrorCode::None;
-  std::string message;  // one line, in English, without a newline, that a host may show or log
+  Error();  // None, no message
+  Error(ErrorCode code, std::string message);
+
+  ErrorCode code() const;
+  // One line, in English, without a newline, that a host may show or log.
+  const std::string& message() const;
+  void setCode(ErrorCode code);
+  void setMessage(std::string message);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // The value of an operation, or the Error that stopped it. Reads like std::optional: test it, then

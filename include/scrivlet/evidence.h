@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -52,17 +53,41 @@ SCRIVLET_EVIDENCE_EXPORT const char* evidenceVerdictName(EvidenceVerdict verdict
 
 // The certificates and key that sign (PEM): the signer's certificate, its private key (not protected
 // by a pass phrase), and the intermediate certificates up to, not including, the root.
-struct EvidenceSigner {
-  std::string certificate, key, chain;
+class SCRIVLET_EVIDENCE_EXPORT EvidenceSigner {
+ public:
+  EvidenceSigner();  // none: nothing is signed
+  EvidenceSigner(std::string certificate, std::string key, std::string chain = {});
+
+  const std::string& certificate() const;
+  const std::string& key() const;
+  const std::string& chain() const;
+  void setCertificate(std::string certificate);
+  void setKey(std::string key);
+  void setChain(std::string chain);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
-struct EvidenceSealRequest {
-  RecordFile record;                         // the strokes, image, hash, time and device
-  std::array<uint8_t, 32> documentSha256{};  // of the document signed, as its bytes stand
-  uint64_t documentSize = 0;                 // at least one byte
-  std::string documentName;                  // for the reader; not checked
-  std::string examinerCertificate;           // X.509 (PEM or DER), or a PEM public key: RSA or EC
-  EvidenceSigner manifestSigner;             // optional: with a certificate and key, the manifest is signed
+class SCRIVLET_EVIDENCE_EXPORT EvidenceSealRequest {
+ public:
+  const RecordFile& record() const;  // the strokes, image, hash, time and device
+  const std::array<uint8_t, 32>& documentSha256() const;  // of the document signed, as its bytes stand
+  uint64_t documentSize() const;                          // at least one byte
+  const std::string& documentName() const;                // for the reader; not checked
+  const std::string& examinerCertificate() const;  // X.509 (PEM or DER), or a PEM public key: RSA or EC
+  const EvidenceSigner& manifestSigner() const;    // optional: with a certificate and key, the manifest is signed
+  void setRecord(RecordFile record);
+  void setDocumentSha256(const std::array<uint8_t, 32>& documentSha256);
+  void setDocumentSize(uint64_t documentSize);
+  void setDocumentName(std::string documentName);
+  void setExaminerCertificate(std::string examinerCertificate);
+  void setManifestSigner(EvidenceSigner manifestSigner);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // The SHA-256 of a document's bytes, for a request.
@@ -118,31 +143,68 @@ enum class EvidenceCheckKind {
 // "byte range", "signature", "time-stamp", "coverage", "later revisions", "evidence".
 SCRIVLET_EVIDENCE_EXPORT const char* evidenceCheckName(EvidenceCheckKind kind);
 
-struct EvidenceCheck {
-  EvidenceCheckKind kind = EvidenceCheckKind::Container;
-  std::string name;  // evidenceCheckName(kind), as reports show it
-  bool passed = false;
-  std::string detail;                                   // one line: what was found
-  EvidenceVerdict failure = EvidenceVerdict::Tampered;  // what a failure of this check means
+class SCRIVLET_EVIDENCE_EXPORT EvidenceCheck {
+ public:
+  EvidenceCheck();  // a failed container check
+  EvidenceCheck(EvidenceCheckKind kind, bool passed, std::string detail,
+                EvidenceVerdict failure = EvidenceVerdict::Tampered);
+
+  EvidenceCheckKind kind() const;
+  std::string name() const;  // evidenceCheckName(kind), as reports show it
+  bool passed() const;
+  const std::string& detail() const;  // one line: what was found
+  EvidenceVerdict failure() const;    // what a failure of this check means
+  void setKind(EvidenceCheckKind kind);
+  void setPassed(bool passed);
+  void setDetail(std::string detail);
+  void setFailure(EvidenceVerdict failure);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // Only a signature whose signer chains to a trusted certificate makes evidence "valid": without trusted
 // certificates the best verdict is "untrusted", and unsigned evidence is "unsigned".
-struct EvidenceVerifyOptions {
-  std::string trustedCertificates;  // PEM: the signers' (and time-stamping authorities') anchors
-  bool allowLaterChanges = false;   // a signed PDF changed after signing is reported, but not failed
+class SCRIVLET_EVIDENCE_EXPORT EvidenceVerifyOptions {
+ public:
+  EvidenceVerifyOptions();  // no trusted certificates, no later changes allowed
+  EvidenceVerifyOptions(std::string trustedCertificates, bool allowLaterChanges = false);
+
+  const std::string& trustedCertificates() const;  // PEM: the signers' (and time-stamping authorities') anchors
+  bool allowLaterChanges() const;  // a signed PDF changed after signing is reported, but not failed
+  void setTrustedCertificates(std::string trustedCertificates);
+  void setAllowLaterChanges(bool allowLaterChanges);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
-struct SCRIVLET_EVIDENCE_EXPORT EvidenceVerification {
-  std::vector<EvidenceCheck> checks;  // in the order above, as far as the file could be read
-  bool signedManifest = false;        // the manifest carries a signature
-  std::string signer;                 // its signer's subject
-  std::string hash;                   // what the manifest says of the signing
-  double timestamp = 0;
-  CaptureDevice device;
-  EvidenceVerdict verdict = EvidenceVerdict::Unreadable;
-  std::string reason;  // the worst failed check's name and detail: why the verdict is not "valid"
-  bool valid() const { return verdict == EvidenceVerdict::Valid; }
+class SCRIVLET_EVIDENCE_EXPORT EvidenceVerification {
+ public:
+  const std::vector<EvidenceCheck>& checks() const;  // in the order above, as far as the file could be read
+  bool signedManifest() const;                       // the manifest carries a signature
+  const std::string& signer() const;                 // its signer's subject
+  const std::string& hash() const;                   // what the manifest says of the signing
+  double timestamp() const;
+  const CaptureDevice& device() const;
+  EvidenceVerdict verdict() const;     // Unreadable until set
+  const std::string& reason() const;  // the worst failed check's name and detail: why the verdict is not "valid"
+  bool valid() const;
+  void setChecks(std::vector<EvidenceCheck> checks);
+  void addCheck(EvidenceCheck check);
+  void setSignedManifest(bool signedManifest);
+  void setSigner(std::string signer);
+  void setHash(std::string hash);
+  void setTimestamp(double timestamp);
+  void setDevice(CaptureDevice device);
+  void setVerdict(EvidenceVerdict verdict);
+  void setReason(std::string reason);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // Each check of the sealed file against the document, whose bytes must be exactly those sealed. A

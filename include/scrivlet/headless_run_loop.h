@@ -6,11 +6,8 @@
 
 #include <scrivlet/engine/scheduler.h>
 
-#include <condition_variable>
-#include <deque>
-#include <mutex>
-#include <thread>
-#include <vector>
+#include <functional>
+#include <memory>
 
 namespace scrivlet {
 
@@ -42,32 +39,13 @@ class SCRIVLET_EXPORT HeadlessRunLoop : public QnScheduler,
 
  private:
   class Timer;
-  struct PendingTimer {
-    double due;
-    uint64_t order;
-    std::shared_ptr<Timer> timer;
-    std::function<void()> action;
-  };
+  struct State;
 
   void workerLoop();
   // Fires due timers one at a time in due order; true when one fired.
   bool fireNextDueTimer();
 
-  Clock clock_;
-  double manualTime_ = 0;
-  double startTime_;
-  uint64_t timerOrder_ = 0;
-  std::vector<PendingTimer> timers_;  // main thread only
-
-  mutable std::mutex mutex_;
-  std::condition_variable workAvailable_;
-  std::condition_variable workDone_;
-  std::condition_variable posted_;
-  std::deque<std::function<void()>> backgroundQueue_;
-  std::deque<std::function<void()>> postedTasks_;
-  int runningWork_ = 0;
-  bool stopping_ = false;
-  std::vector<std::thread> workers_;
+  std::unique_ptr<State> d_;
 };
 
 }  // namespace scrivlet

@@ -12,10 +12,9 @@ namespace scrivlet {
 
 class SCRIVLET_EXPORT HeadlessView : public QnView {
  public:
-  static std::shared_ptr<HeadlessView> create(QnRect frame) {
-    return std::make_shared<HeadlessView>(frame);
-  }
-  explicit HeadlessView(QnRect frame) : QnView(frame) {}
+  static std::shared_ptr<HeadlessView> create(QnRect frame);
+  explicit HeadlessView(QnRect frame);
+  ~HeadlessView() override;
 
   // What the view and its subviews would show on a screen of the given scale, as PNG bytes.
   std::vector<uint8_t> snapshotPNG(double scale = 1.0);
@@ -34,8 +33,8 @@ class SCRIVLET_EXPORT HeadlessView : public QnView {
  private:
   void deliver(QnTouchPhase phase, const QnTouchSet& touches);
   void deliverPhase(QnTouchPhase phase, const QnTouchSet& touches);
-  std::vector<std::weak_ptr<QnTouch>> down_;
-  std::vector<std::weak_ptr<QnTouch>> waiting_;  // begun without a location
+  struct Touches;
+  std::unique_ptr<Touches> d_;
 };
 
 }  // namespace scrivlet

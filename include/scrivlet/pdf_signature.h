@@ -5,6 +5,7 @@
 #include <scrivlet/evidence.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,18 +16,35 @@ namespace scrivlet {
 // The name of the embedded file that holds a signature's sealed evidence: one per signature field.
 SCRIVLET_EVIDENCE_EXPORT std::string evidenceAttachmentName(std::string_view fieldName);
 
-struct PdfSignatureRequest {
+class SCRIVLET_EVIDENCE_EXPORT PdfSignatureRequest {
+ public:
   // Where the signature is shown: a page (1 = first) and a rectangle in PDF points in the page's
   // default user space (origin at the bottom left, y up).
-  int page = 1;
-  double x = 0, y = 0, width = 0, height = 0;
-  std::string sealedEvidence;  // the sealed file, sealed with exactly the PDF being signed
-  EvidenceSigner signer;       // the capturing application's certificate, key and chain
-  std::string signerName;      // shown under the image and put in /Name, when not empty
-  bool showDate = false;       // the signing date (UTC) under the image
-  bool showHash = false;       // the record's hash under the image
-  std::string fieldName;       // empty: "Signature1", "Signature2", ... the first free one
-  std::string timeStampUrl;    // an RFC 3161 time-stamping authority (http or https), for B-T
+  int page() const;  // 1
+  double x() const;
+  double y() const;
+  double width() const;
+  double height() const;
+  const std::string& sealedEvidence() const;  // the sealed file, sealed with exactly the PDF being signed
+  const EvidenceSigner& signer() const;       // the capturing application's certificate, key and chain
+  const std::string& signerName() const;      // shown under the image and put in /Name, when not empty
+  bool showDate() const;                      // the signing date (UTC) under the image
+  bool showHash() const;                      // the record's hash under the image
+  const std::string& fieldName() const;       // empty: "Signature1", "Signature2", ... the first free one
+  const std::string& timeStampUrl() const;    // an RFC 3161 time-stamping authority (http or https), for B-T
+  void setPage(int page);
+  void setRect(double x, double y, double width, double height);
+  void setSealedEvidence(std::string sealedEvidence);
+  void setSigner(EvidenceSigner signer);
+  void setSignerName(std::string signerName);
+  void setShowDate(bool showDate);
+  void setShowHash(bool showHash);
+  void setFieldName(std::string fieldName);
+  void setTimeStampUrl(std::string timeStampUrl);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // The PDF with a signature appended as an incremental update: an AcroForm signature field whose widget
@@ -44,26 +62,53 @@ SCRIVLET_EVIDENCE_EXPORT Result<std::vector<uint8_t>> signPdf(std::string_view p
   return optionalOf(signPdf(pdf, request), error);
 }
 
-struct PdfSignatureVerification {
-  std::string field;  // the signature field's name
-  EvidenceVerdict verdict = EvidenceVerdict::Unreadable;
-  std::string reason;                 // why the verdict is not "valid"
-  std::vector<EvidenceCheck> checks;  // "byte range", "signature", "signer", "time-stamp", "coverage",
-                                      // "later revisions", then the evidence's own checks
-  std::string signer;                 // the signer's subject
-  std::string signingTime;            // ISO 8601 UTC: the time-stamp's when there is one, else as claimed
-  bool timeStamped = false;
-  bool coversWholeDocument = false;
-  size_t laterRevisions = 0;                     // revisions appended after this signature's
-  std::optional<EvidenceVerification> evidence;  // the sealed evidence this signature carries
+class SCRIVLET_EVIDENCE_EXPORT PdfSignatureVerification {
+ public:
+  const std::string& field() const;  // the signature field's name
+  EvidenceVerdict verdict() const;   // Unreadable until set
+  const std::string& reason() const;  // why the verdict is not "valid"
+  // "byte range", "signature", "signer", "time-stamp", "coverage", "later revisions", then the
+  // evidence's own checks.
+  const std::vector<EvidenceCheck>& checks() const;
+  const std::string& signer() const;       // the signer's subject
+  const std::string& signingTime() const;  // ISO 8601 UTC: the time-stamp's when there is one, else as claimed
+  bool timeStamped() const;
+  bool coversWholeDocument() const;
+  size_t laterRevisions() const;  // revisions appended after this signature's
+  const std::optional<EvidenceVerification>& evidence() const;  // the sealed evidence this signature carries
+  void setField(std::string field);
+  void setVerdict(EvidenceVerdict verdict);
+  void setReason(std::string reason);
+  void setChecks(std::vector<EvidenceCheck> checks);
+  void addCheck(EvidenceCheck check);
+  void setSigner(std::string signer);
+  void setSigningTime(std::string signingTime);
+  void setTimeStamped(bool timeStamped);
+  void setCoversWholeDocument(bool coversWholeDocument);
+  void setLaterRevisions(size_t laterRevisions);
+  void setEvidence(std::optional<EvidenceVerification> evidence);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
-struct PdfVerification {
-  EvidenceVerdict verdict = EvidenceVerdict::Unreadable;  // the worst of the signatures'
-  std::string reason;
-  size_t revisions = 0;
-  std::vector<PdfSignatureVerification> signatures;  // in the order they were made
-  bool valid() const { return verdict == EvidenceVerdict::Valid; }
+class SCRIVLET_EVIDENCE_EXPORT PdfVerification {
+ public:
+  EvidenceVerdict verdict() const;  // the worst of the signatures'; Unreadable until set
+  const std::string& reason() const;
+  size_t revisions() const;
+  const std::vector<PdfSignatureVerification>& signatures() const;  // in the order they were made
+  bool valid() const;
+  void setVerdict(EvidenceVerdict verdict);
+  void setReason(std::string reason);
+  void setRevisions(size_t revisions);
+  void setSignatures(std::vector<PdfSignatureVerification> signatures);
+  void addSignature(PdfSignatureVerification signature);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // Every signature of the PDF: its CMS over its byte range, its signer's chain to the trusted

@@ -7,6 +7,7 @@
 #include <scrivlet/engine/signature.h>
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,20 +16,42 @@
 namespace scrivlet {
 
 // The device a signature was captured on.
-struct CaptureDevice {
-  std::string model;          // the model identifier
-  double screenScale = 1;     // pixels per point
-  int pixelsPerInch = 0;      // the screen's density, as the capture's kinematics used it; 0 when unknown
+class SCRIVLET_EXPORT CaptureDevice {
+ public:
+  CaptureDevice();  // no model, scale 1, density unknown
+  CaptureDevice(std::string model, double screenScale, int pixelsPerInch);
+
+  const std::string& model() const;  // the model identifier
+  double screenScale() const;        // pixels per point
+  int pixelsPerInch() const;  // the screen's density, as the capture's kinematics used it; 0 when unknown
+  void setModel(std::string model);
+  void setScreenScale(double screenScale);
+  void setPixelsPerInch(int pixelsPerInch);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // What a record file holds: the strokes, the PNG, the hash, the time and the device.
-struct RecordFile {
-  QnStrokeListRef strokes;
-  std::vector<uint8_t> png;
-  std::string hash;
-  double timestamp = 0;  // seconds since 1 January 2001 00:00:00 UTC
-  QnRect frame;
-  CaptureDevice device;
+class SCRIVLET_EXPORT RecordFile {
+ public:
+  const QnStrokeListRef& strokes() const;
+  const std::vector<uint8_t>& png() const;
+  const std::string& hash() const;
+  double timestamp() const;  // seconds since 1 January 2001 00:00:00 UTC
+  const QnRect& frame() const;
+  const CaptureDevice& device() const;
+  void setStrokes(QnStrokeListRef strokes);
+  void setPng(std::vector<uint8_t> png);
+  void setHash(std::string hash);
+  void setTimestamp(double timestamp);
+  void setFrame(QnRect frame);
+  void setDevice(CaptureDevice device);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // The document (version 1):
@@ -37,6 +60,8 @@ struct RecordFile {
 //    "device": {"model": "...", "screenScale": 2, "pixelsPerInch": 264},
 //    "strokes": <the strokes document of strokesToJson>}
 // The record's strokes, PNG, hash, time and frame, and this machine's device.
+SCRIVLET_EXPORT RecordFile recordFileOf(const QnSignature& record);
+// That as a document.
 SCRIVLET_EXPORT std::string recordToJson(const QnSignature& record);
 SCRIVLET_EXPORT std::string recordFileToJson(const RecordFile& file);
 // Such a document read back, or why not: TooLarge (over 128 MiB, refused before it is read), NotJson,

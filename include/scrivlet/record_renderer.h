@@ -12,15 +12,29 @@
 
 namespace scrivlet {
 
-struct RecordRenderSettings {
-  float exportScale = 1;                  // output units per point
-  std::optional<QnColor> strokeColor;     // the ink; the library's default when not given
-  bool showDate = false;                  // the date line, of `timestamp`
-  bool dateIncludesTime = false;
-  bool showHash = false;                  // the hash badge, with `hash`
-  std::optional<std::string> hash;        // the record's hash text; a new one when not given
-  std::optional<double> timestamp;        // seconds since 1 January 2001 UTC; now when not given
-  std::optional<QnColor> background;      // painted under the PNG's ink; transparent when not given
+// How a record is drawn. Every setting has the library's default until set.
+class SCRIVLET_EXPORT RecordRenderSettings {
+ public:
+  float exportScale() const;                    // output units per point; 1
+  const std::optional<QnColor>& strokeColor() const;  // the ink; the library's default when not given
+  bool showDate() const;                        // the date line, of `timestamp`
+  bool dateIncludesTime() const;
+  bool showHash() const;                        // the hash badge, with `hash`
+  const std::optional<std::string>& hash() const;  // the record's hash text; a new one when not given
+  const std::optional<double>& timestamp() const;  // seconds since 1 January 2001 UTC; now when not given
+  const std::optional<QnColor>& background() const;  // painted under the PNG's ink; transparent when not given
+  void setExportScale(float exportScale);
+  void setStrokeColor(std::optional<QnColor> strokeColor);
+  void setShowDate(bool showDate);
+  void setDateIncludesTime(bool dateIncludesTime);
+  void setShowHash(bool showHash);
+  void setHash(std::optional<std::string> hash);
+  void setTimestamp(std::optional<double> timestamp);
+  void setBackground(std::optional<QnColor> background);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // The record of the strokes, drawn as a signing session draws its records. Re-entrant: it touches no

@@ -5,15 +5,24 @@
 #include <scrivlet/export.h>
 #include <scrivlet/engine/signature_point.h>
 
+#include <memory>
 #include <string_view>
 
 namespace scrivlet {
 
 // The pen the samples are drawn again with: live capture's unless the signing pad had another.
-struct TimeSeriesPen {
-  float strokeWidthMax = 4;        // the facade's strokeWidth, the pad's penWidth
-  float velocityReduction = 0.85f;
-  bool calligraphic = false;
+class SCRIVLET_EXPORT TimeSeriesPen {
+ public:
+  float strokeWidthMax() const;  // the facade's strokeWidth, the pad's penWidth; 4
+  float velocityReduction() const;  // 0.85
+  bool calligraphic() const;        // false
+  void setStrokeWidthMax(float strokeWidthMax);
+  void setVelocityReduction(float velocityReduction);
+  void setCalligraphic(bool calligraphic);
+
+ private:
+  struct Data;
+  std::shared_ptr<Data> d_;
 };
 
 // The samples of the document's sample point list, to the precision its channels keep: positions to

@@ -43,14 +43,14 @@ std::string purposeProblem(X509* certificate) {
 }
 
 std::optional<LoadedSigner> loadSigner(const EvidenceSigner& signer, Error* error) {
-  LoadedSigner loaded{certificateOf(signer.certificate), privateKeyOf(signer.key), nullptr};
+  LoadedSigner loaded{certificateOf(signer.certificate()), privateKeyOf(signer.key()), nullptr};
   if (!loaded.certificate) return fail(error, ErrorCode::BadKey, "the signer's certificate does not read");
   if (!loaded.key)
     return fail(error, ErrorCode::BadKey,
                 "the signer's private key does not read (a key protected by a pass phrase is refused)");
   if (!X509_check_private_key(loaded.certificate.get(), loaded.key.get()))
     return fail(error, ErrorCode::BadKey, "the signer's key is not the certificate's");
-  std::optional<CertificatesPtr> chain = certificatesOf(signer.chain);
+  std::optional<CertificatesPtr> chain = certificatesOf(signer.chain());
   if (!chain) return fail(error, ErrorCode::BadKey, "a certificate of the signer's chain does not read");
   loaded.chain = std::move(*chain);
   X509* certificate = loaded.certificate.get();

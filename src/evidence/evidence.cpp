@@ -24,7 +24,7 @@ std::string_view bytesOf(const std::vector<uint8_t>& bytes) {
 }
 
 EvidenceCheck check(Kind kind, bool passed, std::string detail, Verdict failure = Verdict::Tampered) {
-  return {kind, evidenceCheckName(kind), passed, std::move(detail), failure};
+  return {kind, passed, std::move(detail), failure};
 }
 
 }  // namespace
@@ -63,12 +63,14 @@ const char* evidenceCheckName(EvidenceCheckKind kind) {
 std::pair<EvidenceVerdict, std::string> worstOf(const std::vector<EvidenceCheck>& checks) {
   std::pair<EvidenceVerdict, std::string> worst{checks.empty() ? Verdict::Unreadable : Verdict::Valid, ""};
   for (const EvidenceCheck& c : checks)
-    if (!c.passed && c.failure > worst.first) worst = {c.failure, c.name + ": " + c.detail};
+    if (!c.passed() && c.failure() > worst.first) worst = {c.failure(), c.name() + ": " + c.detail()};
   return worst;
 }
 
 void concludeVerification(EvidenceVerification& report) {
-  std::tie(report.verdict, report.reason) = worstOf(report.checks);
+  auto [verdict, reason] = worstOf(report.checks());
+  report.setVerdict(verdict);
+  report.setReason(std::move(reason));
 }
 
 std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::string_view trusted,
@@ -80,14 +82,14 @@ std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::st
     error = "the file is larger than any sealed file";
   else
     file = evidenceFileFromJson(sealed, &error);
-  report.checks.push_back(
+  report.addCheck(
       check(Kind::Container, bool(file), file ? "a sealed evidence file, version 2" : error, Verdict::Unreadable));
   std::optional<ReadEvidence> read;
   if (file) {
     bool untouched = sameDigest(sha256Hex(file->manifest), file->manifestSha256);
     std::optional<EvidenceManifest> manifest;
     if (untouched) manifest = manifestFromJson(file->manifest, &error);
-    report.checks.push_back(check(Kind::Manifest, bool(manifest),
+    report.addCheck(check(Kind::Manifest, bool(manifest),
                                   !untouched ? "the manifest does not match its SHA-256: it was changed"
                                   : manifest ? "the manifest matches its SHA-256"
                                              : error));
@@ -98,32 +100,32 @@ std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::st
     return std::nullopt;
   }
   const EvidenceManifest& manifest = read->manifest;
-  report.hash = manifest.hash;
-  report.timestamp = manifest.timestamp;
-  report.device = manifest.device;
+  report.setHash(manifest.hash);
+  report.setTimestamp(manifest.timestamp);
+  report.setDevice(manifest.device);
   if (read->file.manifestSignature) {
-    report.signedManifest = true;
+    report.setSignedManifest(true);
     cms::SignatureCheck signature = cms::verifyDetached(*read->file.manifestSignature, read->file.manifest, trusted);
-    report.signer = signature.signer;
+    report.setSigner(signature.signer);
     bool intact = !signature.signer.empty();  // the signature was checked up to its signer
-    report.checks.push_back(check(Kind::ManifestSignature, intact,
+    report.addCheck(check(Kind::ManifestSignature, intact,
                                   intact ? "matches the manifest, signed by " + signature.signer : signature.reason,
                                   intact ? Verdict::Tampered : signature.verdict));
     if (intact)
-      report.checks.push_back(check(Kind::Signer, signature.verdict == Verdict::Valid,
+      report.addCheck(check(Kind::Signer, signature.verdict == Verdict::Valid,
                                     signature.verdict == Verdict::Valid
                                         ? signature.signer + " chains to a trusted certificate"
                                         : signature.reason,
                                     Verdict::Untrusted));
   } else if (signatureRequired) {
-    report.checks.push_back(
+    report.addCheck(
         check(Kind::ManifestSignature, false, "the manifest is hashed, not signed", Verdict::Unsigned));
   }
-  if (document) report.checks.push_back(document(manifest));
+  if (document) report.addCheck(document(manifest));
   bool imageMatches = sameDigest(sha256Hex(read->file.image), manifest.imageSha256);
-  report.checks.push_back(check(Kind::Image, imageMatches, imageMatches ? "untouched" : "changed since sealing"));
+  report.addCheck(check(Kind::Image, imageMatches, imageMatches ? "untouched" : "changed since sealing"));
   bool bioMatches = sameDigest(sha256Hex(read->file.biometricData), manifest.biometricSha256);
-  report.checks.push_back(check(Kind::BiometricData, bioMatches, bioMatches ? "untouched" : "changed since sealing"));
+  report.addCheck(check(Kind::BiometricData, bioMatches, bioMatches ? "untouched" : "changed since sealing"));
   concludeVerification(report);
   return read;
 }
@@ -131,43 +133,43 @@ std::optional<ReadEvidence> checkSealedEvidence(std::string_view sealed, std::st
 std::array<uint8_t, 32> documentSha256Of(std::string_view document) { return sha256Digest(document); }
 
 Result<std::string> sealEvidence(const EvidenceSealRequest& request) {
-  const RecordFile& record = request.record;
-  if (!record.strokes || record.strokes->empty())
+  const RecordFile& record = request.record();
+  if (!record.strokes() || record.strokes()->empty())
     return Error{Code::InvalidArgument, "the record has no strokes"};
-  if (request.documentSize == 0)
+  if (request.documentSize() == 0)
     return Error{Code::InvalidArgument, "the document is empty: there is nothing to bind"};
   std::string reason;
-  if (!decodeSignaturePng(bytesOf(record.png), &reason))
+  if (!decodeSignaturePng(bytesOf(record.png()), &reason))
     return Error{Code::InvalidArgument, "the record's image: " + reason};
-  bool signs = !request.manifestSigner.certificate.empty() || !request.manifestSigner.key.empty();
+  bool signs = !request.manifestSigner().certificate().empty() || !request.manifestSigner().key().empty();
 
-  BiometricDocument biometric{hexString(request.documentSha256), request.documentSize, sha256Hex(bytesOf(record.png)),
+  BiometricDocument biometric{hexString(request.documentSha256()), request.documentSize(), sha256Hex(bytesOf(record.png())),
                               record};
   // The biometric data exists in plain text only in memory, on its way into the envelope.
   std::string plaintext = biometricDocumentToJson(biometric);
   Error error;
-  std::optional<std::string> enveloped = cms::envelope(plaintext, request.examinerCertificate, &error);
+  std::optional<std::string> enveloped = cms::envelope(plaintext, request.examinerCertificate(), &error);
   OPENSSL_cleanse(plaintext.data(), plaintext.size());
   if (!enveloped) return error;
 
   EvidenceFile file;
-  file.image.assign(bytesOf(record.png));
+  file.image.assign(bytesOf(record.png()));
   file.biometricData = std::move(*enveloped);
   EvidenceManifest manifest;
   manifest.documentSha256 = biometric.documentSha256;
-  manifest.documentSize = request.documentSize;
-  manifest.documentName = request.documentName;
+  manifest.documentSize = request.documentSize();
+  manifest.documentName = request.documentName();
   manifest.imageSha256 = biometric.imageSha256;
   manifest.biometricSha256 = sha256Hex(file.biometricData);
-  manifest.hash = record.hash;
-  manifest.timestamp = record.timestamp;
-  manifest.device = record.device;
+  manifest.hash = record.hash();
+  manifest.timestamp = record.timestamp();
+  manifest.device = record.device();
   manifest.libraryVersion = SCRIVLET_VERSION_TEXT;
   manifest.sealedAt = utcDateString(QnClock::now(), "yyyy-MM-dd'T'HH:mm:ss'Z'");
   file.manifest = manifestToJson(manifest);
   file.manifestSha256 = sha256Hex(file.manifest);
   if (signs) {
-    file.manifestSignature = cms::signDetached(file.manifest, request.manifestSigner, false, "", &error);
+    file.manifestSignature = cms::signDetached(file.manifest, request.manifestSigner(), false, "", &error);
     if (!file.manifestSignature) return error;
   }
   std::string sealed = evidenceFileToJson(file);
@@ -180,17 +182,12 @@ Result<std::string> sealSignatureForDocument(const QnSignature& record, std::str
                                              std::string_view documentName, std::string_view examinerCertificate,
                                              const EvidenceSigner& manifestSigner) {
   EvidenceSealRequest request;
-  request.record.strokes = record.rawPoints();
-  if (record.imageData()) request.record.png = *record.imageData();
-  request.record.hash = record.hashString().value_or("");
-  request.record.timestamp = record.timestamp();
-  request.record.frame = record.frame();
-  request.record.device = currentCaptureDevice();
-  request.documentSha256 = documentSha256Of(document);
-  request.documentSize = document.size();
-  request.documentName = documentName;
-  request.examinerCertificate = examinerCertificate;
-  request.manifestSigner = manifestSigner;
+  request.setRecord(recordFileOf(record));
+  request.setDocumentSha256(documentSha256Of(document));
+  request.setDocumentSize(document.size());
+  request.setDocumentName(std::string(documentName));
+  request.setExaminerCertificate(std::string(examinerCertificate));
+  request.setManifestSigner(manifestSigner);
   return sealEvidence(request);
 }
 
@@ -211,7 +208,7 @@ static DocumentCheck exactDocument(std::string_view document) {
 EvidenceVerification verifyEvidence(std::string_view sealed, std::string_view document,
                                     const EvidenceVerifyOptions& options) {
   EvidenceVerification report;
-  checkSealedEvidence(sealed, options.trustedCertificates, true, exactDocument(document), report);
+  checkSealedEvidence(sealed, options.trustedCertificates(), true, exactDocument(document), report);
   return report;
 }
 
@@ -239,12 +236,12 @@ Result<RecordFile> openCheckedEvidence(const ReadEvidence& evidence, std::string
   if (!sameDigest(biometric->documentSha256, manifest.documentSha256) ||
       biometric->documentSize != manifest.documentSize)
     return Error{Code::Tampered, "the biometric data was sealed for another document"};
-  if (!sameDigest(biometric->imageSha256, manifest.imageSha256) || biometric->record.hash != manifest.hash ||
-      biometric->record.timestamp != manifest.timestamp)
+  if (!sameDigest(biometric->imageSha256, manifest.imageSha256) || biometric->record.hash() != manifest.hash ||
+      biometric->record.timestamp() != manifest.timestamp)
     return Error{Code::Tampered, "the biometric data was sealed with another signing"};
   RecordFile record = std::move(biometric->record);
-  record.png.assign(evidence.file.image.begin(), evidence.file.image.end());
-  record.device = manifest.device;
+  record.setPng({evidence.file.image.begin(), evidence.file.image.end()});
+  record.setDevice(manifest.device);
   return record;
 }
 
@@ -252,26 +249,26 @@ Result<RecordFile> openEvidence(std::string_view sealed, std::string_view examin
                                 const EvidenceVerifyOptions& options, EvidenceVerification* verification,
                                 std::optional<std::string_view> document) {
   EvidenceVerification report;
-  std::optional<ReadEvidence> read = checkSealedEvidence(sealed, options.trustedCertificates, true,
+  std::optional<ReadEvidence> read = checkSealedEvidence(sealed, options.trustedCertificates(), true,
                                                          document ? exactDocument(*document) : nullptr, report);
   if (verification) *verification = report;
   if (!report.valid() || !read)
-    return Error{report.valid() ? Code::Unreadable : errorCodeOfVerdict(report.verdict),
-                 std::string("not opened: the evidence is ") + evidenceVerdictName(report.verdict) + " (" +
-                     report.reason + ")"};
+    return Error{report.valid() ? Code::Unreadable : errorCodeOfVerdict(report.verdict()),
+                 std::string("not opened: the evidence is ") + evidenceVerdictName(report.verdict()) + " (" +
+                     report.reason() + ")"};
   return openCheckedEvidence(*read, examinerKey);
 }
 
 std::string evidenceVerificationToJson(const EvidenceVerification& v) {
   nlohmann::json checks = nlohmann::json::array();
-  for (const EvidenceCheck& c : v.checks)
-    checks.push_back({{"name", c.name}, {"passed", c.passed}, {"detail", c.detail}});
-  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict)},
-                        {"reason", v.reason},
-                        {"signed", v.signedManifest},
-                        {"signer", v.signer},
-                        {"hash", v.hash},
-                        {"timestamp", v.timestamp},
+  for (const EvidenceCheck& c : v.checks())
+    checks.push_back({{"name", c.name()}, {"passed", c.passed()}, {"detail", c.detail()}});
+  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict())},
+                        {"reason", v.reason()},
+                        {"signed", v.signedManifest()},
+                        {"signer", v.signer()},
+                        {"hash", v.hash()},
+                        {"timestamp", v.timestamp()},
                         {"checks", std::move(checks)}};
   return report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
 }

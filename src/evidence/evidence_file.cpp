@@ -74,9 +74,9 @@ std::string manifestToJson(const EvidenceManifest& m) {
                  {{"sha256", m.biometricSha256}, {"mediaType", "application/cms"}, {"content", kBiometricContent}}},
                 {"signature", {{"hash", m.hash}, {"timestamp", std::isfinite(m.timestamp) ? m.timestamp : 0.0}}},
                 {"device",
-                 {{"model", m.device.model},
-                  {"screenScale", std::isfinite(m.device.screenScale) ? m.device.screenScale : 0.0},
-                  {"pixelsPerInch", m.device.pixelsPerInch}}},
+                 {{"model", m.device.model()},
+                  {"screenScale", std::isfinite(m.device.screenScale()) ? m.device.screenScale() : 0.0},
+                  {"pixelsPerInch", m.device.pixelsPerInch()}}},
                 {"library", {{"name", "Scrivlet"}, {"version", m.libraryVersion}}},
                 {"sealedAt", m.sealedAt}};
   return document.dump(2) + "\n";
@@ -155,7 +155,7 @@ std::optional<EvidenceFile> evidenceFileFromJson(std::string_view text, std::str
 
 std::string biometricDocumentToJson(const BiometricDocument& b) {
   RecordFile record = b.record;
-  record.png.clear();  // the image travels beside the envelope, bound by its digest
+  record.setPng({});  // the image travels beside the envelope, bound by its digest
   json document{{"format", kBiometricFormat},
                 {"version", kBiometricVersion},
                 {"document", {{"sha256", b.documentSha256}, {"size", b.documentSize}}},
@@ -179,7 +179,7 @@ std::optional<BiometricDocument> biometricDocumentFromJson(std::string_view text
     return refuse<BiometricDocument>(error, "the biometric document lacks a field or has one of the wrong type");
   BiometricDocument b;
   Result<RecordFile> read = recordFromJson(record.dump());
-  if (!read) return refuse<BiometricDocument>(error, read.error().message.c_str());
+  if (!read) return refuse<BiometricDocument>(error, read.error().message().c_str());
   b.documentSha256 = jsonField(sealedFor, "sha256").get<std::string>();
   b.documentSize = jsonField(sealedFor, "size").get<uint64_t>();
   b.imageSha256 = jsonField(document, "imageSha256").get<std::string>();

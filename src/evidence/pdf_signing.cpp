@@ -39,17 +39,16 @@ Result<ReadEvidence> checkedEvidence(std::string_view pdf, const std::string& se
   EvidenceVerification report;
   auto document = [pdf](const EvidenceManifest& manifest) {
     bool same = pdf.size() == manifest.documentSize && sameDigest(sha256Hex(pdf), manifest.documentSha256);
-    return EvidenceCheck{EvidenceCheckKind::Document, evidenceCheckName(EvidenceCheckKind::Document), same,
-                         same ? "" : "the PDF is not the document the evidence was sealed with",
-                         EvidenceVerdict::Tampered};
+    return EvidenceCheck{EvidenceCheckKind::Document, same,
+                         same ? "" : "the PDF is not the document the evidence was sealed with"};
   };
   std::optional<ReadEvidence> read = checkSealedEvidence(sealed, "", false, document, report);
-  for (const EvidenceCheck& check : report.checks)
-    if (!check.passed && check.kind != EvidenceCheckKind::Signer)
-      return Error{check.kind == EvidenceCheckKind::Document       ? Code::NotThisDocument
-                   : check.failure == EvidenceVerdict::Unreadable ? Code::Unreadable
+  for (const EvidenceCheck& check : report.checks())
+    if (!check.passed() && check.kind() != EvidenceCheckKind::Signer)
+      return Error{check.kind() == EvidenceCheckKind::Document       ? Code::NotThisDocument
+                   : check.failure() == EvidenceVerdict::Unreadable ? Code::Unreadable
                                                                   : Code::Tampered,
-                   "the sealed evidence: " + check.name + ": " + check.detail};
+                   "the sealed evidence: " + check.name() + ": " + check.detail()};
   if (!read) return Error{Code::Unreadable, "the sealed evidence does not read"};
   return std::move(*read);
 }
@@ -138,7 +137,7 @@ std::optional<Error> fillSignature(std::string& file, size_t dictionaryOffset, c
   std::string signedBytes = file.substr(0, gapStart) + file.substr(gapEnd);
   Error error;
   std::optional<std::string> signature =
-      cms::signDetached(signedBytes, request.signer, true, request.timeStampUrl, &error);
+      cms::signDetached(signedBytes, request.signer(), true, request.timeStampUrl(), &error);
   if (!signature) return error;
   if (signature->size() > kReservedSignatureBytes)
     return Error{Code::Failed, "the signature is larger than the room kept for it"};
@@ -149,30 +148,30 @@ std::optional<Error> fillSignature(std::string& file, size_t dictionaryOffset, c
 
 // Everything but qpdf's own exceptions, for objects it cannot read, comes back as an error.
 Result<std::vector<uint8_t>> sign(std::string_view original, const PdfSignatureRequest& request) {
-  bool finite = std::isfinite(request.x) && std::isfinite(request.y) && std::isfinite(request.width) &&
-                std::isfinite(request.height);
-  if (!finite || !(request.width > 0) || !(request.height > 0))
+  bool finite = std::isfinite(request.x()) && std::isfinite(request.y()) && std::isfinite(request.width()) &&
+                std::isfinite(request.height());
+  if (!finite || !(request.width() > 0) || !(request.height() > 0))
     return Error{Code::InvalidArgument, "the rectangle is not finite and positive"};
-  if (std::max({std::fabs(request.x), std::fabs(request.y), request.width, request.height}) > kMaxCoordinate)
+  if (std::max({std::fabs(request.x()), std::fabs(request.y()), request.width(), request.height()}) > kMaxCoordinate)
     return Error{Code::InvalidArgument, "the rectangle lies too far out"};
-  Result<ReadEvidence> evidence = checkedEvidence(original, request.sealedEvidence);
+  Result<ReadEvidence> evidence = checkedEvidence(original, request.sealedEvidence());
   if (!evidence) return evidence.error();
   std::string reason;
   std::optional<SignatureImage> image = decodeSignaturePng(evidence->file.image, &reason);
   if (!image) return Error{Code::Unreadable, "the sealed image: " + reason};
   Error signerError;
-  if (!ssl::loadSigner(request.signer, &signerError)) return signerError;
+  if (!ssl::loadSigner(request.signer(), &signerError)) return signerError;
   Result<long long> previousOffset = pdf::lastCrossReferenceOffset(original);
   if (!previousOffset) return previousOffset.error();
 
   QPDF qpdf;
   if (std::optional<Error> refused = pdf::open(qpdf, original)) return *refused;
   std::vector<QPDFPageObjectHelper> pages = QPDFPageDocumentHelper(qpdf).getAllPages();
-  if (request.page < 1 || size_t(request.page) > pages.size())
+  if (request.page() < 1 || size_t(request.page()) > pages.size())
     return Error{Code::InvalidArgument,
-                 "the PDF has no page " + std::to_string(request.page) + " (it has " +
+                 "the PDF has no page " + std::to_string(request.page()) + " (it has " +
                      std::to_string(pages.size()) + ")"};
-  QPDFObjectHandle page = pages[size_t(request.page - 1)].getObjectHandle();
+  QPDFObjectHandle page = pages[size_t(request.page() - 1)].getObjectHandle();
   QPDFObjectHandle trailer = qpdf.getTrailer(), catalog = trailer.getKey("/Root");
   std::map<QPDFObjGen, QPDFXRefEntry> crossReferences = qpdf.getXRefTable();
   if (std::optional<Error> refused = pdf::requireStoredObject(page, crossReferences, "page")) return *refused;
@@ -184,7 +183,7 @@ Result<std::vector<uint8_t>> sign(std::string_view original, const PdfSignatureR
 
   std::set<std::string> fieldNames;
   collectFieldNames(form.isDictionary() ? form.getKey("/Fields") : QPDFObjectHandle::newNull(), fieldNames);
-  std::string field = request.fieldName;
+  std::string field = request.fieldName();
   for (int n = 1; field.empty(); ++n)
     if (!fieldNames.count("Signature" + std::to_string(n))) field = "Signature" + std::to_string(n);
   if (fieldNames.count(field)) return Error{Code::InvalidArgument, "the PDF already has a field named " + field};
@@ -196,17 +195,17 @@ Result<std::vector<uint8_t>> sign(std::string_view original, const PdfSignatureR
 
   pdf::IncrementalUpdate update(original, int(size));
   std::vector<std::string> lines;
-  if (!request.signerName.empty()) lines.push_back(request.signerName);
-  if (request.showDate) lines.push_back("Signed " + utcNow("%Y-%m-%d %H:%M UTC"));
-  if (request.showHash) lines.push_back("Hash " + evidence->manifest.hash);
-  Result<int> appearance = writeAppearance(update, *image, request.width, request.height, lines);
+  if (!request.signerName().empty()) lines.push_back(request.signerName());
+  if (request.showDate()) lines.push_back("Signed " + utcNow("%Y-%m-%d %H:%M UTC"));
+  if (request.showHash()) lines.push_back("Hash " + evidence->manifest.hash);
+  Result<int> appearance = writeAppearance(update, *image, request.width(), request.height(), lines);
   if (!appearance) return appearance.error();
-  Result<std::string> packedEvidence = pdf::deflate(request.sealedEvidence);
+  Result<std::string> packedEvidence = pdf::deflate(request.sealedEvidence());
   if (!packedEvidence) return packedEvidence.error();
 
   std::string fileName = evidenceAttachmentName(field);
   int file = update.writeStream("/Type /EmbeddedFile /Subtype /application#2Fjson /Params << /Size " +
-                                    std::to_string(request.sealedEvidence.size()) + " >> /Filter /FlateDecode",
+                                    std::to_string(request.sealedEvidence().size()) + " >> /Filter /FlateDecode",
                                 *packedEvidence);
   int filespec = update.writeNewObject("<< /Type /Filespec /F " + text(fileName) + " /UF " +
                                        QPDFObjectHandle::newUnicodeString(fileName).unparse() + " /EF << /F " +
@@ -214,13 +213,13 @@ Result<std::vector<uint8_t>> sign(std::string_view original, const PdfSignatureR
                                        " >> /AFRelationship /Supplement /Desc (Sealed biometric evidence) >>");
   std::string signatureEntries =
       "/Type /Sig /Filter /Adobe.PPKLite /SubFilter /ETSI.CAdES.detached /M " + text(utcNow("D:%Y%m%d%H%M%SZ"));
-  if (!request.signerName.empty()) signatureEntries += " /Name " + text(request.signerName);
+  if (!request.signerName().empty()) signatureEntries += " /Name " + text(request.signerName());
   int signature = update.writeNewObject("<< " + signatureEntries + " /ByteRange [" + std::string(40, ' ') +
                                         "] /Contents <" + std::string(2 * kReservedSignatureBytes, '0') + "> >>");
   int widget = update.writeNewObject(
       "<< /Type /Annot /Subtype /Widget /FT /Sig /T " + QPDFObjectHandle::newUnicodeString(field).unparse() + " /V " +
-      pdf::reference(signature) + " /F 132 /Rect [" + pdf::number(request.x) + " " + pdf::number(request.y) + " " +
-      pdf::number(request.x + request.width) + " " + pdf::number(request.y + request.height) + "] /P " +
+      pdf::reference(signature) + " /F 132 /Rect [" + pdf::number(request.x()) + " " + pdf::number(request.y()) + " " +
+      pdf::number(request.x() + request.width()) + " " + pdf::number(request.y() + request.height()) + "] /P " +
       page.unparse() + " /AP << /N " + pdf::reference(*appearance) + " >> /AF [" + pdf::reference(filespec) + "] >>");
 
   QPDFObjectHandle annotations = page.getKey("/Annots");

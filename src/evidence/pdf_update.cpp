@@ -143,10 +143,10 @@ std::optional<Error> open(QPDF& qpdf, std::string_view pdf, const char* descript
 }
 
 Error unreadablePdf(const std::exception& exception) {
-  Error error{ErrorCode::Unreadable, std::string("the PDF cannot be read: ") + exception.what()};
-  for (char& c : error.message)
+  std::string message = std::string("the PDF cannot be read: ") + exception.what();
+  for (char& c : message)
     if (c == '\n' || c == '\r') c = ' ';
-  return error;
+  return Error{ErrorCode::Unreadable, message};
 }
 
 }  // namespace scrivlet::pdf

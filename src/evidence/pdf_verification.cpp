@@ -57,10 +57,10 @@ time_t pdfDate(const std::string& text) {
 }
 
 EvidenceCheck passed(Kind kind, std::string detail) {
-  return {kind, evidenceCheckName(kind), true, std::move(detail), Verdict::Valid};
+  return {kind, true, std::move(detail), Verdict::Valid};
 }
 EvidenceCheck failed(Kind kind, Verdict verdict, std::string detail) {
-  return {kind, evidenceCheckName(kind), false, std::move(detail), verdict};
+  return {kind, false, std::move(detail), verdict};
 }
 
 struct SignedRange {
@@ -100,55 +100,57 @@ Result<PdfSignatureVerification> verifySignature(std::string_view pdf, const Sig
                                                  const EvidenceVerifyOptions& options,
                                                  std::optional<ReadEvidence>* evidence) {
   PdfSignatureVerification s;
-  s.field = field.name;
+  s.setField(field.name);
   auto conclude = [&] {
-    std::tie(s.verdict, s.reason) = worstOf(s.checks);
+    auto [verdict, reason] = worstOf(s.checks());
+    s.setVerdict(verdict);
+    s.setReason(std::move(reason));
     return s;
   };
   std::string problem;
   std::optional<SignedRange> range = signedRangeOf(pdf, field.value, &problem);
   auto revision = range ? std::find(ends.begin(), ends.end(), range->end) : ends.end();
   if (!range || revision == ends.end()) {
-    s.checks.push_back(
+    s.addCheck(
         failed(Kind::ByteRange, Verdict::Tampered, range ? "the signed bytes do not end a revision" : problem));
     return conclude();
   }
   size_t index = size_t(revision - ends.begin());
-  s.checks.push_back(passed(Kind::ByteRange, "bytes 0 to " + std::to_string(range->end) + " but the signature's own"));
+  s.addCheck(passed(Kind::ByteRange, "bytes 0 to " + std::to_string(range->end) + " but the signature's own"));
 
   std::string subFilter = field.value.getKey("/SubFilter").unparse();
   if (subFilter != "/ETSI.CAdES.detached" && subFilter != "/adbe.pkcs7.detached") {
-    s.checks.push_back(
+    s.addCheck(
         failed(Kind::Signature, Verdict::Unreadable, "a signature of kind " + subFilter + " is not read"));
     return conclude();
   }
   std::string signedBytes =
       std::string(pdf.substr(0, range->gapStart)) + std::string(pdf.substr(range->gapEnd, range->end - range->gapEnd));
   QPDFObjectHandle claimed = field.value.getKey("/M");  // within the signed bytes
-  cms::SignatureCheck cms = cms::verifyDetached(range->der, signedBytes, options.trustedCertificates,
+  cms::SignatureCheck cms = cms::verifyDetached(range->der, signedBytes, options.trustedCertificates(),
                                                 claimed.isString() ? pdfDate(claimed.getStringValue()) : 0);
-  s.signer = cms.signer;
-  s.timeStamped = cms.timeStamped;
-  s.signingTime = cms.signer.empty() ? "" : ssl::isoTime(cms.signingTime);
+  s.setSigner(cms.signer);
+  s.setTimeStamped(cms.timeStamped);
+  s.setSigningTime(cms.signer.empty() ? "" : ssl::isoTime(cms.signingTime));
   if (cms.signer.empty()) {
-    s.checks.push_back(failed(Kind::Signature, cms.verdict, cms.reason));
+    s.addCheck(failed(Kind::Signature, cms.verdict, cms.reason));
     return conclude();
   }
   if (subFilter == "/ETSI.CAdES.detached" && !cms.signingCertificateV2)
-    s.checks.push_back(failed(Kind::Signature, Verdict::Untrusted, "a CAdES signature without signing-certificate-v2"));
+    s.addCheck(failed(Kind::Signature, Verdict::Untrusted, "a CAdES signature without signing-certificate-v2"));
   else
-    s.checks.push_back(passed(Kind::Signature, "matches the signed bytes, signed by " + cms.signer));
-  s.checks.push_back(cms.verdict == Verdict::Valid
+    s.addCheck(passed(Kind::Signature, "matches the signed bytes, signed by " + cms.signer));
+  s.addCheck(cms.verdict == Verdict::Valid
                          ? passed(Kind::Signer, cms.signer + " chains to a trusted certificate")
                          : failed(Kind::Signer, Verdict::Untrusted, cms.reason));
   if (cms.timeStamped)
-    s.checks.push_back(cms.timeStampDetail.rfind("time-stamped", 0) == 0
+    s.addCheck(cms.timeStampDetail.rfind("time-stamped", 0) == 0
                            ? passed(Kind::TimeStamp, cms.timeStampDetail)
                            : failed(Kind::TimeStamp, Verdict::Untrusted, cms.timeStampDetail));
 
-  s.coversWholeDocument = range->end == pdf.size();
-  s.laterRevisions = ends.size() - 1 - index;
-  s.checks.push_back(passed(Kind::Coverage, s.coversWholeDocument
+  s.setCoversWholeDocument(range->end == pdf.size());
+  s.setLaterRevisions(ends.size() - 1 - index);
+  s.addCheck(passed(Kind::Coverage, s.coversWholeDocument()
                                             ? "covers the whole document"
                                             : "covers the document up to byte " + std::to_string(range->end) + " of " +
                                                   std::to_string(pdf.size())));
@@ -163,12 +165,12 @@ Result<PdfSignatureVerification> verifySignature(std::string_view pdf, const Sig
                        (signers == signaturesEnding.end() ? "" : " (signature " + signers->second.front() + ")");
     for (const std::string& change : changes) later.push_back(what + ": " + change);
   }
-  if (s.laterRevisions > 0 || !later.empty()) {
+  if (s.laterRevisions() > 0 || !later.empty()) {
     std::string detail = later.empty()
-                             ? std::to_string(s.laterRevisions) + " later revision(s), each a signature"
+                             ? std::to_string(s.laterRevisions()) + " later revision(s), each a signature"
                              : "modified after signing: " + later.front() +
                                    (later.size() > 1 ? " (and " + std::to_string(later.size() - 1) + " more)" : "");
-    s.checks.push_back(later.empty() || options.allowLaterChanges
+    s.addCheck(later.empty() || options.allowLaterChanges()
                            ? passed(Kind::LaterRevisions, detail + (later.empty() ? "" : " (allowed)"))
                            : failed(Kind::LaterRevisions, Verdict::ModifiedAfterSigning, detail));
   }
@@ -181,7 +183,7 @@ Result<PdfSignatureVerification> verifySignature(std::string_view pdf, const Sig
   std::optional<std::string> sealed =
       pdf::boundedEmbeddedFile(signedRevision, evidenceAttachmentName(field.name), kLargestSealedFile, &reason);
   if (!sealed) {
-    s.checks.push_back(reason.find("holds no") != std::string::npos
+    s.addCheck(reason.find("holds no") != std::string::npos
                            ? passed(Kind::Evidence, "none: " + reason)
                            : failed(Kind::Evidence, Verdict::Tampered, reason));
     return conclude();
@@ -194,10 +196,10 @@ Result<PdfSignatureVerification> verifySignature(std::string_view pdf, const Sig
                 : failed(Kind::Document, Verdict::Tampered, "the evidence was sealed with another document");
   };
   EvidenceVerification report;
-  *evidence = checkSealedEvidence(*sealed, options.trustedCertificates, false, document, report);
-  s.checks.push_back(report.valid() ? passed(Kind::Evidence, "sealed for this PDF, intact")
-                                    : failed(Kind::Evidence, report.verdict, report.reason));
-  s.evidence = std::move(report);
+  *evidence = checkSealedEvidence(*sealed, options.trustedCertificates(), false, document, report);
+  s.addCheck(report.valid() ? passed(Kind::Evidence, "sealed for this PDF, intact")
+                                    : failed(Kind::Evidence, report.verdict(), report.reason()));
+  s.setEvidence(std::move(report));
   return conclude();
 }
 
@@ -208,13 +210,13 @@ std::optional<Error> verifyInto(std::string_view pdf, const EvidenceVerifyOption
   Result<std::vector<size_t>> revisions = pdf::revisionEnds(pdf);
   if (!revisions) return revisions.error();
   const std::vector<size_t>& ends = *revisions;
-  result.revisions = ends.size();
+  result.setRevisions(ends.size());
   std::vector<SignatureField> fields;
   std::set<QPDFObjGen> seen;
   QPDFObjectHandle form = qpdf.getRoot().getKey("/AcroForm");
   if (form.isDictionary()) collectSignatures(form.getKey("/Fields"), "", QPDFObjectHandle::newNull(), fields, seen);
   if (fields.empty()) {
-    result.verdict = Verdict::Unsigned, result.reason = "the PDF has no signature";
+    result.setVerdict(Verdict::Unsigned), result.setReason("the PDF has no signature");
     return std::nullopt;
   }
   std::map<size_t, std::vector<std::string>> signaturesEnding;
@@ -223,20 +225,22 @@ std::optional<Error> verifyInto(std::string_view pdf, const EvidenceVerifyOption
     if (std::optional<SignedRange> range = signedRangeOf(pdf, field.value, &ignored))
       signaturesEnding[range->end].push_back(field.name);
   }
+  std::vector<PdfSignatureVerification> signatures;
   for (const SignatureField& field : fields) {
     std::optional<ReadEvidence> evidence;
     Result<PdfSignatureVerification> verified = verifySignature(pdf, field, ends, signaturesEnding, options, &evidence);
     if (!verified) return verified.error();
-    result.signatures.push_back(std::move(*verified));
+    signatures.push_back(std::move(*verified));
     if (evidence && evidences) evidences->emplace(field.name, std::move(*evidence));
   }
-  std::stable_sort(result.signatures.begin(), result.signatures.end(),
+  std::stable_sort(signatures.begin(), signatures.end(),
                    [](const PdfSignatureVerification& a, const PdfSignatureVerification& b) {
-                     return a.laterRevisions > b.laterRevisions;
+                     return a.laterRevisions() > b.laterRevisions();
                    });
-  result.verdict = Verdict::Valid;
-  for (const PdfSignatureVerification& s : result.signatures)
-    if (s.verdict > result.verdict) result.verdict = s.verdict, result.reason = s.field + ": " + s.reason;
+  result.setSignatures(std::move(signatures));
+  result.setVerdict(Verdict::Valid);
+  for (const PdfSignatureVerification& s : result.signatures())
+    if (s.verdict() > result.verdict()) result.setVerdict(s.verdict()), result.setReason(s.field() + ": " + s.reason());
   return std::nullopt;
 }
 
@@ -250,15 +254,15 @@ PdfVerification verifyGuarded(std::string_view pdf, const EvidenceVerifyOptions&
     refused = pdf::unreadablePdf(exception);
   }
   if (!refused) return result;
-  result.verdict = Verdict::Unreadable;
-  result.reason = refused->message;
-  result.signatures.clear();
+  result.setVerdict(Verdict::Unreadable);
+  result.setReason(refused->message());
+  result.setSignatures({});
   return result;
 }
 
 nlohmann::json checksToJson(const std::vector<EvidenceCheck>& checks) {
   nlohmann::json list = nlohmann::json::array();
-  for (const EvidenceCheck& c : checks) list.push_back({{"name", c.name}, {"passed", c.passed}, {"detail", c.detail}});
+  for (const EvidenceCheck& c : checks) list.push_back({{"name", c.name()}, {"passed", c.passed()}, {"detail", c.detail()}});
   return list;
 }
 
@@ -274,11 +278,11 @@ Result<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldN
   PdfVerification result = verifyGuarded(pdf, options, &evidences);
   if (verification) *verification = result;
   if (!result.valid())
-    return Error{errorCodeOfVerdict(result.verdict),
-                 std::string("not opened: the PDF is ") + evidenceVerdictName(result.verdict) + " (" +
-                     result.reason + ")"};
+    return Error{errorCodeOfVerdict(result.verdict()),
+                 std::string("not opened: the PDF is ") + evidenceVerdictName(result.verdict()) + " (" +
+                     result.reason() + ")"};
   std::string field(fieldName);
-  if (field.empty() && result.signatures.size() == 1) field = result.signatures.front().field;
+  if (field.empty() && result.signatures().size() == 1) field = result.signatures().front().field();
   if (field.empty()) return Error{Code::InvalidArgument, "the PDF has several signatures: name one"};
   auto found = evidences.find(field);
   if (found == evidences.end()) return Error{Code::InvalidArgument, "the signature " + field + " carries no evidence"};
@@ -287,22 +291,22 @@ Result<RecordFile> openPdfEvidence(std::string_view pdf, std::string_view fieldN
 
 std::string pdfVerificationToJson(const PdfVerification& v) {
   nlohmann::json signatures = nlohmann::json::array();
-  for (const PdfSignatureVerification& s : v.signatures) {
-    nlohmann::json signature{{"field", s.field},
-                             {"verdict", evidenceVerdictName(s.verdict)},
-                             {"reason", s.reason},
-                             {"signer", s.signer},
-                             {"signingTime", s.signingTime},
-                             {"timeStamped", s.timeStamped},
-                             {"coversWholeDocument", s.coversWholeDocument},
-                             {"laterRevisions", s.laterRevisions},
-                             {"checks", checksToJson(s.checks)}};
-    if (s.evidence) signature["evidence"] = nlohmann::json::parse(evidenceVerificationToJson(*s.evidence));
+  for (const PdfSignatureVerification& s : v.signatures()) {
+    nlohmann::json signature{{"field", s.field()},
+                             {"verdict", evidenceVerdictName(s.verdict())},
+                             {"reason", s.reason()},
+                             {"signer", s.signer()},
+                             {"signingTime", s.signingTime()},
+                             {"timeStamped", s.timeStamped()},
+                             {"coversWholeDocument", s.coversWholeDocument()},
+                             {"laterRevisions", s.laterRevisions()},
+                             {"checks", checksToJson(s.checks())}};
+    if (s.evidence()) signature["evidence"] = nlohmann::json::parse(evidenceVerificationToJson(*s.evidence()));
     signatures.push_back(std::move(signature));
   }
-  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict)},
-                        {"reason", v.reason},
-                        {"revisions", v.revisions},
+  nlohmann::json report{{"verdict", evidenceVerdictName(v.verdict())},
+                        {"reason", v.reason()},
+                        {"revisions", v.revisions()},
                         {"signatures", std::move(signatures)}};
   return report.dump(2, ' ', false, nlohmann::json::error_handler_t::replace);
 }

@@ -46,11 +46,13 @@ bool RecordReader::take(const JsonEvent& event) {
     case Place::strokes:
       if (!strokes_.take(event)) {
         Error why = *strokes_.error;
-        return stop(why.code == ErrorCode::TooLarge ? why.code : ErrorCode::Malformed,
-                    "strokes that do not read: " + why.message);
+        return stop(why.code() == ErrorCode::TooLarge ? why.code() : ErrorCode::Malformed,
+                    "strokes that do not read: " + why.message());
       }
       if (strokes_.finished()) {
-        if (!(file.strokes = strokes_.result())) spoilt("strokes that do not read: " + strokes_.error->message);
+        QnStrokeListRef strokes = strokes_.result();
+        if (!strokes) spoilt("strokes that do not read: " + strokes_.error->message());
+        file.setStrokes(std::move(strokes));
         place_ = Place::document;
       }
       return true;
@@ -81,15 +83,15 @@ bool RecordReader::member(const JsonEvent& event) {
   if (bit & seen_) {
     spoilt("a " + key_ + " member twice");
   } else if (bit == kHash && event.kind == Kind::string) {
-    file.hash = std::move(*event.text), read = true;
+    file.setHash(std::move(*event.text)), read = true;
   } else if (bit == kTimestamp && isFiniteNumber(event)) {
-    file.timestamp = event.number, read = true;
+    file.setTimestamp(event.number), read = true;
   } else if (bit == kPng && event.kind == Kind::string) {
     // The text is taken from the parser and let go of before the bytes are copied out: never more
     // than two of the three (text, decoded, copied) are held at once.
     std::optional<std::string> bytes = base64Decode(std::string(std::move(*event.text)));
     if (!bytes) spoilt("an image that is not Base64");
-    else file.png.assign(bytes->begin(), bytes->end());
+    else file.setPng({bytes->begin(), bytes->end()});
     read = true;
   } else if (bit == kFrame && event.kind == Kind::beginArray) {
     place_ = Place::frame, read = true;
@@ -109,12 +111,12 @@ bool RecordReader::member(const JsonEvent& event) {
 bool RecordReader::deviceMember(const JsonEvent& event) {
   using Kind = JsonEvent::Kind;
   if (key_ == "model" && event.kind == Kind::string) {
-    file.device.model = std::move(*event.text), deviceSeen_ |= kModel;
+    device_.setModel(std::move(*event.text)), deviceSeen_ |= kModel;
   } else if (key_ == "screenScale" && isFiniteNumber(event)) {
-    file.device.screenScale = event.number, deviceSeen_ |= kScale;
+    device_.setScreenScale(event.number), deviceSeen_ |= kScale;
   } else if (key_ == "pixelsPerInch" && (event.kind == Kind::integer || event.kind == Kind::unsignedInteger) &&
              event.number >= 0 && event.number <= std::numeric_limits<int>::max()) {  // 0: unknown
-    file.device.pixelsPerInch = static_cast<int>(event.number), deviceSeen_ |= kDensity;
+    device_.setPixelsPerInch(static_cast<int>(event.number)), deviceSeen_ |= kDensity;
   } else {
     if (key_ == "model" || key_ == "screenScale" || key_ == "pixelsPerInch")
       spoilt("a device's " + key_ + " of the wrong type or out of range");
@@ -128,7 +130,8 @@ std::optional<Error> RecordReader::finish() {
   if (!version_) return Error{ErrorCode::UnsupportedVersion, "a version this library does not read"};
   if (spoilt_) return Error{ErrorCode::Malformed, *spoilt_};
   if (seen_ != kAll) return Error{ErrorCode::Malformed, "a hash, time, frame, image, device or strokes missing"};
-  file.frame = makeRect(frame_[0], frame_[1], frame_[2], frame_[3]);
+  file.setFrame(makeRect(frame_[0], frame_[1], frame_[2], frame_[3]));
+  file.setDevice(device_);
   return std::nullopt;
 }
 

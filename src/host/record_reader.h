@@ -40,6 +40,7 @@ class RecordReader : public JsonEventHandler {
   std::optional<std::string> spoilt_;
   // Members seen, by their bit: hash, timestamp, frame, png, device, strokes; and the device's.
   unsigned seen_ = 0, deviceSeen_ = 0;
+  CaptureDevice device_;
   int frameNumbers_ = 0;
   double frame_[4] = {};
   StrokesReader strokes_;

@@ -5,12 +5,33 @@
 
 #include "capture/dpi_calculator.h"
 #include "host/record_preparation.h"
+#include "host/shared_value.h"
 #include "platform/clock.h"
 #include "platform/log.h"
 
 #include <cmath>
 
 namespace scrivlet {
+
+struct RecordRenderSettings::Data {
+  float exportScale = 1;
+  std::optional<QnColor> strokeColor;
+  bool showDate = false;
+  bool dateIncludesTime = false;
+  bool showHash = false;
+  std::optional<std::string> hash;
+  std::optional<double> timestamp;
+  std::optional<QnColor> background;
+};
+
+SCRIVLET_SHARED_SCALAR(RecordRenderSettings, float, exportScale, setExportScale)
+SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<QnColor>, strokeColor, setStrokeColor)
+SCRIVLET_SHARED_SCALAR(RecordRenderSettings, bool, showDate, setShowDate)
+SCRIVLET_SHARED_SCALAR(RecordRenderSettings, bool, dateIncludesTime, setDateIncludesTime)
+SCRIVLET_SHARED_SCALAR(RecordRenderSettings, bool, showHash, setShowHash)
+SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<std::string>, hash, setHash)
+SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<double>, timestamp, setTimestamp)
+SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<QnColor>, background, setBackground)
 
 std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& strokes,
                                                    const RecordRenderSettings& settings) {
@@ -28,18 +49,18 @@ std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& stroke
     return nullptr;
   }
   ExportSettings& s = request.settings.exports;
-  s.exportScale = settings.exportScale;
-  if (settings.strokeColor) s.ink.color = *settings.strokeColor;
-  s.showDate = settings.showDate;
-  s.dateIncludesTime = settings.dateIncludesTime;
-  s.showHash = settings.showHash;
-  s.customHash = settings.hash;
+  s.exportScale = settings.exportScale();
+  if (settings.strokeColor()) s.ink.color = *settings.strokeColor();
+  s.showDate = settings.showDate();
+  s.dateIncludesTime = settings.dateIncludesTime();
+  s.showHash = settings.showHash();
+  s.customHash = settings.hash();
   s.screenScale = QnDevice::screenScale();
   s.metersPerPoint = QnDPICalculator::metersPerPoint();
-  request.settings.background = settings.background;
+  request.settings.background = settings.background();
   // The date line and the record's time are those of the signing when one is given.
   std::optional<double> time;
-  if (settings.timestamp && std::isfinite(*settings.timestamp)) time = *settings.timestamp + kReferenceDateOffset;
+  if (settings.timestamp() && std::isfinite(*settings.timestamp())) time = *settings.timestamp() + kReferenceDateOffset;
   return prepareRecordNow(request, time);
 }
 

@@ -42,7 +42,7 @@ Result<QnStrokeListRef> strokesFromJson(std::string_view text) {
 
 QnStrokeListRef strokesFromJson(std::string_view text, Error* error) {
   Result<QnStrokeListRef> strokes = strokesFromJson(text);
-  if (!strokes && !error) logLine("Scrivlet: no strokes loaded from JSON: " + strokes.error().message);
+  if (!strokes && !error) logLine("Scrivlet: no strokes loaded from JSON: " + strokes.error().message());
   return optionalOf(std::move(strokes), error).value_or(nullptr);
 }
 

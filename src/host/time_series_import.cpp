@@ -2,6 +2,7 @@
 #include <scrivlet/time_series_import.h>
 
 #include "capture/drawing_controller.h"
+#include "host/shared_value.h"
 #include "platform/narrowing.h"
 
 #include <pugixml.hpp>
@@ -13,6 +14,16 @@
 #include <optional>
 
 namespace scrivlet {
+
+struct TimeSeriesPen::Data {
+  float strokeWidthMax = 4;
+  float velocityReduction = 0.85f;
+  bool calligraphic = false;
+};
+
+SCRIVLET_SHARED_SCALAR(TimeSeriesPen, float, strokeWidthMax, setStrokeWidthMax)
+SCRIVLET_SHARED_SCALAR(TimeSeriesPen, float, velocityReduction, setVelocityReduction)
+SCRIVLET_SHARED_SCALAR(TimeSeriesPen, bool, calligraphic, setCalligraphic)
 
 namespace {
 
@@ -149,9 +160,9 @@ Result<QnStrokeListRef> strokesFromTimeSeriesXml(std::string_view xml, const Tim
   // The samples go through the stroke model as the touches did while signing, so that the same pen
   // and velocity rules give each point its velocity, acceleration and diameter again.
   QnDemoDrawingController model(nullptr);
-  model.setStrokeWidthMax(pen.strokeWidthMax);
-  model.setVelocityReduction(pen.velocityReduction);
-  model.setUseCalligraphicBrush(pen.calligraphic);
+  model.setStrokeWidthMax(pen.strokeWidthMax());
+  model.setVelocityReduction(pen.velocityReduction());
+  model.setUseCalligraphicBrush(pen.calligraphic());
   // Without the signing device's scale, this device's (the model's own) stands in.
   if (std::optional<float> metersPerPoint = metersPerPointOf(representation)) {
     model.setMetersPerPoint(*metersPerPoint);

@@ -43,20 +43,20 @@ RecordFile fuzzRecord() {
   RecordFile record;
   auto stroke = std::make_shared<QnStroke>(2);
   (*stroke)[1].location = {5, 5};
-  record.strokes = std::make_shared<QnStrokeList>(QnStrokeList{stroke});
-  record.png.assign(std::begin(kPng), std::end(kPng));
-  record.hash = "F0F0F0F0F0";
+  record.setStrokes(std::make_shared<QnStrokeList>(QnStrokeList{stroke}));
+  record.setPng({std::begin(kPng), std::end(kPng)});
+  record.setHash("F0F0F0F0F0");
   return record;
 }
 
 std::optional<std::string> sealFor(std::string_view document, RecordFile record = fuzzRecord(),
                                    bool signedManifest = true) {
   EvidenceSealRequest request;
-  request.record = std::move(record);
-  request.documentSha256 = documentSha256Of(document);
-  request.documentSize = document.size();
-  request.examinerCertificate = fuzz::kExaminer;
-  if (signedManifest) request.manifestSigner = kSigner;
+  request.setRecord(std::move(record));
+  request.setDocumentSha256(documentSha256Of(document));
+  request.setDocumentSize(document.size());
+  request.setExaminerCertificate(fuzz::kExaminer);
+  if (signedManifest) request.setManifestSigner(kSigner);
   return optionalOf(sealEvidence(request), nullptr);
 }
 
@@ -88,26 +88,27 @@ std::string withLaterRevision(const std::string& pdf) {
 // Verifies the PDF; signs it too when `sign` (the costlier half: sealing, signing, verifying again).
 void checkPdf(const std::string& input, bool sign) {
   PdfVerification report = verifyPdf(input, kTrust);
-  if (report.valid() && report.signatures.back().coversWholeDocument &&
+  if (report.valid() && report.signatures().back().coversWholeDocument() &&
       verifyPdf(withLaterRevision(input), kTrust).valid())
     broken("a signed PDF changed after signing verified");
   if (!sign || input.rfind("%PDF-", 0) != 0) return;
   std::optional<std::string> sealed = sealFor(input, fuzzRecord(), false);
   if (!sealed) return;
   PdfSignatureRequest request;
-  request.x = request.y = 10, request.width = 100, request.height = 40;
-  request.sealedEvidence = *sealed;
-  request.signer = kSigner;
-  request.fieldName = "Fuzzed signature";
+  request.setRect(10, 10, 100, 40);
+  request.setSealedEvidence(*sealed);
+  request.setSigner(kSigner);
+  request.setFieldName("Fuzzed signature");
   Result<std::vector<uint8_t>> signedPdf = signPdf(input, request);
   if (!signedPdf) return;
   std::string result(signedPdf->begin(), signedPdf->end());
   if (result.compare(0, input.size(), input) != 0) broken("a signed PDF lost its original bytes");
   PdfVerification verified = verifyPdf(result, kTrust);
-  for (const PdfSignatureVerification& signature : verified.signatures)
-    if (signature.field == "Fuzzed signature")
-      for (const EvidenceCheck& check : signature.checks)
-        if ((check.kind == EvidenceCheckKind::ByteRange || check.kind == EvidenceCheckKind::Signature) && !check.passed)
+  for (const PdfSignatureVerification& signature : verified.signatures())
+    if (signature.field() == "Fuzzed signature")
+      for (const EvidenceCheck& check : signature.checks())
+        if ((check.kind() == EvidenceCheckKind::ByteRange || check.kind() == EvidenceCheckKind::Signature) &&
+            !check.passed())
           broken("what signPdf signed does not verify over its byte range");
 }
 
@@ -191,7 +192,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     case 0: checkSealed(input); break;
     case 1:
       if (Result<RecordFile> record = openEvidence(input, fuzz::kExaminerKey, kTrust);
-          record && !record->strokes)
+          record && !record->strokes())
         broken("an opened record without strokes");
       break;
     case 2:

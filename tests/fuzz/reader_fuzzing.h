@@ -29,7 +29,7 @@ auto readWithinBounds(const std::string& text, const char* reader, Read read) {
 // A refusal: never of a document made of right members, always with one line of reason.
 inline void checkRefusal(const char* fuzzer, const Error& error, bool madeValid) {
   if (madeValid) violated(fuzzer, "a document of right members was refused");
-  if (error.message.empty() || error.message.find('\n') != std::string::npos)
+  if (error.message().empty() || error.message().find('\n') != std::string::npos)
     violated(fuzzer, "a refusal without one line of reason");
 }
 

@@ -19,7 +19,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string text = made ? generator.recordDocument() : std::string(reinterpret_cast<const char*>(data) + 1, size - 1);
   Result<RecordFile> record = fuzz::readWithinBounds(text, "recordFromJson", [&] { return recordFromJson(text); });
   if (!record) return fuzz::checkRefusal(kFuzzer, record.error(), made && generator.valid()), 0;
-  if (!record->strokes) fuzz::violated(kFuzzer, "a record without strokes");
+  if (!record->strokes()) fuzz::violated(kFuzzer, "a record without strokes");
   std::string written = recordFileToJson(*record);
   Result<RecordFile> again = recordFromJson(written);
   if (!again || recordFileToJson(*again) != written) fuzz::violated(kFuzzer, "a record read does not write and read again the same");

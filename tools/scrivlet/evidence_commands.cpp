@@ -109,21 +109,21 @@ int sealCommand(int argc, char** argv) {
   if (document) examiner = required(args, "examiner", kLargestKeyFile, &error);
   if (!examiner) return failure("seal", error);
   Result<RecordFile> record = recordFromJson(*recordText);
-  if (!record) return failure("seal", args.value("record") + " is not a record file: " + record.error().message);
+  if (!record) return failure("seal", args.value("record") + " is not a record file: " + record.error().message());
 
   EvidenceSealRequest request;
-  request.record = std::move(*record);
-  request.documentSha256 = documentSha256Of(*document);
-  request.documentSize = document->size();
-  request.documentName = std::filesystem::path(args.value("document")).filename().string();
-  request.examinerCertificate = std::move(*examiner);
+  request.setRecord(std::move(*record));
+  request.setDocumentSha256(documentSha256Of(*document));
+  request.setDocumentSize(document->size());
+  request.setDocumentName(std::filesystem::path(args.value("document")).filename().string());
+  request.setExaminerCertificate(std::move(*examiner));
   std::optional<std::string> cert = optional(args, "signer-cert", kLargestKeyFile, &error), key, chain;
   if (cert) key = optional(args, "signer-key", kLargestKeyFile, &error);
   if (key) chain = optional(args, "chain", kLargestKeyFile, &error);
   if (!chain) return failure("seal", error);
-  request.manifestSigner = {std::move(*cert), std::move(*key), std::move(*chain)};
+  request.setManifestSigner({std::move(*cert), std::move(*key), std::move(*chain)});
   Result<std::string> sealed = sealEvidence(request);
-  if (!sealed) return failure("seal", sealed.error().message);
+  if (!sealed) return failure("seal", sealed.error().message());
   if (!writeFile(args.value("output"), *sealed)) return failure("seal", "cannot write " + args.value("output"));
   std::printf("sealed %s with %s: %s\n", args.value("record").c_str(), args.value("document").c_str(),
               args.value("output").c_str());
@@ -138,11 +138,11 @@ int openCommand(int argc, char** argv) {
   if (!args.has("out-dir")) return failure("open", "--out-dir is required (see --help)");
   bool ok = true;
   RecordRenderSettings settings;
-  settings.exportScale = float(args.number("scale", &ok).value_or(2));
-  if (!ok || settings.exportScale <= 0) return failure("open", "--scale takes a positive number");
-  settings.showDate = args.has("date") || args.has("date-time");
-  settings.dateIncludesTime = args.has("date-time");
-  settings.showHash = args.has("hash");
+  settings.setExportScale(float(args.number("scale", &ok).value_or(2)));
+  if (!ok || settings.exportScale() <= 0) return failure("open", "--scale takes a positive number");
+  settings.setShowDate(args.has("date") || args.has("date-time"));
+  settings.setDateIncludesTime(args.has("date-time"));
+  settings.setShowHash(args.has("hash"));
   std::string error;
   std::optional<std::string> file = required(args, "evidence", kLargestInput, &error), key, trust, document;
   if (file) key = required(args, "key", kLargestKeyFile, &error);
@@ -155,20 +155,20 @@ int openCommand(int argc, char** argv) {
       isPdf(*file) ? openPdfEvidence(*file, args.value("field"), *key, options)
                    : openEvidence(*file, *key, options, nullptr,
                                   args.has("document") ? std::optional<std::string_view>(*document) : std::nullopt);
-  if (!record) return failure("open", record.error().message);
+  if (!record) return failure("open", record.error().message());
 
   std::filesystem::path folder = args.value("out-dir");
   std::error_code made;
   std::filesystem::create_directories(folder, made);
-  settings.hash = record->hash;
-  settings.timestamp = record->timestamp;
-  auto redrawn = renderRecordOfStrokes(record->strokes, settings);
+  settings.setHash(record->hash());
+  settings.setTimestamp(record->timestamp());
+  auto redrawn = renderRecordOfStrokes(record->strokes(), settings);
   if (!redrawn) return failure("open", "the sealed strokes have no points to draw");
   auto text = [](const auto& data) { return data ? std::string(data->begin(), data->end()) : std::string(); };
   std::vector<std::pair<std::string, std::string>> files{
-      {"strokes.json", strokesToJson(record->strokes)},
+      {"strokes.json", strokesToJson(record->strokes())},
       {"record.json", recordFileToJson(*record)},
-      {"sealed-image.png", std::string(record->png.begin(), record->png.end())},
+      {"sealed-image.png", std::string(record->png().begin(), record->png().end())},
       {"signature.png", text(redrawn->imageData())},
       {"signature.pdf", text(redrawn->pdfData())},
       {"signature.svg", redrawn->svgString().value_or("")},
@@ -176,7 +176,7 @@ int openCommand(int argc, char** argv) {
   if (!writeAll(folder, files))
     return failure("open", "cannot write into " + folder.string() + ": nothing was left there");
   std::printf("verified and opened %s: hash %s, %zu strokes, written to %s\n", args.value("evidence").c_str(),
-              record->hash.c_str(), record->strokes->size(), folder.c_str());
+              record->hash().c_str(), record->strokes()->size(), folder.c_str());
   return 0;
 }
 

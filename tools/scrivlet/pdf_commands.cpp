@@ -60,7 +60,7 @@ check, or a JSON report with --json. Exit status: 0 valid, 3 unreadable, 4 unsig
 std::string checkLines(const std::vector<EvidenceCheck>& checks, const char* indent) {
   std::string text;
   for (const EvidenceCheck& check : checks)
-    text += indent + check.name + ": " + (check.passed ? "passed" : "FAILED") + ": " + check.detail + "\n";
+    text += indent + check.name() + ": " + (check.passed() ? "passed" : "FAILED") + ": " + check.detail() + "\n";
   return text;
 }
 
@@ -73,16 +73,16 @@ std::string verdictLine(const std::string& what, EvidenceVerdict verdict, const 
 }
 
 std::string humanReport(const std::string& path, const PdfVerification& report) {
-  std::string text = verdictLine(path, report.verdict, report.reason);
-  for (const PdfSignatureVerification& s : report.signatures) {
+  std::string text = verdictLine(path, report.verdict(), report.reason());
+  for (const PdfSignatureVerification& s : report.signatures()) {
     text +=
-        "  signature " + s.field + ": " +
-        (s.verdict == EvidenceVerdict::Valid ? "valid" : std::string("NOT VALID: ") + evidenceVerdictName(s.verdict)) +
-        (s.signer.empty() ? "" : ", by " + s.signer) +
-        (s.signingTime.empty() ? "" : (s.timeStamped ? ", time-stamped " : ", signed ") + s.signingTime) +
-        (s.coversWholeDocument ? ", covers the whole document" : ", does not cover the whole document") + "\n";
-    text += checkLines(s.checks, "    ");
-    if (s.evidence) text += checkLines(s.evidence->checks, "    evidence ");
+        "  signature " + s.field() + ": " +
+        (s.verdict() == EvidenceVerdict::Valid ? "valid" : std::string("NOT VALID: ") + evidenceVerdictName(s.verdict())) +
+        (s.signer().empty() ? "" : ", by " + s.signer()) +
+        (s.signingTime().empty() ? "" : (s.timeStamped() ? ", time-stamped " : ", signed ") + s.signingTime()) +
+        (s.coversWholeDocument() ? ", covers the whole document" : ", does not cover the whole document") + "\n";
+    text += checkLines(s.checks(), "    ");
+    if (s.evidence()) text += checkLines(s.evidence()->checks(), "    evidence ");
   }
   return text;
 }
@@ -106,11 +106,12 @@ int signCommand(int argc, char** argv) {
   std::optional<double> page = args.number("page", &ok);
   if (!ok || (page && (*page < 1 || *page > 1e6 || *page != int(*page))))
     return failure("sign", "--page takes a page number from 1");
-  request.page = int(page.value_or(1));
+  request.setPage(int(page.value_or(1)));
   char end;
-  if (std::sscanf(args.value("rect").c_str(), "%lf,%lf,%lf,%lf%c", &request.x, &request.y, &request.width,
-                  &request.height, &end) != 4)
+  double x, y, width, height;
+  if (std::sscanf(args.value("rect").c_str(), "%lf,%lf,%lf,%lf%c", &x, &y, &width, &height, &end) != 4)
     return failure("sign", "--rect takes four numbers X,Y,W,H");
+  request.setRect(x, y, width, height);
   std::string error;
   std::optional<std::string> document = required(args, "document", kLargestInput, &error), sealed, cert, key, chain;
   if (document) sealed = required(args, "evidence", kLargestSealedFile, &error);
@@ -118,18 +119,18 @@ int signCommand(int argc, char** argv) {
   if (cert) key = required(args, "signer-key", kLargestKeyFile, &error);
   if (key) chain = optional(args, "chain", kLargestKeyFile, &error);
   if (!chain) return failure("sign", error);
-  request.sealedEvidence = std::move(*sealed);
-  request.signer = {std::move(*cert), std::move(*key), std::move(*chain)};
-  request.signerName = args.value("name");
-  request.showDate = args.has("date");
-  request.showHash = args.has("hash");
-  request.fieldName = args.value("field");
-  request.timeStampUrl = args.value("tsa");
+  request.setSealedEvidence(std::move(*sealed));
+  request.setSigner({std::move(*cert), std::move(*key), std::move(*chain)});
+  request.setSignerName(args.value("name"));
+  request.setShowDate(args.has("date"));
+  request.setShowHash(args.has("hash"));
+  request.setFieldName(args.value("field"));
+  request.setTimeStampUrl(args.value("tsa"));
   Result<std::vector<uint8_t>> signedPdf = signPdf(*document, request);
-  if (!signedPdf) return failure("sign", signedPdf.error().message);
+  if (!signedPdf) return failure("sign", signedPdf.error().message());
   if (!writeFile(args.value("output"), signedPdf->data(), signedPdf->size()))
     return failure("sign", "cannot write " + args.value("output"));
-  std::printf("signed %s on page %d: %s\n", args.value("document").c_str(), request.page, args.value("output").c_str());
+  std::printf("signed %s on page %d: %s\n", args.value("document").c_str(), request.page(), args.value("output").c_str());
   return 0;
 }
 
@@ -157,12 +158,12 @@ int verifyCommand(int argc, char** argv) {
     std::string text, json;
     if (args.has("evidence")) {
       EvidenceVerification report = verifyEvidence(*sealed, *document, options);
-      verdict = report.verdict;
-      text = verdictLine(path, verdict, report.reason) + checkLines(report.checks, "  ");
+      verdict = report.verdict();
+      text = verdictLine(path, verdict, report.reason()) + checkLines(report.checks(), "  ");
       json = evidenceVerificationToJson(report);
     } else {
       PdfVerification report = verifyPdf(*document, options);
-      verdict = report.verdict;
+      verdict = report.verdict();
       text = humanReport(path, report);
       json = pdfVerificationToJson(report);
     }

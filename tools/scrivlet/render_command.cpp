@@ -60,16 +60,16 @@ std::optional<RecordFile> loadSignature(const std::string& path, std::string* er
   size_t start = text->find_first_not_of(" \t\r\n");
   if (text->find("\"scrivlet-record\"") != std::string::npos) {
     Result<RecordFile> record = recordFromJson(*text);
-    if (!record) return *error = path + " is not a record file: " + record.error().message, std::nullopt;
+    if (!record) return *error = path + " is not a record file: " + record.error().message(), std::nullopt;
     return std::move(*record);
   }
   RecordFile record;
   bool xml = start != std::string::npos && (*text)[start] == '<';
   Result<QnStrokeListRef> strokes = xml ? strokesFromTimeSeriesXml(*text) : strokesFromJson(*text);
   if (!strokes)
-    return *error = path + (xml ? " is not a time series: " : " is not a strokes document: ") + strokes.error().message,
+    return *error = path + (xml ? " is not a time series: " : " is not a strokes document: ") + strokes.error().message(),
            std::nullopt;
-  record.strokes = *strokes;
+  record.setStrokes(*strokes);
   return record;
 }
 
@@ -85,15 +85,18 @@ int renderCommand(int argc, char** argv) {
 
   bool ok = true;
   RecordRenderSettings settings;
-  settings.exportScale = float(args.number("scale", &ok).value_or(2));
+  settings.setExportScale(float(args.number("scale", &ok).value_or(2)));
   std::optional<double> jobs = args.number("jobs", &ok);
-  if (!ok || settings.exportScale <= 0 || (jobs && *jobs < 1))
+  if (!ok || settings.exportScale() <= 0 || (jobs && *jobs < 1))
     return failure("render", "--scale and --jobs take positive numbers");
-  if (args.has("color") && !(settings.strokeColor = colorOf(args.value("color"))))
-    return failure("render", "--color takes #RRGGBB");
-  settings.showDate = args.has("date") || args.has("date-time");
-  settings.dateIncludesTime = args.has("date-time");
-  settings.showHash = args.has("hash") || args.has("hash-text");
+  if (args.has("color")) {
+    std::optional<QnColor> color = colorOf(args.value("color"));
+    if (!color) return failure("render", "--color takes #RRGGBB");
+    settings.setStrokeColor(color);
+  }
+  settings.setShowDate(args.has("date") || args.has("date-time"));
+  settings.setDateIncludesTime(args.has("date-time"));
+  settings.setShowHash(args.has("hash") || args.has("hash-text"));
 
   std::vector<std::string> formats;
   if (args.has("output")) {
@@ -117,12 +120,12 @@ int renderCommand(int argc, char** argv) {
     std::string error;
     std::optional<RecordFile> signature = loadSignature(input, &error);
     if (!signature) return error.empty() ? 1 : failure("render", error);
-    if (!hasInk(signature->strokes)) return failure("render", input + " has no ink to draw: no point has a pen wider than 0");
+    if (!hasInk(signature->strokes())) return failure("render", input + " has no ink to draw: no point has a pen wider than 0");
     RecordRenderSettings these = settings;
-    if (!signature->hash.empty()) these.hash = signature->hash;
-    if (args.has("hash-text")) these.hash = args.value("hash-text");
-    if (signature->timestamp != 0) these.timestamp = signature->timestamp;
-    auto record = renderRecordOfStrokes(signature->strokes, these);
+    if (!signature->hash().empty()) these.setHash(signature->hash());
+    if (args.has("hash-text")) these.setHash(args.value("hash-text"));
+    if (signature->timestamp() != 0) these.setTimestamp(signature->timestamp());
+    auto record = renderRecordOfStrokes(signature->strokes(), these);
     if (!record) return failure("render", input + " has no points to draw");
     std::string stem = std::filesystem::path(input).stem().string();
     for (const std::string& format : formats) {
