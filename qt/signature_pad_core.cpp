@@ -152,7 +152,7 @@ void SignaturePadCore::setStrokesJson(const QString& json) {
 
 QString SignaturePadCore::loadStrokes(const QString& json) {
   Result<QnStrokeListRef> strokes = strokesFromJson(json.toStdString());
-  if (!strokes) return QString::fromStdString(strokes.error().message);
+  if (!strokes) return QString::fromStdString(strokes.error().message());
   setStrokes(*strokes);
   return {};
 }
