@@ -4,8 +4,11 @@
 #include <scrivlet/record_renderer.h>
 #include <scrivlet/signature_session.h>
 
+#include <scrivlet/engine/device.h>
+
 #include "delegate_log.h"
 #include "platform/clock.h"
+#include "platform/image_view.h"
 
 #include <gtest/gtest.h>
 
@@ -115,6 +118,23 @@ TEST(RecordRenderer, ASessionOnTheHostsLoopAnswersDoneAfterARecordWasDrawn) {
   ASSERT_EQ(records.size(), 1u);
   EXPECT_EQ(records[0]->timestamp(), kHostTime - kReferenceDateOffset);
   QnClock::setFixedTime(std::nullopt);
+}
+
+// A record drawn for the device it was signed on (scale 3, 264 pixels an inch): the image is shown at
+// that scale, and the time series' resolution is that screen's, 10 / (0.0254 m / 264 * 3) = 34646 a
+// point in tenths of a millimetre's units, whatever this machine's scale.
+TEST(RecordRenderer, ARecordIsDrawnForTheDeviceItWasSignedOn) {
+  RecordRenderSettings settings = settingsOf(0);
+  settings.setDevice(CaptureDevice("iPad8,1", 3, 264));
+  std::shared_ptr<QnSignature> record = renderRecordOfStrokes(strokesOf(0), settings);
+  ASSERT_TRUE(record && record->imageView() && record->xmlString());
+  EXPECT_EQ(record->imageView()->image().scale(), 3);
+  EXPECT_NE(record->xmlString()->find("<sig:PenTipOrientationChannelDescription><sig:ScalingValue>34646<"), std::string::npos);
+  // A scale that is not a positive number is not a device's: this machine's is taken instead.
+  settings.setDevice(CaptureDevice("iPad8,1", std::nan(""), 264));
+  record = renderRecordOfStrokes(strokesOf(0), settings);
+  ASSERT_TRUE(record && record->imageView());
+  EXPECT_EQ(record->imageView()->image().scale(), QnDevice::screenScale());
 }
 
 }  // namespace

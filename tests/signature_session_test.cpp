@@ -305,5 +305,23 @@ TEST(SessionContext, TwoSessionsOnContextsOfTheirOwnAreEachAnsweredOnTheirOwnLoo
   EXPECT_EQ(inkOf(b)->strokeColor(), QnColor::black());
 }
 
+// And its own device: a screen of scale 3 (this machine's model, unknown to the density table, counts
+// 401 pixels an inch) measures speed in metres of 0.0254 / 401 * 3 a point, and shows the record at 3.
+TEST(SessionContext, ASessionMeasuresAndShowsForItsOwnContextsScreen) {
+  auto loop = std::make_shared<HeadlessRunLoop>();
+  auto context = QnContext::create();
+  context->setScheduler(loop), context->setScreenScale(3), context->setNativeScale(3);
+  auto view = HeadlessView::create(makeRect(0, 0, 300, 200));
+  SignatureSession session(view, context);
+  std::shared_ptr<QnSignature> record;
+  session.setOnSignatureReady([&](std::shared_ptr<QnSignature> r) { record = std::move(r); });
+  EXPECT_FLOAT_EQ(session.scrivlet().scrivletController()->drawingController()->metersPerPoint(), 0.0254f / 401 * 3);
+  touchPaths(*view, {{{20, 20}, {60, 40}, {90, 30}}}, 1);
+  session.done();
+  for (int i = 0; i < 4 && !record; ++i) loop->advance(0.25), loop->runUntilIdle();
+  ASSERT_TRUE(record && record->imageView());
+  EXPECT_EQ(record->imageView()->image().scale(), 3);
+}
+
 }  // namespace
 }  // namespace scrivlet

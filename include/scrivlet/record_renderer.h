@@ -5,6 +5,7 @@
 #include <scrivlet/engine/color.h>
 #include <scrivlet/export.h>
 #include <scrivlet/engine/signature.h>
+#include <scrivlet/record_file.h>
 
 #include <memory>
 #include <optional>
@@ -23,6 +24,10 @@ class SCRIVLET_EXPORT RecordRenderSettings {
   const std::optional<std::string>& hash() const;  // the record's hash text; a new one when not given
   const std::optional<double>& timestamp() const;  // seconds since 1 January 2001 UTC; now when not given
   const std::optional<QnColor>& background() const;  // painted under the PNG's ink; transparent when not given
+  // The device the strokes were signed on: its screen scale is the scale the record's image is shown
+  // at, and its density (or, when 0, its model's) sets the time series' resolution. This machine's when
+  // not given, or when its scale is not a positive number.
+  const std::optional<CaptureDevice>& device() const;
   void setExportScale(float exportScale);
   void setStrokeColor(std::optional<QnColor> strokeColor);
   void setShowDate(bool showDate);
@@ -31,6 +36,7 @@ class SCRIVLET_EXPORT RecordRenderSettings {
   void setHash(std::optional<std::string> hash);
   void setTimestamp(std::optional<double> timestamp);
   void setBackground(std::optional<QnColor> background);
+  void setDevice(std::optional<CaptureDevice> device);
 
  private:
   struct Data;

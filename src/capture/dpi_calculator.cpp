@@ -31,8 +31,9 @@ std::unordered_map<std::string, int> QnDPICalculator::ppiDictionary() {
   };
 }
 
-int QnDPICalculator::deviceDpi() {
-  std::string model = deviceModel();
+int QnDPICalculator::deviceDpi() { return deviceDpiOf(deviceModel()); }
+
+int QnDPICalculator::deviceDpiOf(const std::string& model) {
   auto table = ppiDictionary();
   if (auto found = table.find(model); found != table.end()) return found->second;
   if (model.size() >= 6) {
@@ -48,6 +49,11 @@ int QnDPICalculator::deviceDpi() {
 float QnDPICalculator::metersPerPixel() {
   float reciprocal = 1.0f / static_cast<float>(deviceDpi());
   return reciprocal * 0.0254f;
+}
+
+float QnDPICalculator::metersPerPointAt(int dpi, double nativeScale) {
+  float reciprocal = 1.0f / static_cast<float>(dpi);
+  return reciprocal * 0.0254f * narrowToFloat(nativeScale);
 }
 
 float QnDPICalculator::pixelsPerPoint() { return narrowToFloat(QnDevice::nativeScale()); }

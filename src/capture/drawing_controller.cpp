@@ -1,6 +1,7 @@
 // The stroke model's touch phases, pen diameter, undo and redo.
 #include "capture/drawing_controller.h"
 
+#include <scrivlet/engine/device.h>
 #include <scrivlet/engine/view.h>
 
 #include "capture/dpi_calculator.h"
@@ -25,8 +26,7 @@ QnDemoDrawingController::QnDemoDrawingController(std::shared_ptr<QnView> view) {
   drawingView_ = std::move(view);
   signaturePointID_ = kFirstPointID;
   strokeWidthMax_ = 4.0f;
-  metersPerPoint_ = QnDPICalculator::metersPerPoint();
-  velocityMax_ = metersPerPoint_ * kFullSpeedPointsPerSecond;
+  setNativeScale(QnDevice::nativeScale());
   drawingArray_ = std::make_shared<QnStrokeList>();
   drawingArrayForRedo_ = std::make_shared<QnStrokeList>();
   pointArray_ = std::make_shared<QnStroke>();
@@ -38,6 +38,11 @@ QnDemoDrawingController::QnDemoDrawingController(std::shared_ptr<QnView> view) {
 }
 
 QnDemoDrawingController::~QnDemoDrawingController() = default;
+
+void QnDemoDrawingController::setNativeScale(double nativeScale) {
+  metersPerPoint_ = QnDPICalculator::metersPerPointAt(QnDPICalculator::deviceDpi(), nativeScale);
+  velocityMax_ = metersPerPoint_ * kFullSpeedPointsPerSecond;
+}
 
 void QnDemoDrawingController::drawTouchBeganWithPoint(QnSignaturePoint point) {
   // The end of the last touch sequence never came: keep its stroke as it stands.

@@ -73,6 +73,8 @@ class QnDemoDrawingController {
   bool useCalligraphicBrush() const { return useCalligraphicBrush_; }
   void setUseCalligraphicBrush(bool calligraphic);
   float metersPerPoint() const { return metersPerPoint_; }
+  // The metres per point, and the speed of full thinning, of a screen of this native scale.
+  void setNativeScale(double nativeScale);
   void setMetersPerPoint(float metersPerPoint) { metersPerPoint_ = metersPerPoint; }
   float velocityMax() const { return velocityMax_; }
   void setVelocityMax(float velocityMax) { velocityMax_ = velocityMax; }

@@ -14,7 +14,6 @@
 #include "export/time_series_export.h"
 #include "platform/clock.h"
 #include "platform/main_thread.h"
-#include "platform/narrowing.h"
 #include "render/drawing_view.h"
 
 namespace scrivlet {
@@ -47,7 +46,7 @@ ExportSettings exportSettingsOf(const QnScrivletController& c) {
   QnContext& context = c.context();
   s.time = context.now();
   s.screenScale = context.screenScale();
-  s.metersPerPoint = QnDPICalculator::metersPerPixel() * narrowToFloat(context.nativeScale());
+  s.metersPerPoint = QnDPICalculator::metersPerPointAt(QnDPICalculator::deviceDpi(), context.nativeScale());
   return s;
 }
 
@@ -71,7 +70,7 @@ std::shared_ptr<QnSignature> QnScrivletController::prepareSignature() const {
                               : outputs_.myBrushStrokes);
   signature->setHashString(outputs_.lastHash);
   signature->setTimestamp(context().now() - kReferenceDateOffset);
-  signature->setImageData(outputs_.imageData);
+  signature->setImageData(outputs_.imageData, context().screenScale());
   if (!skipPDFData()) signature->setPdfData(outputs_.pdfData);
   signature->setSvgString(outputs_.svgString);
   signature->setXmlString(outputs_.xmlString);

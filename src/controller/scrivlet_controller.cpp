@@ -246,6 +246,7 @@ QnContext& QnScrivletController::context() const { return context_ ? *context_ :
 
 void QnScrivletController::setContext(std::shared_ptr<QnContext> context) {
   context_ = context;
+  if (drawingController_) drawingController_->setNativeScale(this->context().nativeScale());
   if (drawingController_ && drawingController_->canvasView()) drawingController_->canvasView()->setContext(std::move(context));
 }
 

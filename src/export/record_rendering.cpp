@@ -46,7 +46,7 @@ std::shared_ptr<QnSignature> signatureOfParts(RecordParts parts, const QnStrokeL
                               : strokes);
   signature->setHashString(std::move(parts.hash));
   signature->setTimestamp(timestamp);
-  signature->setImageData(std::move(parts.png));
+  signature->setImageData(std::move(parts.png), settings.screenScale);
   if (!settings.skipPDFData) signature->setPdfData(std::move(parts.pdf));
   signature->setSvgString(std::move(parts.svg));
   signature->setXmlString(std::move(parts.xml));

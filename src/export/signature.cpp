@@ -8,11 +8,13 @@
 
 namespace scrivlet {
 
-void QnSignature::setImageData(std::optional<Bytes> data) {
+void QnSignature::setImageData(std::optional<Bytes> data) { setImageData(std::move(data), QnDevice::screenScale()); }
+
+void QnSignature::setImageData(std::optional<Bytes> data, double decodeScale) {
   imageData_ = std::move(data);
   imageView_.reset();
   imageDecodeScale_.reset();
-  if (imageData_) imageDecodeScale_ = QnDevice::screenScale();
+  if (imageData_) imageDecodeScale_ = decodeScale;
 }
 
 const std::shared_ptr<QnImageView>& QnSignature::imageView() const {

@@ -22,6 +22,7 @@ struct RecordRenderSettings::Data {
   std::optional<std::string> hash;
   std::optional<double> timestamp;
   std::optional<QnColor> background;
+  std::optional<CaptureDevice> device;
 };
 
 SCRIVLET_SHARED_SCALAR(RecordRenderSettings, float, exportScale, setExportScale)
@@ -32,6 +33,7 @@ SCRIVLET_SHARED_SCALAR(RecordRenderSettings, bool, showHash, setShowHash)
 SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<std::string>, hash, setHash)
 SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<double>, timestamp, setTimestamp)
 SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<QnColor>, background, setBackground)
+SCRIVLET_SHARED_FIELD(RecordRenderSettings, std::optional<CaptureDevice>, device, setDevice)
 
 std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& strokes,
                                                    const RecordRenderSettings& settings) {
@@ -55,8 +57,15 @@ std::shared_ptr<QnSignature> renderRecordOfStrokes(const QnStrokeListRef& stroke
   s.dateIncludesTime = settings.dateIncludesTime();
   s.showHash = settings.showHash();
   s.customHash = settings.hash();
-  s.screenScale = QnDevice::screenScale();
-  s.metersPerPoint = QnDPICalculator::metersPerPoint();
+  const std::optional<CaptureDevice>& device = settings.device();
+  if (device && std::isfinite(device->screenScale()) && device->screenScale() > 0) {
+    int dpi = device->pixelsPerInch() > 0 ? device->pixelsPerInch() : QnDPICalculator::deviceDpiOf(device->model());
+    s.screenScale = device->screenScale();
+    s.metersPerPoint = QnDPICalculator::metersPerPointAt(dpi, device->screenScale());
+  } else {
+    s.screenScale = QnDevice::screenScale();
+    s.metersPerPoint = QnDPICalculator::metersPerPoint();
+  }
   request.settings.background = settings.background();
   // The date line and the record's time are those of the signing when one is given.
   std::optional<double> time;

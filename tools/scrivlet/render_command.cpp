@@ -125,6 +125,8 @@ int renderCommand(int argc, char** argv) {
     if (!signature->hash().empty()) these.setHash(signature->hash());
     if (args.has("hash-text")) these.setHash(args.value("hash-text"));
     if (signature->timestamp() != 0) these.setTimestamp(signature->timestamp());
+    // A record file's strokes are drawn for the device they were signed on.
+    if (signature->device().pixelsPerInch() > 0) these.setDevice(signature->device());
     auto record = renderRecordOfStrokes(signature->strokes(), these);
     if (!record) return failure("render", input + " has no points to draw");
     std::string stem = std::filesystem::path(input).stem().string();

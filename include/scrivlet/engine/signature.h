@@ -21,10 +21,12 @@ class SCRIVLET_EXPORT QnSignature {
  public:
   using Bytes = std::vector<uint8_t>;
 
-  // The PNG image, and an image view showing it at the screen scale of the moment it was set. The PNG
-  // is decoded when the view is first asked for, so that handing over a record costs no decoding.
+  // The PNG image, and an image view showing it at the screen scale of the moment it was set (the
+  // device's, or the one given: the scale of the screen the record was made for). The PNG is decoded
+  // when the view is first asked for, so that handing over a record costs no decoding.
   const std::optional<Bytes>& imageData() const { return imageData_; }
   void setImageData(std::optional<Bytes> data);
+  void setImageData(std::optional<Bytes> data, double decodeScale);
   const std::shared_ptr<QnImageView>& imageView() const;
   void setImageView(std::shared_ptr<QnImageView> view) { imageView_ = std::move(view), imageDecodeScale_.reset(); }
 
