@@ -11,6 +11,8 @@
 #include "platform/png_encoder.h"
 
 #include <cairo.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -179,6 +181,23 @@ QnBitmapContext::~QnBitmapContext() {
 }
 
 CGContext& QnBitmapContext::context() { return *context_; }
+
+void QnBitmapContext::commitPages() {
+  unsigned char* bytes = cairo_image_surface_get_data(surface_);
+  size_t size = size_t(std::max(0, cairo_image_surface_get_stride(surface_))) *
+                size_t(std::max(0, cairo_image_surface_get_height(surface_)));
+  if (!bytes || !size) return;
+  static const size_t kPage = size_t(sysconf(_SC_PAGESIZE));
+  // The whole pages within the pixels (the bytes around them are the allocator's).
+  uintptr_t first = (reinterpret_cast<uintptr_t>(bytes) + kPage - 1) / kPage * kPage;
+  uintptr_t end = (reinterpret_cast<uintptr_t>(bytes) + size) / kPage * kPage;
+  if (end <= first) return;
+#ifdef MADV_POPULATE_WRITE
+  if (madvise(reinterpret_cast<void*>(first), end - first, MADV_POPULATE_WRITE) == 0) return;
+#endif
+  // Without the call (a kernel before 5.14): a write to each page, of the zero it already holds.
+  for (uintptr_t page = first; page < end; page += kPage) *reinterpret_cast<volatile unsigned char*>(page) = 0;
+}
 
 QnImage QnBitmapContext::makeImage() const {
   cairo_surface_flush(surface_);

@@ -74,6 +74,12 @@ class QnBitmapContext {
   unsigned char* pixels();
   int stride() const;
   void pixelsChanged();
+  // Gives every page of the pixels its own memory now. A fresh bitmap's pages are the system's shared
+  // page of zeros until written; drawing reads a pixel before writing it, and the write then costs a
+  // fault and, in a process with threads, a flush of every core's address cache: some 60 us a sample
+  // of live ink while a 2000 x 800 bitmap fills. Committed in one call, they cost under a
+  // millisecond, once.
+  void commitPages();
 
  private:
   cairo_surface_t* surface_;

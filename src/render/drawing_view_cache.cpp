@@ -24,6 +24,7 @@ void QnDrawingView::initContext(QnSize size) {
 QnBitmapContext& QnDrawingView::cache() {
   if (!cacheContext_) {
     cacheContext_ = std::make_unique<QnBitmapContext>(cacheSize_, cacheScale_);
+    cacheContext_->commitPages();
     cacheComboContext_ = std::make_unique<QnComboContext>(&cacheContext_->context());
     InkTiles tiles(cacheContext_->pixelWidth(), cacheContext_->pixelHeight(), cacheScale_, false);
     cacheLevels_.assign(tiles.count(), KeptInk::kClear);

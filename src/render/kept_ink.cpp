@@ -112,6 +112,7 @@ bool KeptInk::drawnAlike(size_t index, const QnStrokeRef& stroke) {
 }
 
 void KeptInk::beginStroke(const QnStrokeRef& stroke) {
+  if (!pagesCommitted_) bitmap_.commitPages(), pagesCommitted_ = true;  // on the lane, off the UI thread
   for (Drawn& undone : undone_) freeSlots(undone);
   undone_.clear();
   ++strokeSerial_;

@@ -116,6 +116,7 @@ class KeptInk {
   // The stroke that last kept each tile, so that a tile is kept once per stroke.
   std::vector<uint64_t> keptBy_;
   uint64_t strokeSerial_ = 0;
+  bool pagesCommitted_ = false;  // the bitmap's pages, before the first stroke is drawn into it
 };
 
 }  // namespace scrivlet
