@@ -85,6 +85,11 @@ void SerialLane::post(std::function<void()> job) {
   if (!draining_) draining_ = pool_.submit([this] { drain(); });
 }
 
+size_t SerialLane::queued() {
+  std::lock_guard lock(mutex_);
+  return jobs_.size();
+}
+
 void SerialLane::drain() {
   std::function<void()> job;
   for (;;) {

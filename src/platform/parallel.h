@@ -69,6 +69,8 @@ class SerialLane {
   void post(std::function<void()> job);
   // Returns once every job posted is done (running what no worker has begun here).
   void wait();
+  // Jobs posted that no worker has begun.
+  size_t queued();
 
  private:
   void drain();
