@@ -232,6 +232,21 @@ TEST_F(Session, UndoAndRedoWorkWithoutSwipesAndARedoneStrokeFollowsTheLayout) {
   session.redo();
   EXPECT_EQ(traceOf(session.strokes()),
             (Trace{{{20, 200 + dy}, {60, 210 + dy}, {60, 210 + dy}}, {{100, 200 + dy}, {140, 220 + dy}, {140, 220 + dy}}}));
+
+  // A layout that would carry a stroke to redo past the largest number leaves it where it is: redone,
+  // it comes back whole, at finite positions.
+  session.clear();
+  const double far = 1.79e308;  // a pen reported near the largest number, out of the view
+  touchPaths(*view, {{{far, 100}, {far, 120}}}, 3);
+  ASSERT_EQ(session.strokes()->size(), 1u);
+  const size_t points = session.strokes()->front()->size();
+  session.undo();
+  view->setFrame(makeRect(0, 0, 1e308, 500));  // the guideline's margin moves right by some 5e306
+  session.redo();
+  ASSERT_EQ(session.strokes()->size(), 1u);
+  EXPECT_EQ(session.strokes()->front()->size(), points);
+  for (const QnSignaturePoint& p : *session.strokes()->front())
+    EXPECT_TRUE(std::isfinite(p.location.x) && std::isfinite(p.location.y));
 }
 
 TEST_F(Session, StrokesThatDoNotLoadLeaveTheCanvasAndSayWhy) {

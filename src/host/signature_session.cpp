@@ -177,8 +177,15 @@ void SignatureSession::State::followLayout() {
   QnPoint origin = controller->guideline() ? controller->guideline()->frame().origin : QnPoint{};
   QnPoint offset{origin.x - guidelineOrigin.x, origin.y - guidelineOrigin.y};
   guidelineOrigin = origin;
-  if (offset == QnPoint{}) return;
+  if (offset == QnPoint{} || !std::isfinite(offset.x) || !std::isfinite(offset.y)) return;
+  // As the engine keeps the canvas's ink where a move would carry a point past the largest number,
+  // the strokes to redo stay where they are then.
   QnStrokeList& redo = *model().drawingArrayForRedo();
+  for (const QnStrokeRef& stroke : redo)
+    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
+      if ((std::isfinite(p.location.x) && !std::isfinite(p.location.x + offset.x)) ||
+          (std::isfinite(p.location.y) && !std::isfinite(p.location.y + offset.y)))
+        return;
   redo = *copyOfStrokesMovedBy(std::make_shared<QnStrokeList>(std::move(redo)), offset);
 }
 
