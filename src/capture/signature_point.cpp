@@ -6,6 +6,8 @@
 #include "platform/format.h"
 #include "platform/narrowing.h"
 
+#include <cmath>
+
 namespace scrivlet {
 
 namespace {
@@ -71,6 +73,16 @@ std::string QnSignaturePoint::description() const {
       "%f\naltitudeAngle: %f\npressure: %f\ndiameter: %f\nid: %lu",
       location.x, location.y, velocity.x, velocity.y, acceleration.x, acceleration.y, timestamp,
       azimuthAngle, altitudeAngle, pressure, diameter, static_cast<unsigned long>(id));
+}
+
+bool movingStrokesLosesPoints(const QnStrokeListRef& strokes, QnPoint offset) {
+  // No move loses nothing: the layout at every stroke's end then costs nothing per point.
+  if ((offset.x == 0 && offset.y == 0) || !strokes) return false;
+  auto lost = [](double at, double by) { return std::isfinite(at) && !std::isfinite(at + by); };
+  for (const QnStrokeRef& stroke : *strokes)
+    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
+      if (lost(p.location.x, offset.x) || lost(p.location.y, offset.y)) return true;
+  return false;
 }
 
 QnStrokeListRef copyOfStrokesMovedBy(const QnStrokeListRef& strokes, QnPoint offset) {

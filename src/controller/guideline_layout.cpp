@@ -15,18 +15,6 @@ constexpr double kGuidelineWidthFactor = 0.949999988079071;
 constexpr double kGuidelineMarginFactor = 0.050000011920928955;
 constexpr double kNineSixteenths = 9 * 0.0625;
 
-// Whether moving the ink by the offset would carry a point beyond the largest number (a view sized
-// near it), where the point would be lost.
-bool carriesInkOutOfRange(const QnStrokeListRef& strokes, QnPoint offset) {
-  // No move loses nothing: the layout at every stroke's end then costs nothing per point.
-  if (offset.x == 0 && offset.y == 0) return false;
-  auto lost = [](double at, double by) { return std::isfinite(at) && !std::isfinite(at + by); };
-  for (const QnStrokeRef& stroke : *strokes)
-    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
-      if (lost(p.location.x, offset.x) || lost(p.location.y, offset.y)) return true;
-  return false;
-}
-
 struct Observed {
   QnGeometryTarget target;
   const char* key;
@@ -95,7 +83,7 @@ void QnGuidelineLayout::updateLayout(QnDemoDrawingController* model) {
   // A guideline first placed on a garbage size has no place to carry the ink from.
   if (!std::isfinite(offset.x) || !std::isfinite(offset.y)) offset = {0, 0};
   // Nor is ink carried where it would be lost: the guideline goes back to the ink.
-  if (carriesInkOutOfRange(model->drawingArray(), offset)) {
+  if (movingStrokesLosesPoints(model->drawingArray(), offset)) {
     guideline_->setFrame(before);
     return;
   }

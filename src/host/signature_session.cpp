@@ -180,13 +180,9 @@ void SignatureSession::State::followLayout() {
   if (offset == QnPoint{} || !std::isfinite(offset.x) || !std::isfinite(offset.y)) return;
   // As the engine keeps the canvas's ink where a move would carry a point past the largest number,
   // the strokes to redo stay where they are then.
-  QnStrokeList& redo = *model().drawingArrayForRedo();
-  for (const QnStrokeRef& stroke : redo)
-    for (const QnSignaturePoint& p : stroke ? *stroke : QnStroke{})
-      if ((std::isfinite(p.location.x) && !std::isfinite(p.location.x + offset.x)) ||
-          (std::isfinite(p.location.y) && !std::isfinite(p.location.y + offset.y)))
-        return;
-  redo = *copyOfStrokesMovedBy(std::make_shared<QnStrokeList>(std::move(redo)), offset);
+  QnStrokeListRef redo = model().drawingArrayForRedo();
+  if (movingStrokesLosesPoints(redo, offset)) return;
+  *redo = *copyOfStrokesMovedBy(redo, offset);
 }
 
 SignatureSession::SignatureSession(std::shared_ptr<QnView> view) : SignatureSession(std::move(view), nullptr) {}

@@ -53,5 +53,8 @@ using QnStrokeListRef = std::shared_ptr<QnStrokeList>;
 
 // A deep copy of the strokes, every point moved by the offset; a missing list gives an empty one.
 SCRIVLET_EXPORT QnStrokeListRef copyOfStrokesMovedBy(const QnStrokeListRef& strokes, QnPoint offset);
+// Whether moving the strokes by the offset would carry a finite point beyond the largest number,
+// where it would be lost.
+SCRIVLET_EXPORT bool movingStrokesLosesPoints(const QnStrokeListRef& strokes, QnPoint offset);
 
 }  // namespace scrivlet
