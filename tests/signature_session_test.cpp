@@ -243,9 +243,10 @@ TEST_F(Session, UndoAndRedoWorkWithoutSwipesAndARedoneStrokeFollowsTheLayout) {
   session.undo();
   view->setFrame(makeRect(0, 0, 1e308, 500));  // the guideline's margin moves right by some 5e306
   session.redo();
-  ASSERT_EQ(session.strokes()->size(), 1u);
-  EXPECT_EQ(session.strokes()->front()->size(), points);
-  for (const QnSignaturePoint& p : *session.strokes()->front())
+  const QnStrokeListRef redone = session.strokes();
+  ASSERT_EQ(redone->size(), 1u);
+  EXPECT_EQ(redone->front()->size(), points);
+  for (const QnSignaturePoint& p : *redone->front())
     EXPECT_TRUE(std::isfinite(p.location.x) && std::isfinite(p.location.y));
 }
 
