@@ -1,5 +1,7 @@
 // The cairo drawing context, bitmaps, PNG coding and the bold text face, checked on real pixels.
 #include "platform/cairo_context.h"
+#include "platform/coverage_mask.h"
+#include "platform/image.h"
 
 #include "output_support.h"
 #include "platform/fonts.h"
@@ -9,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <tuple>
 #include <utility>
 
@@ -212,6 +215,69 @@ TEST(CairoContext, BoldTextIsNimbusSansWithHelveticaWidthsInkedInsideItsBox) {
   EXPECT_GT(dark, 50);
   EXPECT_EQ(outside, 0);
   expectPixels(image, {{50, 20, {0, 0, 0, 255}}, {57, 1, kRed}});
+}
+
+}  // namespace
+}  // namespace scrivlet
+
+namespace scrivlet {
+namespace {
+
+// Varying-width outlines and round-capped curves in random places, sizes and colours, over ink
+// already there: each laid from its coverage (once, or twice as live ink draws it) leaves the very
+// bytes a fill of it leaves.
+TEST(CoverageMask, LaysTheBytesAFillLeavesOverInkBeneath) {
+  QnBitmapContext filled({200, 120}, 2), laid({200, 120}, 2);
+  QnCoverageMask mask;
+  std::mt19937 random(7);
+  auto uniform = [&](double from, double to) { return std::uniform_real_distribution<double>(from, to)(random); };
+  auto shape = [](CGContext& c, double x, double y, double r, double dx, double dy, bool stroked) {
+    c.beginPath();
+    if (stroked) {
+      c.setLineWidth(r);
+      c.moveToPoint(x, y);
+      c.addCurveToPoint(x + dx * 0.3, y - r, x + dx * 0.7, y + dy + r, x + dx, y + dy);
+      c.drawPath(kQnPathStroke);
+      return;
+    }
+    c.moveToPoint(x, y - r);
+    c.addCurveToPoint(x + dx * 0.3, y - r - 0.4, x + dx * 0.6, y - r + dy * 0.6, x + dx, y - r + dy);
+    c.addArc(x + dx, y + dy, r * 0.8, -M_PI / 2, M_PI / 2, 0);
+    c.addCurveToPoint(x + dx * 0.6, y + r + dy * 0.6, x + dx * 0.3, y + r + 0.3, x, y + r);
+    c.addArc(x, y, r, M_PI / 2, 3 * M_PI / 2, 0);
+    c.closePath();
+    c.drawPath(kQnPathFill);
+  };
+  for (int i = 0; i < 600; ++i) {
+    double x = uniform(10, 180), y = uniform(10, 100), r = uniform(0.3, 5), dx = uniform(-4, 4), dy = uniform(-4, 4);
+    bool stroked = i % 3 == 0;
+    QnColor color(uniform(0, 1), uniform(0, 1), uniform(0, 1), 1);
+    int times = 1 + i % 2;
+    for (int k = 0; k < times; ++k) {
+      filled.context().setFillColor(color), filled.context().setStrokeColor(color);
+      filled.context().setLineCap(kQnLineCapRound);
+      shape(filled.context(), x, y, r, dx, dy, stroked);
+    }
+    double reach = r + 5;
+    QnRect pixels = makeRect(std::floor((x - reach) * 2), std::floor((y - reach) * 2), std::ceil(reach * 4) + 2, std::ceil(reach * 4) + 2);
+    CGContext* c = mask.begin(laid, pixels, color);
+    ASSERT_NE(c, nullptr) << i;
+    c->setFillColor(color), c->setStrokeColor(color), c->setLineCap(kQnLineCapRound);
+    shape(*c, x, y, r, dx, dy, stroked);
+    for (int k = 0; k < times; ++k) mask.layOn(laid);
+  }
+  EXPECT_EQ(test_support::differingPixels(filled.makeImage(), laid.makeImage()), 0);
+
+  // What a mask cannot stand for: a colour the ink beneath shows through, a shape past the bitmap or
+  // larger than the mask, a bitmap drawn with a transform or an alpha of its own.
+  EXPECT_EQ(mask.begin(laid, makeRect(0, 0, 10, 10), QnColor(0, 0, 0, 0.5)), nullptr);
+  EXPECT_EQ(mask.begin(laid, makeRect(395, 0, 10, 10), QnColor::black()), nullptr);
+  EXPECT_EQ(mask.begin(laid, makeRect(0, 0, 300, 10), QnColor::black()), nullptr);
+  laid.context().setAlpha(0.5);
+  EXPECT_EQ(mask.begin(laid, makeRect(0, 0, 10, 10), QnColor::black()), nullptr);
+  laid.context().setAlpha(1);
+  laid.context().translateCTM(1, 0);
+  EXPECT_EQ(mask.begin(laid, makeRect(0, 0, 10, 10), QnColor::black()), nullptr);
 }
 
 }  // namespace

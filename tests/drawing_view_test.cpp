@@ -154,9 +154,9 @@ class InkShown : public ::testing::Test {
 
   // The view as a screen of scale 2 would show it.
   QnImage shown() { return snapshotOfView(*view, 2); }
-  // Every stroke drawn again into a clear bitmap, then the open stroke's first `live` points as live
-  // ink draws them, one point at a time.
-  QnImage expected(size_t live = 0) {
+  // Every stroke drawn again into a clear bitmap, then the last stroke's first `live` points as live
+  // ink draws them, one point at a time, and its end when `ended`.
+  QnImage expected(size_t live = 0, bool ended = false) {
     QnBitmapContext fresh(view->bounds().size, 2);
     QnComboContext context(&fresh.context());
     auto finished = std::make_shared<QnStrokeList>(*controller.drawingArray());
@@ -167,13 +167,14 @@ class InkShown : public ::testing::Test {
       auto growing = std::make_shared<QnStrokeList>(*finished);
       growing->push_back(std::make_shared<QnStroke>(open->begin(), open->begin() + n));
       ink().drawStrokesToContextWithFinalSegmentFullRedraw(growing, &context, false, false);
+      if (n == live && ended) ink().drawStrokesToContextWithFinalSegmentFullRedraw(growing, &context, true, false);
     }
     QnBitmapContext frame(view->bounds().size, 2);
     frame.context().drawImage(fresh.makeImage(), view->bounds());
     return frame.makeImage();
   }
-  void expectShownAsDrawnAgain(const std::string& when, size_t live = 0) {
-    QnImage a = shown(), b = expected(live);
+  void expectShownAsDrawnAgain(const std::string& when, size_t live = 0, bool ended = false) {
+    QnImage a = shown(), b = expected(live, ended);
     ASSERT_EQ(std::pair(a.pixelWidth(), a.pixelHeight()), std::pair(b.pixelWidth(), b.pixelHeight())) << when;
     const int differing = test_support::differingPixels(a, b);
     EXPECT_EQ(differing, 0) << when;
@@ -183,22 +184,24 @@ class InkShown : public ::testing::Test {
   }
   QnDrawingView& ink() { return *controller.canvasView(); }
 
-  // Points along a wave across the view; `width` scales the pen.
-  void begin(int points, double y, float pressure = 0.4f) {
+  // Points along a wave across the view, back and forth (or `step` points apart, as a hand's samples
+  // come); `pressure` scales the pen.
+  void begin(int points, double y, float pressure = 0.4f, double step = 0) {
     for (int i = 0; i < points; ++i) {
       QnSignaturePoint p;
-      p.location = {12 + (i * 37 % 270) + 0.25 * i / (points + 1), y + 14 * std::sin(i * 0.7)};
+      p.location = {12 + (step ? step * i : (i * 37 % 270) + 0.25 * i / (points + 1)), y + 14 * std::sin(i * (step ? 0.2 : 0.7))};
       p.timestamp = t += 0.012;
       p.pressure = pressure;
       if (i == 0) controller.drawTouchBeganWithPoint(p);
       else controller.drawTouchMovedWithPoint(p);
     }
   }
-  void end() {
+  void end(bool laidOut = true) {
     QnSignaturePoint p = *controller.drawingArray()->back()->rbegin();
     p.location.x += 3, p.timestamp = t += 0.012;
     controller.drawTouchEndedWithPoint(p);
-    controller.updateLayout();  // as the record's preparation lays the canvas out at every stroke's end
+    // as the record's preparation lays the canvas out at every stroke's end
+    if (laidOut) controller.updateLayout();
   }
   void stroke(int points, double y, float pressure = 0.4f) {
     begin(points - 1, y, pressure);
@@ -213,15 +216,32 @@ class InkShown : public ::testing::Test {
 
 TEST_F(InkShown, IsAlwaysThatOfDrawingEveryStrokeAgainAndLiveInkAsItAlwaysWas) {
   controller.setVelocityReduction(0.85f);
-  ink().setStrokeColor(QnColor(0.1, 0.2, 0.7, 0.55));
-  stroke(40, 30);
+  ink().setStrokeColor(QnColor(0.1, 0.2, 0.7, 1));
+  controller.updateLayout();  // the cache at the screen's scale, set after the controller was made
+  begin(80, 30, 0.4f, 3.3);
+  end(false);
+  expectShownAsDrawnAgain("the first stroke, before its layout", 81, true);
+  controller.updateLayout();
   expectShownAsDrawnAgain("the first stroke");
   stroke(3, 60), stroke(1, 90), stroke(2, 100);
   expectShownAsDrawnAgain("strokes of three, one and two points");
-  begin(25, 70);
+  begin(25, 70, 0.6f, 2.1);
   expectShownAsDrawnAgain("in the middle of a stroke", 25);
   end();
+  for (int i = 0; i < 40; ++i) {  // every bend a corner
+    QnSignaturePoint p;
+    p.location = {20 + 3.0 * i, 20 + 4.0 * (i % 2)}, p.timestamp = t += 0.012, p.pressure = 0.5f;
+    if (i == 0) controller.drawTouchBeganWithPoint(p);
+    else controller.drawTouchMovedWithPoint(p);
+  }
+  expectShownAsDrawnAgain("a zigzag", 40);
+  end();
   expectShownAsDrawnAgain("that stroke ended");
+  ink().setStrokeColor(QnColor(0.1, 0.2, 0.7, 0.55));
+  controller.redraw();
+  begin(30, 60, 0.4f, 2);
+  expectShownAsDrawnAgain("live ink of a colour that lets the ink beneath show", 30);
+  end();
   controller.undoDrawingStroke();
   expectShownAsDrawnAgain("an undo");
   controller.undoDrawingStroke(), controller.undoDrawingStroke();
@@ -253,7 +273,11 @@ TEST_F(InkShown, IsAlwaysThatOfDrawingEveryStrokeAgainAndLiveInkAsItAlwaysWas) {
   stroke(30, 100);
   expectShownAsDrawnAgain("resized, and one more stroke");
   // Strokes wide enough to reach every tile: the history keeps the last one's tiles only.
-  for (int i = 0; i < 4; ++i) stroke(60, 40 + 20 * i, 12);
+  controller.setColor(QnColor(0.1, 0.5, 0.2, 1));
+  for (int i = 0; i < 3; ++i) stroke(60, 40 + 20 * i, 12);
+  begin(90, 100, 12, 3);
+  expectShownAsDrawnAgain("live ink as wide as a tile, out to the edges", 90);
+  end();
   controller.undoDrawingStroke(), controller.undoDrawingStroke(), controller.undoDrawingStroke();
   expectShownAsDrawnAgain("three wide strokes undone");
   controller.redoDrawingStroke();

@@ -255,6 +255,10 @@ bool CairoContext::hasShadow() const {
          (state_.shadowOffset.width != 0 || state_.shadowOffset.height != 0);
 }
 
+bool CairoContext::fillsOpaqueColorsAsIs() const {
+  return state_.alpha == 1 && state_.blendMode == kQnBlendModeNormal && !hasShadow() && !shapes_;
+}
+
 void CairoContext::paint(bool fill, bool evenOdd, bool stroke) {
   bool clearing = state_.blendMode == kQnBlendModeClear;
   // A document page has nothing beneath its drawing to clear, and cairo would turn a clearing

@@ -26,6 +26,9 @@ class SCRIVLET_EXPORT CairoContext : public CGContext {
   // Fills and strokes are written to the stream instead of the surface, until something only cairo
   // can draw (text, an image, a shadow) comes: from then on cairo draws everything, in order.
   void writeShapesTo(PdfContentStream* stream) { shapes_ = stream; }
+  // Whether a fill in an opaque colour reaches the surface as it is: no alpha, shadow or blend mode
+  // set, and not written to a stream.
+  bool fillsOpaqueColorsAsIs() const;
 
   void scaleCTM(double sx, double sy) override;
   void translateCTM(double tx, double ty) override;

@@ -238,6 +238,13 @@ int QnBitmapContext::stride() const { return cairo_image_surface_get_stride(surf
 
 void QnBitmapContext::pixelsChanged() { cairo_surface_mark_dirty(surface_); }
 
+bool QnBitmapContext::drawsPlainlyAtItsScale() const {
+  cairo_matrix_t m;
+  cairo_get_matrix(context_->cairo(), &m);
+  return context_->fillsOpaqueColorsAsIs() && m.xx == scale_ && m.yy == scale_ && m.xy == 0 && m.yx == 0 &&
+         m.x0 == 0 && m.y0 == 0;
+}
+
 int QnBitmapContext::pixelWidth() const { return cairo_image_surface_get_width(surface_); }
 int QnBitmapContext::pixelHeight() const { return cairo_image_surface_get_height(surface_); }
 

@@ -74,6 +74,9 @@ class QnBitmapContext {
   unsigned char* pixels();
   int stride() const;
   void pixelsChanged();
+  // Whether the context draws in points at the bitmap's scale, unmoved, and a fill in an opaque
+  // colour reaches the pixels as it is (see CairoContext).
+  bool drawsPlainlyAtItsScale() const;
   // Gives every page of the pixels its own memory now. A fresh bitmap's pages are the system's shared
   // page of zeros until written; drawing reads a pixel before writing it, and the write then costs a
   // fault and, in a process with threads, a flush of every core's address cache: some 60 us a sample

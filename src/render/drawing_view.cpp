@@ -128,20 +128,21 @@ void QnDrawingView::drawStrokesToContextWithFinalSegmentFullRedraw(const QnStrok
   QnColor color = strokeColor();
   if (strokes && !strokes->empty()) {
     size_t first = fullRedraw ? 0 : strokes->size() - 1;
+    bool live = toCache && !fullRedraw && onMainThread;
     for (size_t s = first; s < strokes->size(); ++s)
       if (const QnStrokeRef& stroke = (*strokes)[s]; stroke && !stroke->empty())
-        drawStroke(context, *stroke, color, finalSegment, fullRedraw);
+        drawStroke(context, *stroke, color, finalSegment, fullRedraw, live);
     if (toCache && !fullRedraw && onMainThread) noteLiveInk(*strokes);
   }
   if (onMainThread) requestRedisplay(strokes.get(), fullRedraw);
 }
 
 void QnDrawingView::drawStroke(QnComboContext* context, const QnStroke& stroke,
-                               const QnColor& color, bool finalSegment, bool fullRedraw) {
+                               const QnColor& color, bool finalSegment, bool fullRedraw, bool live) {
   beginStroke(context, stroke, color);
   size_t n = stroke.size();
   // An incremental call draws only the segments that end at the two newest points.
-  drawPieces(context, stroke, color, (!fullRedraw && n > 2) ? n - 2 : 0, n, finalSegment, fullRedraw);
+  drawPieces(context, stroke, color, (!fullRedraw && n > 2) ? n - 2 : 0, n, finalSegment, fullRedraw, nullptr, live);
 }
 
 void QnDrawingView::beginStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color) {
@@ -154,7 +155,8 @@ void QnDrawingView::beginStroke(QnComboContext* context, const QnStroke& stroke,
 }
 
 void QnDrawingView::drawPieces(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
-                               size_t from, size_t to, bool finalSegment, bool fullRedraw, KeptInk* into) {
+                               size_t from, size_t to, bool finalSegment, bool fullRedraw, KeptInk* into,
+                               bool live) {
   size_t n = stroke.size();
   for (size_t i = from; i < to; ++i) {
     if (into) into->willDraw(stroke, i < 2 ? 0 : i - 2, i);
@@ -182,31 +184,37 @@ void QnDrawingView::drawPieces(QnComboContext* context, const QnStroke& stroke, 
             context, p0.location, m, p0.diameter, dm, control, control);
       }
     } else {
-      const QnSignaturePoint& a = stroke[i - 2];
+      if (!live || !layLiveSegment(stroke, i, color)) drawSegment(context, stroke, i);
       const QnSignaturePoint& b = stroke[i - 1];
       const QnSignaturePoint& c = stroke[i];
-      // b guides the curve, which runs between the midpoints on either side of it.
-      QnPoint origin = midpoint(a.location, b.location);
       QnPoint destination = midpoint(b.location, c.location);
-      float startDiameter = (a.diameter + b.diameter) * 0.5f;
-      float endDiameter = (b.diameter + c.diameter) * 0.5f;
-      QnPoint startControl = midpoint(b.location, origin);
-      QnPoint endControl = midpoint(b.location, destination);
-      if (angleBetweenVector1Vector2IsGreaterThan(b.velocity, c.velocity, cornerThreshold_)) {
-        drawSegmentInContextWithOriginDestinationDiameterStartingControlPointEndingControlPoint(
-            context, origin, destination, std::min(startDiameter, endDiameter), startControl,
-            endControl);
-      } else {
-        drawSegmentInContextWithOriginDestinationStartingDiameterEndingDiameterStartingControlPointEndingControlPoint(
-            context, origin, destination, startDiameter, endDiameter, startControl, endControl);
-      }
       if (i == n - 1 && (finalSegment || fullRedraw)) {
         // The closing piece carries the ink on to the last point.
         drawSegmentInContextWithOriginDestinationDiameterStartingControlPointEndingControlPoint(
-            context, destination, c.location, endDiameter, destination, c.location);
+            context, destination, c.location, (b.diameter + c.diameter) * 0.5f, destination, c.location);
       }
-      if (showDebug_) drawDebugMarks(context, origin, destination, c.location, color);
+      if (showDebug_) drawDebugMarks(context, midpoint(stroke[i - 2].location, b.location), destination, c.location, color);
     }
+  }
+}
+
+void QnDrawingView::drawSegment(QnComboContext* context, const QnStroke& stroke, size_t i) {
+  const QnSignaturePoint& a = stroke[i - 2];
+  const QnSignaturePoint& b = stroke[i - 1];
+  const QnSignaturePoint& c = stroke[i];
+  // b guides the curve, which runs between the midpoints on either side of it.
+  QnPoint origin = midpoint(a.location, b.location);
+  QnPoint destination = midpoint(b.location, c.location);
+  float startDiameter = (a.diameter + b.diameter) * 0.5f;
+  float endDiameter = (b.diameter + c.diameter) * 0.5f;
+  QnPoint startControl = midpoint(b.location, origin);
+  QnPoint endControl = midpoint(b.location, destination);
+  if (angleBetweenVector1Vector2IsGreaterThan(b.velocity, c.velocity, cornerThreshold_)) {
+    drawSegmentInContextWithOriginDestinationDiameterStartingControlPointEndingControlPoint(
+        context, origin, destination, std::min(startDiameter, endDiameter), startControl, endControl);
+  } else {
+    drawSegmentInContextWithOriginDestinationStartingDiameterEndingDiameterStartingControlPointEndingControlPoint(
+        context, origin, destination, startDiameter, endDiameter, startControl, endControl);
   }
 }
 

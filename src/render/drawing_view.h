@@ -6,6 +6,7 @@
 #include <scrivlet/engine/signature_point.h>
 #include <scrivlet/engine/view.h>
 
+#include "platform/coverage_mask.h"
 #include "platform/parallel.h"
 #include "render/kept_ink.h"
 
@@ -128,15 +129,21 @@ class QnDrawingView : public QnView {
  private:
   // A view that only inks: no cache, no notifications.
   QnDrawingView(QnRect frame, const QnInk& ink);
+  // Live ink is the newest pieces drawn into the cache on the main thread.
   void drawStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
-                  bool finalSegment, bool fullRedraw);
+                  bool finalSegment, bool fullRedraw, bool live = false);
   // What every stroke begins with: its colours, pen and a move to its first point.
   void beginStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color);
   // Indices [from, to) of a stroke: index 0 its dot, index i its piece between the points around
   // point i - 1, the last index with the piece that carries the ink on to the last point (when final
   // or full). Into the kept ink, each is announced to it first.
   void drawPieces(QnComboContext* context, const QnStroke& stroke, const QnColor& color, size_t from,
-                  size_t to, bool finalSegment, bool fullRedraw, KeptInk* into = nullptr);
+                  size_t to, bool finalSegment, bool fullRedraw, KeptInk* into = nullptr, bool live = false);
+  // Index i >= 2's segment, without the closing piece.
+  void drawSegment(QnComboContext* context, const QnStroke& stroke, size_t i);
+  // Lays index i >= 2's segment of live ink on the cache from its coverage, rasterized the first time
+  // only; false when it is drawn as usual instead (drawing_view_cache.cpp).
+  bool layLiveSegment(const QnStroke& stroke, size_t i, const QnColor& color);
   void drawDebugMarks(QnComboContext* context, QnPoint origin, QnPoint destination, QnPoint point,
                       const QnColor& color);
   void requestRedisplay(const QnStrokeList* strokes, bool fullRedraw);
@@ -178,6 +185,22 @@ class QnDrawingView : public QnView {
   double cacheScale_ = 1;
   // Cleared by a layout that kept the cache, its pixels not yet touched: a full redraw overwrites them.
   bool cacheCleared_ = false;
+  // Made anew with each new cache, so that a segment's coverage is never laid on another.
+  uint64_t cacheSerial_ = 0;
+  // The coverage of the two newest segments of live ink, each drawn again at the next sample or at
+  // the stroke's end: all its shape depends on (three points, the corner threshold, the cache's
+  // scale), the colour, and the mask.
+  struct LiveSegment {
+    QnPoint locations[3], velocities[3];
+    float diameters[3] = {};
+    float cornerThreshold = 0;
+    QnColor color = QnColor::clear();
+    uint64_t cache = 0;
+    QnCoverageMask mask;
+    std::unique_ptr<QnComboContext> surface;
+  };
+  LiveSegment liveSegments_[2];
+  int newestLiveSegment_ = 0;
   // For each tile of the cache, the version of the kept ink's tile it holds, or kUnknownLevel.
   std::vector<uint64_t> cacheLevels_;
   static constexpr uint64_t kUnknownLevel = UINT64_MAX;

@@ -9,6 +9,7 @@
 #include "platform/main_thread.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace scrivlet {
 
@@ -25,6 +26,7 @@ QnBitmapContext& QnDrawingView::cache() {
   if (!cacheContext_) {
     cacheContext_ = std::make_unique<QnBitmapContext>(cacheSize_, cacheScale_);
     cacheContext_->commitPages();
+    ++cacheSerial_;
     cacheComboContext_ = std::make_unique<QnComboContext>(&cacheContext_->context());
     InkTiles tiles(cacheContext_->pixelWidth(), cacheContext_->pixelHeight(), cacheScale_, false);
     cacheLevels_.assign(tiles.count(), KeptInk::kClear);
@@ -91,6 +93,50 @@ void QnDrawingView::noteLiveInk(const QnStrokeList& strokes) {
   for (int row = range.top; row < range.bottom; ++row)
     for (int column = range.left; column < range.right; ++column) cacheLevels_[row * tiles.across + column] = kUnknownLevel;
   advanceKeptInk(strokes);
+}
+
+bool QnDrawingView::layLiveSegment(const QnStroke& stroke, size_t i, const QnColor& color) {
+  if (showDebug_ || !cacheContext_) return false;
+  const QnSignaturePoint* points = &stroke[i - 2];
+  auto madeFrom = [&](const LiveSegment& segment) {
+    if (segment.cache != cacheSerial_ || segment.cornerThreshold != cornerThreshold_ || !(segment.color == color))
+      return false;
+    for (int k = 0; k < 3; ++k)
+      if (!(segment.locations[k] == points[k].location && segment.velocities[k] == points[k].velocity &&
+            segment.diameters[k] == points[k].diameter))
+        return false;
+    return true;
+  };
+  for (const LiveSegment& segment : liveSegments_)
+    if (madeFrom(segment)) {
+      segment.mask.layOn(*cacheContext_);
+      return true;
+    }
+  // The segment's pixels: within the pen's reach of its three points, which hold its curves' control
+  // points, and a margin for the antialiasing.
+  double left = points[0].location.x, right = left, top = points[0].location.y, bottom = top, reach = 0;
+  for (int k = 0; k < 3; ++k) {
+    left = std::min(left, points[k].location.x), right = std::max(right, points[k].location.x);
+    top = std::min(top, points[k].location.y), bottom = std::max(bottom, points[k].location.y);
+    reach = std::max(reach, points[k].diameter * 0.5);
+  }
+  constexpr double kMarginInPixels = 2;
+  double x0 = std::floor((left - reach) * cacheScale_) - kMarginInPixels, x1 = std::ceil((right + reach) * cacheScale_) + kMarginInPixels;
+  double y0 = std::floor((top - reach) * cacheScale_) - kMarginInPixels, y1 = std::ceil((bottom + reach) * cacheScale_) + kMarginInPixels;
+  if (!std::isfinite(x0 + x1 + y0 + y1)) return false;
+  LiveSegment& segment = liveSegments_[1 - newestLiveSegment_];
+  CGContext* maskContext = segment.mask.begin(*cacheContext_, makeRect(x0, y0, x1 - x0, y1 - y0), color);
+  if (!maskContext) return false;
+  if (!segment.surface || segment.surface->context() != maskContext)
+    segment.surface = std::make_unique<QnComboContext>(maskContext);
+  beginStroke(segment.surface.get(), stroke, color);
+  drawSegment(segment.surface.get(), stroke, i);
+  segment.mask.layOn(*cacheContext_);
+  segment.cache = cacheSerial_, segment.cornerThreshold = cornerThreshold_, segment.color = color;
+  for (int k = 0; k < 3; ++k)
+    segment.locations[k] = points[k].location, segment.velocities[k] = points[k].velocity, segment.diameters[k] = points[k].diameter;
+  newestLiveSegment_ = 1 - newestLiveSegment_;
+  return true;
 }
 
 namespace {

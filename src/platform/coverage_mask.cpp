@@ -1,0 +1,125 @@
+#include "platform/coverage_mask.h"
+
+#include "platform/cairo_context.h"
+#include "platform/image.h"
+
+#include <cairo.h>
+
+#include <cmath>
+#include <cstring>
+
+namespace scrivlet {
+
+namespace {
+
+// cairo's blend of an opaque pixel over another by a coverage, two channels at a time, rounded as it
+// rounds it: the same bytes as its own fill of a partly covered pixel.
+constexpr uint32_t kRedBlue = 0x00ff00ff, kHalf = 0x007f007f, kRedBluePlusOne = 0x01000100;
+
+uint32_t multiplyTwoChannels(uint32_t channels, uint8_t by) {
+  uint32_t t = (channels & kRedBlue) * by + kHalf;
+  return ((t + ((t >> 8) & kRedBlue)) >> 8) & kRedBlue;
+}
+
+uint32_t addTwoChannels(uint32_t a, uint32_t b) {
+  uint32_t t = a + b;
+  t |= kRedBluePlusOne - ((t >> 8) & kRedBlue);
+  return t & kRedBlue;
+}
+
+uint32_t blend(uint32_t source, uint8_t coverage, uint32_t destination) {
+  uint8_t rest = uint8_t(~coverage);
+  return addTwoChannels(multiplyTwoChannels(source, coverage), multiplyTwoChannels(destination, rest)) |
+         addTwoChannels(multiplyTwoChannels(source >> 8, coverage), multiplyTwoChannels(destination >> 8, rest)) << 8;
+}
+
+// The colour as cairo stores it in a pixel it fills wholly: a triangle past the pixel's corners, so
+// that the pixel comes from a fill as a shape's inside does.
+uint32_t storedPixel(const QnColor& color) {
+  cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1, 1);
+  cairo_t* cr = cairo_create(surface);
+  QnColor::RGBA c = color.rgba();
+  cairo_set_source_rgba(cr, c.r, c.g, c.b, c.a);
+  cairo_move_to(cr, -1, -1);
+  cairo_line_to(cr, 4, -1);
+  cairo_line_to(cr, -1, 4);
+  cairo_fill(cr);
+  cairo_destroy(cr);
+  cairo_surface_flush(surface);
+  uint32_t pixel = 0;
+  if (unsigned char* data = cairo_image_surface_get_data(surface)) std::memcpy(&pixel, data, sizeof pixel);
+  cairo_surface_destroy(surface);
+  return pixel;
+}
+
+}  // namespace
+
+QnCoverageMask::QnCoverageMask() : surface_(cairo_image_surface_create(CAIRO_FORMAT_A8, kSide, kSide)) {
+  cairo_t* cr = cairo_create(surface_);
+  context_ = std::make_unique<CairoContext>(cr);
+  cairo_destroy(cr);
+}
+
+QnCoverageMask::~QnCoverageMask() {
+  context_.reset();
+  cairo_surface_destroy(surface_);
+}
+
+CGContext* QnCoverageMask::begin(QnBitmapContext& target, const QnRect& pixels, const QnColor& color) {
+  width_ = 0;
+  QnColor::RGBA c = color.rgba();
+  double left = pixels.origin.x, top = pixels.origin.y, width = pixels.size.width, height = pixels.size.height;
+  if (!(c.a == 1) || !target.drawsPlainlyAtItsScale() || !(left >= 0 && top >= 0 && width > 0 && height > 0) ||
+      !(width <= kSide && height <= kSide) || !(left + width <= target.pixelWidth() && top + height <= target.pixelHeight()) ||
+      left != std::floor(left) || top != std::floor(top) || width != std::floor(width) || height != std::floor(height) ||
+      cairo_surface_status(surface_) != CAIRO_STATUS_SUCCESS)
+    return nullptr;
+  if (!(color == color_)) color_ = color, pixel_ = storedPixel(color);
+  left_ = int(left), top_ = int(top), width_ = int(width), height_ = int(height);
+  rowsKnown_ = false;
+  cairo_surface_flush(surface_);
+  unsigned char* data = cairo_image_surface_get_data(surface_);
+  int stride = cairo_image_surface_get_stride(surface_);
+  for (int row = 0; row < height_; ++row) std::memset(data + row * stride, 0, size_t(width_));
+  cairo_surface_mark_dirty(surface_);
+  // The target's transform, moved by whole pixels: every point lands the same distance from the
+  // pixel grid as in the target, so the coverage is the one a fill there would have.
+  cairo_t* cr = context_->cairo();
+  cairo_identity_matrix(cr);
+  cairo_translate(cr, -left_, -top_);
+  cairo_scale(cr, target.scale(), target.scale());
+  return context_.get();
+}
+
+void QnCoverageMask::layOn(QnBitmapContext& target) const {
+  if (width_ == 0 || left_ + width_ > target.pixelWidth() || top_ + height_ > target.pixelHeight()) return;
+  cairo_surface_flush(surface_);
+  const unsigned char* mask = cairo_image_surface_get_data(surface_);
+  int maskStride = cairo_image_surface_get_stride(surface_);
+  unsigned char* pixels = target.pixels();
+  if (!mask || !pixels) return;
+  if (!rowsKnown_) {
+    for (int row = 0; row < height_; ++row) {
+      const unsigned char* coverage = mask + row * maskStride;
+      int first = 0, last = width_;
+      while (first < last && !coverage[first]) ++first;
+      while (last > first && !coverage[last - 1]) --last;
+      first_[row] = uint16_t(first), last_[row] = uint16_t(last);
+    }
+    rowsKnown_ = true;
+  }
+  for (int row = 0; row < height_; ++row) {
+    const unsigned char* coverage = mask + row * maskStride;
+    uint32_t* destination = reinterpret_cast<uint32_t*>(pixels + (top_ + row) * target.stride()) + left_;
+    for (int column = first_[row]; column < last_[row]; ++column) {
+      uint8_t a = coverage[column];
+      if (a == 0xff)
+        destination[column] = pixel_;
+      else if (a)
+        destination[column] = blend(pixel_, a, destination[column]);
+    }
+  }
+  target.pixelsChanged();
+}
+
+}  // namespace scrivlet
