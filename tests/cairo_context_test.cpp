@@ -264,9 +264,12 @@ TEST(CoverageMask, LaysTheBytesAFillLeavesOverInkBeneath) {
     ASSERT_NE(c, nullptr) << i;
     c->setFillColor(color), c->setStrokeColor(color), c->setLineCap(kQnLineCapRound);
     shape(*c, x, y, r, dx, dy, stroked);
-    for (int k = 0; k < times; ++k) mask.layOn(laid);
+    std::shared_ptr<const QnCoverage> coverage = mask.take();
+    for (int k = 0; k < times; ++k) EXPECT_TRUE(coverage->layOn(laid));
   }
   EXPECT_EQ(test_support::differingPixels(filled.makeImage(), laid.makeImage()), 0);
+  QnBitmapContext smaller({100, 120}, 2);
+  EXPECT_FALSE(mask.take()->layOn(smaller));
 
   // What a mask cannot stand for: a colour the ink beneath shows through, a shape past the bitmap or
   // larger than the mask, a bitmap drawn with a transform or an alpha of its own.

@@ -54,6 +54,27 @@ uint32_t storedPixel(const QnColor& color) {
 
 }  // namespace
 
+bool QnCoverage::layOn(QnBitmapContext& target) const {
+  if (target.pixelWidth() != targetWidth_ || target.pixelHeight() != targetHeight_ || target.scale() != scale_ ||
+      !target.drawsPlainlyAtItsScale())
+    return false;
+  unsigned char* pixels = target.pixels();
+  if (!pixels) return false;
+  for (int row = 0; row < height_; ++row) {
+    const uint8_t* coverage = coverage_.data() + size_t(row) * size_t(width_);
+    uint32_t* destination = reinterpret_cast<uint32_t*>(pixels + size_t(top_ + row) * size_t(target.stride())) + left_;
+    for (int column = first_[row]; column < last_[row]; ++column) {
+      uint8_t a = coverage[column];
+      if (a == 0xff)
+        destination[column] = pixel_;
+      else if (a)
+        destination[column] = blend(pixel_, a, destination[column]);
+    }
+  }
+  target.pixelsChanged();
+  return true;
+}
+
 QnCoverageMask::QnCoverageMask() : surface_(cairo_image_surface_create(CAIRO_FORMAT_A8, kSide, kSide)) {
   cairo_t* cr = cairo_create(surface_);
   context_ = std::make_unique<CairoContext>(cr);
@@ -66,7 +87,7 @@ QnCoverageMask::~QnCoverageMask() {
 }
 
 CGContext* QnCoverageMask::begin(QnBitmapContext& target, const QnRect& pixels, const QnColor& color) {
-  width_ = 0;
+  next_.width_ = 0;
   QnColor::RGBA c = color.rgba();
   double left = pixels.origin.x, top = pixels.origin.y, width = pixels.size.width, height = pixels.size.height;
   if (!(c.a == 1) || !target.drawsPlainlyAtItsScale() || !(left >= 0 && top >= 0 && width > 0 && height > 0) ||
@@ -74,52 +95,41 @@ CGContext* QnCoverageMask::begin(QnBitmapContext& target, const QnRect& pixels, 
       left != std::floor(left) || top != std::floor(top) || width != std::floor(width) || height != std::floor(height) ||
       cairo_surface_status(surface_) != CAIRO_STATUS_SUCCESS)
     return nullptr;
-  if (!(color == color_)) color_ = color, pixel_ = storedPixel(color);
-  left_ = int(left), top_ = int(top), width_ = int(width), height_ = int(height);
-  rowsKnown_ = false;
+  if (!(color == next_.color_)) next_.color_ = color, next_.pixel_ = storedPixel(color);
+  next_.targetWidth_ = target.pixelWidth(), next_.targetHeight_ = target.pixelHeight(), next_.scale_ = target.scale();
+  next_.left_ = int(left), next_.top_ = int(top), next_.width_ = int(width), next_.height_ = int(height);
   cairo_surface_flush(surface_);
   unsigned char* data = cairo_image_surface_get_data(surface_);
   int stride = cairo_image_surface_get_stride(surface_);
-  for (int row = 0; row < height_; ++row) std::memset(data + row * stride, 0, size_t(width_));
+  for (int row = 0; row < next_.height_; ++row) std::memset(data + row * stride, 0, size_t(next_.width_));
   cairo_surface_mark_dirty(surface_);
   // The target's transform, moved by whole pixels: every point lands the same distance from the
   // pixel grid as in the target, so the coverage is the one a fill there would have.
   cairo_t* cr = context_->cairo();
   cairo_identity_matrix(cr);
-  cairo_translate(cr, -left_, -top_);
+  cairo_translate(cr, -next_.left_, -next_.top_);
   cairo_scale(cr, target.scale(), target.scale());
   return context_.get();
 }
 
-void QnCoverageMask::layOn(QnBitmapContext& target) const {
-  if (width_ == 0 || left_ + width_ > target.pixelWidth() || top_ + height_ > target.pixelHeight()) return;
+std::shared_ptr<const QnCoverage> QnCoverageMask::take() {
+  auto coverage = std::make_shared<QnCoverage>(next_);
+  if (next_.width_ == 0) return coverage;  // covers nothing
   cairo_surface_flush(surface_);
   const unsigned char* mask = cairo_image_surface_get_data(surface_);
-  int maskStride = cairo_image_surface_get_stride(surface_);
-  unsigned char* pixels = target.pixels();
-  if (!mask || !pixels) return;
-  if (!rowsKnown_) {
-    for (int row = 0; row < height_; ++row) {
-      const unsigned char* coverage = mask + row * maskStride;
-      int first = 0, last = width_;
-      while (first < last && !coverage[first]) ++first;
-      while (last > first && !coverage[last - 1]) --last;
-      first_[row] = uint16_t(first), last_[row] = uint16_t(last);
-    }
-    rowsKnown_ = true;
+  int stride = cairo_image_surface_get_stride(surface_);
+  int width = next_.width_, height = next_.height_;
+  coverage->coverage_.resize(size_t(width) * size_t(height));
+  coverage->first_.resize(size_t(height)), coverage->last_.resize(size_t(height));
+  for (int row = 0; row < height; ++row) {
+    const unsigned char* line = mask + row * stride;
+    std::memcpy(coverage->coverage_.data() + size_t(row) * size_t(width), line, size_t(width));
+    int first = 0, last = width;
+    while (first < last && !line[first]) ++first;
+    while (last > first && !line[last - 1]) --last;
+    coverage->first_[size_t(row)] = uint16_t(first), coverage->last_[size_t(row)] = uint16_t(last);
   }
-  for (int row = 0; row < height_; ++row) {
-    const unsigned char* coverage = mask + row * maskStride;
-    uint32_t* destination = reinterpret_cast<uint32_t*>(pixels + (top_ + row) * target.stride()) + left_;
-    for (int column = first_[row]; column < last_[row]; ++column) {
-      uint8_t a = coverage[column];
-      if (a == 0xff)
-        destination[column] = pixel_;
-      else if (a)
-        destination[column] = blend(pixel_, a, destination[column]);
-    }
-  }
-  target.pixelsChanged();
+  return coverage;
 }
 
 }  // namespace scrivlet

@@ -1,7 +1,7 @@
 // A shape's coverage, rasterized once and laid on a bitmap as often as wanted: each laying leaves
 // exactly the pixels that filling the shape there in an opaque colour would. Live ink draws each of
-// its pieces twice (once as the newest, once more at the next sample); the second time costs a pass
-// over the covered pixels instead of a rasterization.
+// its segments twice (as the newest, and again at the next sample), and the kept ink once more: the
+// second and third times cost a pass over the covered pixels instead of a rasterization.
 #pragma once
 
 #include <scrivlet/engine/color.h>
@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 typedef struct _cairo_surface cairo_surface_t;
 
@@ -18,6 +19,26 @@ class CairoContext;
 class CGContext;
 class QnBitmapContext;
 
+// A shape's coverage of the pixels of bitmaps of one size and scale, in one opaque colour.
+class QnCoverage {
+ public:
+  const QnColor& color() const { return color_; }
+  // Lays the shape on the target where it was drawn; false (and nothing changed) when the target is
+  // not of the size and scale it was drawn for, or does not draw plainly at its scale.
+  bool layOn(QnBitmapContext& target) const;
+
+ private:
+  friend class QnCoverageMask;
+  int targetWidth_ = 0, targetHeight_ = 0;
+  double scale_ = 1;
+  QnColor color_;
+  uint32_t pixel_ = 0;  // the colour as the target stores it
+  int left_ = 0, top_ = 0, width_ = 0, height_ = 0;  // the shape's pixels in the target
+  std::vector<uint16_t> first_, last_;  // each row's covered columns [first, last)
+  std::vector<uint8_t> coverage_;       // width x height
+};
+
+// Where shapes are rasterized: one at a time, each taken as a coverage of its own.
 class QnCoverageMask {
  public:
   QnCoverageMask();
@@ -26,24 +47,19 @@ class QnCoverageMask {
   QnCoverageMask& operator=(const QnCoverageMask&) = delete;
 
   // The context to draw a shape in, in the points of `target`, for a shape whose pixels lie within
-  // `pixels` of it (whole pixels); null when the mask cannot stand for a fill of the target in
+  // `pixels` of it (whole pixels); null when a coverage cannot stand for a fill of the target in
   // `color`: the rectangle is larger than the mask or not inside the target, the colour is not
   // opaque, or the target does not draw plainly at its scale (a transform, an alpha, a shadow or
   // another blend mode set on it).
   CGContext* begin(QnBitmapContext& target, const QnRect& pixels, const QnColor& color);
-  // Lays the shape last drawn on a target of the same size, where and in the colour it was begun.
-  void layOn(QnBitmapContext& target) const;
+  // The coverage of what was drawn since begin().
+  std::shared_ptr<const QnCoverage> take();
 
  private:
   static constexpr int kSide = 256;  // the largest shape held, in pixels a side
   cairo_surface_t* surface_;
   std::unique_ptr<CairoContext> context_;
-  int left_ = 0, top_ = 0, width_ = 0, height_ = 0;  // the shape's pixels in the target
-  // Each row's covered columns [first, last), found at the first laying: only they are visited.
-  mutable bool rowsKnown_ = false;
-  mutable uint16_t first_[kSide], last_[kSide];
-  QnColor color_ = QnColor::clear();
-  uint32_t pixel_ = 0;  // the colour as the target stores it
+  QnCoverage next_;  // all but the coverage, from begin()
 };
 
 }  // namespace scrivlet

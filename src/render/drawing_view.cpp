@@ -142,7 +142,12 @@ void QnDrawingView::drawStroke(QnComboContext* context, const QnStroke& stroke,
   beginStroke(context, stroke, color);
   size_t n = stroke.size();
   // An incremental call draws only the segments that end at the two newest points.
-  drawPieces(context, stroke, color, (!fullRedraw && n > 2) ? n - 2 : 0, n, finalSegment, fullRedraw, nullptr, live);
+  size_t from = (!fullRedraw && n > 2) ? n - 2 : 0;
+  if (live)
+    drawPieces(context, stroke, color, from, n, finalSegment, fullRedraw, nullptr,
+               [&](size_t i) { return layLiveSegment(stroke, i, color); });
+  else
+    drawPieces(context, stroke, color, from, n, finalSegment, fullRedraw);
 }
 
 void QnDrawingView::beginStroke(QnComboContext* context, const QnStroke& stroke, const QnColor& color) {
@@ -156,7 +161,7 @@ void QnDrawingView::beginStroke(QnComboContext* context, const QnStroke& stroke,
 
 void QnDrawingView::drawPieces(QnComboContext* context, const QnStroke& stroke, const QnColor& color,
                                size_t from, size_t to, bool finalSegment, bool fullRedraw, KeptInk* into,
-                               bool live) {
+                               const std::function<bool(size_t)>& laySegment) {
   size_t n = stroke.size();
   for (size_t i = from; i < to; ++i) {
     if (into) into->willDraw(stroke, i < 2 ? 0 : i - 2, i);
@@ -184,7 +189,7 @@ void QnDrawingView::drawPieces(QnComboContext* context, const QnStroke& stroke, 
             context, p0.location, m, p0.diameter, dm, control, control);
       }
     } else {
-      if (!live || !layLiveSegment(stroke, i, color)) drawSegment(context, stroke, i);
+      if (!laySegment || !laySegment(i)) drawSegment(context, stroke, i);
       const QnSignaturePoint& b = stroke[i - 1];
       const QnSignaturePoint& c = stroke[i];
       QnPoint destination = midpoint(b.location, c.location);

@@ -10,6 +10,7 @@
 #include "platform/parallel.h"
 #include "render/kept_ink.h"
 
+#include <functional>
 #include <memory>
 
 namespace scrivlet {
@@ -137,8 +138,10 @@ class QnDrawingView : public QnView {
   // Indices [from, to) of a stroke: index 0 its dot, index i its piece between the points around
   // point i - 1, the last index with the piece that carries the ink on to the last point (when final
   // or full). Into the kept ink, each is announced to it first.
+  // A segment (index >= 2) is laid from its coverage instead where laySegment(i) says it is.
   void drawPieces(QnComboContext* context, const QnStroke& stroke, const QnColor& color, size_t from,
-                  size_t to, bool finalSegment, bool fullRedraw, KeptInk* into = nullptr, bool live = false);
+                  size_t to, bool finalSegment, bool fullRedraw, KeptInk* into = nullptr,
+                  const std::function<bool(size_t)>& laySegment = {});
   // Index i >= 2's segment, without the closing piece.
   void drawSegment(QnComboContext* context, const QnStroke& stroke, size_t i);
   // Lays index i >= 2's segment of live ink on the cache from its coverage, rasterized the first time
@@ -188,19 +191,24 @@ class QnDrawingView : public QnView {
   // Made anew with each new cache, so that a segment's coverage is never laid on another.
   uint64_t cacheSerial_ = 0;
   // The coverage of the two newest segments of live ink, each drawn again at the next sample or at
-  // the stroke's end: all its shape depends on (three points, the corner threshold, the cache's
-  // scale), the colour, and the mask.
+  // the stroke's end, with all its shape depends on: three points, the corner threshold, the cache
+  // (its size and scale).
   struct LiveSegment {
     QnPoint locations[3], velocities[3];
     float diameters[3] = {};
     float cornerThreshold = 0;
-    QnColor color = QnColor::clear();
     uint64_t cache = 0;
-    QnCoverageMask mask;
-    std::unique_ptr<QnComboContext> surface;
+    size_t index = 0;  // in its stroke
+    std::shared_ptr<const QnCoverage> coverage;
+    // Whether it is the segment these three points draw.
+    bool madeFrom(const QnSignaturePoint* points, float threshold) const;
   };
   LiveSegment liveSegments_[2];
   int newestLiveSegment_ = 0;
+  std::unique_ptr<QnCoverageMask> liveMask_;
+  std::unique_ptr<QnComboContext> liveMaskSurface_;
+  // The segments live ink rasterized, until the kept ink's work for them is posted: it lays them too.
+  std::vector<LiveSegment> openCoverages_;
   // For each tile of the cache, the version of the kept ink's tile it holds, or kUnknownLevel.
   std::vector<uint64_t> cacheLevels_;
   static constexpr uint64_t kUnknownLevel = UINT64_MAX;

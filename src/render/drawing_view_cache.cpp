@@ -95,23 +95,20 @@ void QnDrawingView::noteLiveInk(const QnStrokeList& strokes) {
   advanceKeptInk(strokes);
 }
 
+bool QnDrawingView::LiveSegment::madeFrom(const QnSignaturePoint* points, float threshold) const {
+  if (!coverage || cornerThreshold != threshold) return false;
+  for (int k = 0; k < 3; ++k)
+    if (!(locations[k] == points[k].location && velocities[k] == points[k].velocity && diameters[k] == points[k].diameter))
+      return false;
+  return true;
+}
+
 bool QnDrawingView::layLiveSegment(const QnStroke& stroke, size_t i, const QnColor& color) {
   if (showDebug_ || !cacheContext_) return false;
   const QnSignaturePoint* points = &stroke[i - 2];
-  auto madeFrom = [&](const LiveSegment& segment) {
-    if (segment.cache != cacheSerial_ || segment.cornerThreshold != cornerThreshold_ || !(segment.color == color))
-      return false;
-    for (int k = 0; k < 3; ++k)
-      if (!(segment.locations[k] == points[k].location && segment.velocities[k] == points[k].velocity &&
-            segment.diameters[k] == points[k].diameter))
-        return false;
-    return true;
-  };
   for (const LiveSegment& segment : liveSegments_)
-    if (madeFrom(segment)) {
-      segment.mask.layOn(*cacheContext_);
-      return true;
-    }
+    if (segment.cache == cacheSerial_ && segment.madeFrom(points, cornerThreshold_) && segment.coverage->color() == color)
+      return segment.coverage->layOn(*cacheContext_);
   // The segment's pixels: within the pen's reach of its three points, which hold its curves' control
   // points, and a margin for the antialiasing.
   double left = points[0].location.x, right = left, top = points[0].location.y, bottom = top, reach = 0;
@@ -124,19 +121,23 @@ bool QnDrawingView::layLiveSegment(const QnStroke& stroke, size_t i, const QnCol
   double x0 = std::floor((left - reach) * cacheScale_) - kMarginInPixels, x1 = std::ceil((right + reach) * cacheScale_) + kMarginInPixels;
   double y0 = std::floor((top - reach) * cacheScale_) - kMarginInPixels, y1 = std::ceil((bottom + reach) * cacheScale_) + kMarginInPixels;
   if (!std::isfinite(x0 + x1 + y0 + y1)) return false;
-  LiveSegment& segment = liveSegments_[1 - newestLiveSegment_];
-  CGContext* maskContext = segment.mask.begin(*cacheContext_, makeRect(x0, y0, x1 - x0, y1 - y0), color);
+  if (!liveMask_) liveMask_ = std::make_unique<QnCoverageMask>();
+  CGContext* maskContext = liveMask_->begin(*cacheContext_, makeRect(x0, y0, x1 - x0, y1 - y0), color);
   if (!maskContext) return false;
-  if (!segment.surface || segment.surface->context() != maskContext)
-    segment.surface = std::make_unique<QnComboContext>(maskContext);
-  beginStroke(segment.surface.get(), stroke, color);
-  drawSegment(segment.surface.get(), stroke, i);
-  segment.mask.layOn(*cacheContext_);
-  segment.cache = cacheSerial_, segment.cornerThreshold = cornerThreshold_, segment.color = color;
+  if (!liveMaskSurface_) liveMaskSurface_ = std::make_unique<QnComboContext>(maskContext);
+  beginStroke(liveMaskSurface_.get(), stroke, color);
+  drawSegment(liveMaskSurface_.get(), stroke, i);
+  LiveSegment& segment = liveSegments_[1 - newestLiveSegment_];
+  segment.coverage = liveMask_->take();
+  segment.cache = cacheSerial_, segment.cornerThreshold = cornerThreshold_, segment.index = i;
   for (int k = 0; k < 3; ++k)
     segment.locations[k] = points[k].location, segment.velocities[k] = points[k].velocity, segment.diameters[k] = points[k].diameter;
   newestLiveSegment_ = 1 - newestLiveSegment_;
-  return true;
+  // A bound for a stroke whose kept ink does not go on (another look, an undo under way).
+  constexpr size_t kMostOpenCoverages = 64;
+  if (openCoverages_.size() >= kMostOpenCoverages) openCoverages_.erase(openCoverages_.begin());
+  openCoverages_.push_back(segment);
+  return segment.coverage->layOn(*cacheContext_);
 }
 
 namespace {
@@ -202,11 +203,23 @@ void QnDrawingView::postKeptInk() {
   size_t shift = from < 2 ? 0 : from - 2;
   QnStroke window(top.stroke->begin() + std::ptrdiff_t(std::min(shift, to)), top.stroke->begin() + std::ptrdiff_t(to));
   window.emplace_back();
+  // The segments live ink rasterized are laid from their coverage, in the kept ink's colour only.
+  std::vector<std::shared_ptr<const QnCoverage>> coverages(to > from ? to - from : 0);
+  const QnColor& color = keptInk_->look().color;
+  for (const LiveSegment& segment : openCoverages_)
+    if (segment.index >= std::max<size_t>(from, 2) && segment.index < to && segment.coverage->color() == color &&
+        segment.madeFrom(&(*top.stroke)[segment.index - 2], keptInk_->look().cornerThreshold))
+      coverages[segment.index - from] = segment.coverage;
+  std::erase_if(openCoverages_, [&](const LiveSegment& segment) { return segment.index < to; });
   keptInkWork_->lane.post([work = keptInkWork_.get(), ink = keptInk_.get(), from, to, shift, points,
-                           window = std::move(window), color = keptInk_->look().color] {
+                           window = std::move(window), color, coverages = std::move(coverages)] {
     if (to > from) {
       work->inker.beginStroke(&ink->surface(), window, color);
-      work->inker.drawPieces(&ink->surface(), window, color, from - shift, to - shift, true, true, ink);
+      work->inker.drawPieces(&ink->surface(), window, color, from - shift, to - shift, true, true, ink,
+                             [&](size_t i) {
+                               const auto& coverage = coverages[i + shift - from];
+                               return coverage && coverage->layOn(ink->bitmap());
+                             });
       ink->top().pieces = to;
     }
     ink->top().points = points;

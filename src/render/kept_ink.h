@@ -73,6 +73,7 @@ class KeptInk {
 
   const Look& look() const { return look_; }
   QnComboContext& surface() { return combo_; }
+  QnBitmapContext& bitmap() { return bitmap_; }
   const std::vector<Drawn>& drawn() const { return drawn_; }
   Drawn& top() { return drawn_.back(); }
 
