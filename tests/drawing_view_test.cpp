@@ -236,6 +236,11 @@ TEST_F(InkShown, IsAlwaysThatOfDrawingEveryStrokeAgainAndLiveInkAsItAlwaysWas) {
   }
   expectShownAsDrawnAgain("a zigzag", 40);
   end();
+  controller.setDiameterLimit([](float) { return -6.0f; });  // a limit that turns the pen inside out
+  begin(30, 50, 0.5f, 2.5);
+  expectShownAsDrawnAgain("a pen of negative width", 30);
+  controller.setDiameterLimit(nullptr);
+  end();
   expectShownAsDrawnAgain("that stroke ended");
   ink().setStrokeColor(QnColor(0.1, 0.2, 0.7, 0.55));
   controller.redraw();

@@ -115,7 +115,8 @@ bool QnDrawingView::layLiveSegment(const QnStroke& stroke, size_t i, const QnCol
   for (int k = 0; k < 3; ++k) {
     left = std::min(left, points[k].location.x), right = std::max(right, points[k].location.x);
     top = std::min(top, points[k].location.y), bottom = std::max(bottom, points[k].location.y);
-    reach = std::max(reach, points[k].diameter * 0.5);
+    reach = std::max(reach, std::fabs(points[k].diameter * 0.5));  // a width limit may give one below 0
+    if (!std::isfinite(points[k].diameter)) return false;
   }
   constexpr double kMarginInPixels = 2;
   double x0 = std::floor((left - reach) * cacheScale_) - kMarginInPixels, x1 = std::ceil((right + reach) * cacheScale_) + kMarginInPixels;
