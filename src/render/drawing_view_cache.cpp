@@ -179,6 +179,7 @@ void QnDrawingView::advanceKeptInk(const QnStrokeList& strokes) {
   if (!open) return;
   if (kept + 1 == count) {
     keptPlan_.push_back({open});
+    openCoverages_.clear();  // what is left of the strokes before: the kept ink drew their ends itself
     if (!keptInkWork_) keptInkWork_ = std::make_unique<KeptInkWork>(context().threadPool(), current);
     keptInkWork_->lane.post([ink = keptInk_.get(), open] { ink->beginStroke(open); });
   } else if (keptPlan_.back().complete || keptPlan_.back().stroke != open) {
