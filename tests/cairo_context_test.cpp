@@ -251,7 +251,7 @@ TEST(CoverageMask, LaysTheBytesAFillLeavesOverInkBeneath) {
   for (int i = 0; i < 600; ++i) {
     double x = uniform(10, 180), y = uniform(10, 100), r = uniform(0.3, 5), dx = uniform(-4, 4), dy = uniform(-4, 4);
     bool stroked = i % 3 == 0;
-    QnColor color(uniform(0, 1), uniform(0, 1), uniform(0, 1), 1);
+    QnColor color = i < 10 ? QnColor::black() : QnColor(uniform(0, 1), uniform(0, 1), uniform(0, 1), 1);
     int times = 1 + i % 2;
     for (int k = 0; k < times; ++k) {
       filled.context().setFillColor(color), filled.context().setStrokeColor(color);
