@@ -188,16 +188,13 @@ class QnDrawingView : public QnView {
   double cacheScale_ = 1;
   // Cleared by a layout that kept the cache, its pixels not yet touched: a full redraw overwrites them.
   bool cacheCleared_ = false;
-  // Made anew with each new cache, so that a segment's coverage is never laid on another.
-  uint64_t cacheSerial_ = 0;
   // The coverage of the two newest segments of live ink, each drawn again at the next sample or at
-  // the stroke's end, with all its shape depends on: three points, the corner threshold, the cache
-  // (its size and scale).
+  // the stroke's end, with all its shape depends on but the bitmap's size and scale, which laying the
+  // coverage checks: three points and the corner threshold.
   struct LiveSegment {
     QnPoint locations[3], velocities[3];
     float diameters[3] = {};
     float cornerThreshold = 0;
-    uint64_t cache = 0;
     size_t index = 0;  // in its stroke
     std::shared_ptr<const QnCoverage> coverage;
     // Whether it is the segment these three points draw.

@@ -26,7 +26,6 @@ QnBitmapContext& QnDrawingView::cache() {
   if (!cacheContext_) {
     cacheContext_ = std::make_unique<QnBitmapContext>(cacheSize_, cacheScale_);
     cacheContext_->commitPages();
-    ++cacheSerial_;
     cacheComboContext_ = std::make_unique<QnComboContext>(&cacheContext_->context());
     InkTiles tiles(cacheContext_->pixelWidth(), cacheContext_->pixelHeight(), cacheScale_, false);
     cacheLevels_.assign(tiles.count(), KeptInk::kClear);
@@ -107,7 +106,7 @@ bool QnDrawingView::layLiveSegment(const QnStroke& stroke, size_t i, const QnCol
   if (showDebug_ || !cacheContext_) return false;
   const QnSignaturePoint* points = &stroke[i - 2];
   for (const LiveSegment& segment : liveSegments_)
-    if (segment.cache == cacheSerial_ && segment.madeFrom(points, cornerThreshold_) && segment.coverage->color() == color)
+    if (segment.madeFrom(points, cornerThreshold_) && segment.coverage->color() == color)
       return segment.coverage->layOn(*cacheContext_);
   // The segment's pixels: within the pen's reach of its three points, which hold its curves' control
   // points, and a margin for the antialiasing.
@@ -130,7 +129,7 @@ bool QnDrawingView::layLiveSegment(const QnStroke& stroke, size_t i, const QnCol
   drawSegment(liveMaskSurface_.get(), stroke, i);
   LiveSegment& segment = liveSegments_[1 - newestLiveSegment_];
   segment.coverage = liveMask_->take();
-  segment.cache = cacheSerial_, segment.cornerThreshold = cornerThreshold_, segment.index = i;
+  segment.cornerThreshold = cornerThreshold_, segment.index = i;
   for (int k = 0; k < 3; ++k)
     segment.locations[k] = points[k].location, segment.velocities[k] = points[k].velocity, segment.diameters[k] = points[k].diameter;
   newestLiveSegment_ = 1 - newestLiveSegment_;
