@@ -184,7 +184,7 @@ void applySetting(QnScrivlet& f, Reader& in, bool trace) {
   bool flag = value != 0;
   if (trace) std::fprintf(stderr, "  setting %d: %g\n", which, value);
   switch (which) {
-    case 0: f.setExportScale(float(value / 32)); break;  // mostly 0 to 8: big records are slow, not new
+    case 0: f.setExportScale(float(value / 128)); break;  // mostly 0 to 2: big records are slow, not new
     case 1: f.setStrokeWidth(float(value / 16)); break;  // mostly 0 to 16: wide pens are slow, not new
     case 2: f.setVelocityReduction(float(value)); break;
     case 3: f.setShowDate(flag); break;
