@@ -127,7 +127,7 @@ std::optional<std::vector<uint8_t>> drawExportCanvas(
   if (showDate) renderDate(combo.get(), date, ch, dateSize);
   if (showHash)
     renderHashBadge(combo.get(), showDate, hash, settings.exportHashFontSize, settings.exportHashOpacity, ch, dateSize);
-  if (outcome) *outcome = {{W, H}, std::move(drawn)};
+  if (outcome) outcome->size = {W, H}, outcome->drawnStrokes = std::move(drawn);
 
   if (format == "PDF") {
     pdf->end();
@@ -150,7 +150,11 @@ std::optional<std::vector<uint8_t>> drawExportCanvas(
   }
   if (format == "SVG") {
     if (combo->writesOnlyFiniteNumbers({cw, ch})) return bytesOf(combo->serializeSVG({cw, ch}));
-    logLine("Scrivlet: no SVG: a number of the drawing is not finite");
+    std::string refusal = "Scrivlet: no SVG: a number of the drawing is not finite";
+    if (outcome && outcome->holdsRefusal)
+      outcome->refusal = std::move(refusal);
+    else
+      logLine(refusal);
   }
   return std::nullopt;
 }

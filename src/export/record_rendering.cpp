@@ -9,6 +9,7 @@
 #include "export/stroke_copies.h"
 #include "export/time_series_export.h"
 #include "platform/image.h"
+#include "platform/log.h"
 #include "platform/parallel.h"
 
 namespace scrivlet {
@@ -26,9 +27,15 @@ RecordParts renderRecordParts(const QnStrokeListRef& strokes, const ExportSettin
   ExportCanvasOutcome outcome;
   exportOfStrokes(strokes, "PNG", settings, parts.hash, &outcome, &drawPNG);
   Aside png([&drawPNG] { return drawPNG ? drawPNG() : std::vector<uint8_t>{}; }, bool(drawPNG));
+  // The SVG too, while this thread writes the PDF; its refusal, if any, is said after the PDF's.
+  ExportCanvasOutcome svgOutcome;
+  svgOutcome.holdsRefusal = true;
+  Aside svg([&] { return exportOfStrokes(strokes, "SVG", settings, parts.hash, &svgOutcome); });
   if (!settings.skipPDFData) parts.pdf = exportOfStrokes(strokes, "PDF", settings, parts.hash, &outcome);
-  std::optional<std::vector<uint8_t>> svg = exportOfStrokes(strokes, "SVG", settings, parts.hash, &outcome);
-  if (svg) parts.svg = std::string(svg->begin(), svg->end());
+  if (std::optional<std::vector<uint8_t>> bytes = svg.get())
+    parts.svg = std::string(bytes->begin(), bytes->end());
+  else if (!svgOutcome.refusal.empty())
+    logLine(svgOutcome.refusal);
   parts.frame.size = outcome.size;
   parts.drawnStrokes = std::move(outcome.drawnStrokes);
   parts.xml = xml.get();

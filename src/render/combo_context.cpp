@@ -12,17 +12,6 @@ namespace scrivlet {
 namespace {
 constexpr double kPi = 3.141592653589793;
 const char* const kSVGNamespace = "http://www.w3.org/2000/svg";
-
-// "M %f %f ", "C %f %f %f %f %f %f " and so on, formatted without printf's cost.
-std::string svgPathCommand(char command, std::initializer_list<double> values) {
-  std::string text(1, command);
-  for (double v : values) {
-    text += ' ';
-    appendF(text, v);
-  }
-  text += ' ';
-  return text;
-}
 }  // namespace
 
 QnComboContext::QnComboContext(CGContext* context) : context_(context) {}
@@ -101,8 +90,7 @@ void QnComboContext::beginPath() {
 void QnComboContext::moveToPoint(QnPoint point) {
   if (isSVG_) {
     QnPoint p = st(point);
-    noteNumbers({p.x, p.y});
-    appendToPath(svgPathCommand('M', {p.x, p.y}));
+    appendCommand('M', {p.x, p.y});
   } else if (context_) {
     context_->moveToPoint(point.x, point.y);
   }
@@ -111,8 +99,7 @@ void QnComboContext::moveToPoint(QnPoint point) {
 void QnComboContext::addLineToPoint(QnPoint point) {
   if (isSVG_) {
     QnPoint p = st(point);
-    noteNumbers({p.x, p.y});
-    appendToPath(svgPathCommand('L', {p.x, p.y}));
+    appendCommand('L', {p.x, p.y});
   } else if (context_) {
     context_->addLineToPoint(point.x, point.y);
   }
@@ -121,8 +108,7 @@ void QnComboContext::addLineToPoint(QnPoint point) {
 void QnComboContext::addCurveToPointCp1Cp2Point(QnPoint cp1, QnPoint cp2, QnPoint point) {
   if (isSVG_) {
     QnPoint a = st(cp1), b = st(cp2), p = st(point);
-    noteNumbers({a.x, a.y, b.x, b.y, p.x, p.y});
-    appendToPath(svgPathCommand('C', {a.x, a.y, b.x, b.y, p.x, p.y}));
+    appendCommand('C', {a.x, a.y, b.x, b.y, p.x, p.y});
   } else if (context_) {
     context_->addCurveToPoint(cp1.x, cp1.y, cp2.x, cp2.y, point.x, point.y);
   }
@@ -145,15 +131,27 @@ void QnComboContext::addArcRadiusStartAngleEndAngleClockwise(QnPoint center, dou
   float dx = narrowToFloat(r * std::cos(startAngle));
   float dy = narrowToFloat(r * std::sin(startAngle));
   QnPoint end = clockwise == 0 ? QnPoint{c.x - dx, c.y - dy} : QnPoint{c.x + dx, c.y + dy};
+  // "A %f %f 0 %d %d %f %f", without printf's cost.
   noteNumbers({r, end.x, end.y});
-  appendToPath(cformat("A %f %f 0 %d %d %f %f", r, r, large, sweep, end.x, end.y));
+  if (!pathString_) return;
+  std::string& path = *pathString_;
+  path += "A ";
+  appendF(path, r);
+  path += ' ';
+  appendF(path, r);
+  path += large ? " 0 1 " : " 0 0 ";
+  path += sweep ? "1 " : "0 ";
+  appendF(path, end.x);
+  path += ' ';
+  appendF(path, end.y);
 }
 
 void QnComboContext::closePath() {
-  if (isSVG_)
-    appendToPath("Z");
-  else if (context_)
+  if (isSVG_) {
+    if (pathString_) *pathString_ += 'Z';  // a command before any beginPath has no path to go to and is lost
+  } else if (context_) {
     context_->closePath();
+  }
 }
 
 void QnComboContext::fillPath() { drawPath(kQnPathFill); }
@@ -180,8 +178,16 @@ void QnComboContext::drawPath(int mode) {
   // A path never begun is written as its missing value, "(null)".
   const std::string& data = pathString_ ? *pathString_ : std::string("(null)");
   noteNumbers({opacity_});
-  pathArray_.push_back("<path d=\"" + data + "\" " + attributes +
-                       cformat(" opacity=\"%f\" />", opacity_));
+  std::string element;
+  element.reserve(data.size() + attributes.size() + 40);
+  element += "<path d=\"";
+  element += data;
+  element += "\" ";
+  element += attributes;
+  element += " opacity=\"";
+  appendF(element, opacity_);
+  element += "\" />";
+  pathArray_.push_back(std::move(element));
 }
 
 void QnComboContext::showTextAtPointTextSize(QnPoint point, const std::string& text, double size) {
@@ -229,9 +235,18 @@ void QnComboContext::noteNumbers(std::initializer_list<double> values) {
   for (double v : values) wroteNonFiniteNumber_ = wroteNonFiniteNumber_ || !std::isfinite(v);
 }
 
-void QnComboContext::appendToPath(const std::string& command) {
+void QnComboContext::appendCommand(char command, std::initializer_list<double> values) {
+  noteNumbers(values);
   // A command before any beginPath has no path to go to and is lost.
-  if (pathString_) *pathString_ += command;
+  if (!pathString_) return;
+  // "M %f %f ", "C %f %f %f %f %f %f " and so on, without printf's cost.
+  std::string& path = *pathString_;
+  path += command;
+  for (double v : values) {
+    path += ' ';
+    appendF(path, v);
+  }
+  path += ' ';
 }
 
 }  // namespace scrivlet

@@ -69,7 +69,8 @@ class QnComboContext {
   bool writesOnlyFiniteNumbers(QnSize size) const;
 
  private:
-  void appendToPath(const std::string& command);
+  // Appends a path command and its numbers to the path being built.
+  void appendCommand(char command, std::initializer_list<double> values);
   void noteNumbers(std::initializer_list<double> values);
   bool drawsRaster() const { return !isSVG_ && context_; }
 
