@@ -13,7 +13,7 @@ build=(
   build-essential cmake pkg-config
   libcairo2-dev fontconfig fonts-urw-base35
   libicu-dev uuid-dev libssl-dev nlohmann-json3-dev libpugixml-dev
-  libqpdf-dev libpng-dev zlib1g-dev libcurl4-openssl-dev
+  libqpdf-dev libpng-dev zlib1g-dev libdeflate-dev libcurl4-openssl-dev
   qt6-base-dev qt6-base-private-dev qt6-declarative-dev
 )
 tests=(

@@ -2,7 +2,7 @@
 #include "platform/pdf_content_stream.h"
 
 #include <cairo.h>
-#include <zlib.h>
+#include <libdeflate.h>
 
 #include <algorithm>
 #include <charconv>
@@ -118,13 +118,13 @@ void PdfContentStream::stroke(const cairo_path_t& shape, const cairo_matrix_t& m
 std::string PdfContentStream::deflated() const {
   if (text_.empty()) return {};
   std::string complete = text_ + "Q\n";
-  // The fastest level: the ink's numbers compress nearly as well, five times sooner.
-  uLongf size = compressBound(complete.size());
-  std::string out(size, '\0');
-  if (compress2(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(complete.data()),
-                complete.size(), 1) != Z_OK)
-    return {};
-  out.resize(size);
+  // libdeflate's fastest level: zlib's fastest takes three times as long for a stream of the same size.
+  libdeflate_compressor* compressor = libdeflate_alloc_compressor(1);
+  if (!compressor) return {};
+  std::string out(libdeflate_zlib_compress_bound(compressor, complete.size()), '\0');
+  size_t size = libdeflate_zlib_compress(compressor, complete.data(), complete.size(), out.data(), out.size());
+  libdeflate_free_compressor(compressor);
+  out.resize(size);  // none when it did not fit, which the bound rules out
   return out;
 }
 
