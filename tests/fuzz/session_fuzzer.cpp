@@ -45,11 +45,12 @@ class Reader {
   uint8_t byte() { return at_ < size_ ? data_[at_++] : 0; }
   uint16_t u16() { return uint16_t(byte() | (byte() << 8)); }
   // Most values are positions 0 to 255 in 1/256 steps (small canvases keep the runs fast); the top
-  // of the range picks the odd ones, or reads a raw double.
+  // of the range picks the odd ones, or reads a raw double. Far off is 5,000 points: a canvas that
+  // reaches it is big enough to be banded, and a million would make a record of minutes.
   double number() {
     uint16_t v = u16();
     if (v < 0xFF00) return v / 256.0;
-    static const double kOdd[] = {std::nan(""), INFINITY, -INFINITY, 1e300, -1e300, -0.0, 1e-300, -50, 1e6, 0};
+    static const double kOdd[] = {std::nan(""), INFINITY, -INFINITY, 1e300, -1e300, -0.0, 1e-300, -50, 5e3, 0};
     uint8_t pick = v & 0xFF;
     if (pick < std::size(kOdd)) return kOdd[pick];
     double raw;
