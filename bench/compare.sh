@@ -21,7 +21,7 @@ if [[ -z "${SKIP_SP:-}" && -d "$sp_source" ]] && command -v node >/dev/null && c
   [[ -d "$sp/node_modules" ]] || (cd "$sp" && npm ci --no-audit --no-fund >/dev/null 2>&1) || true
   if (cd "$sp" && RUNS="${SP_RUNS:-3}" OUT_DIR=out node bench.mjs >/dev/null 2>&1); then sp_results="$sp/out/results.json"; fi
 fi
-[[ -n "$sp_results" ]] || echo "signature_pad not run (needs chromium, node and npm ci in $sp_source's copy); its column stays empty"
+[[ -n "$sp_results" ]] || echo "signature_pad not run (needs chromium and node: bash scripts/setup.sh --bench); its column stays empty"
 
 "$build/bench/scrivlet_bench" --benchmark_filter='StrokeEnd|UndoAndRedo|DoneRight|Heap|PrepareScrivletData/2000|ExportFormat/(PNG|SVG)/2000|LiveInk500' \
   --benchmark_format=json --benchmark_out="$build/core.json" --benchmark_out_format=json >/dev/null

@@ -7,6 +7,8 @@
 #                                  a German locale
 #   bash scripts/setup.sh --ci     that, and what CI adds: clang with libFuzzer and the sanitizers, and
 #                                  gcovr for the coverage report, abigail-tools for the ABI check
+#   bash scripts/setup.sh --bench  what --tests installs, and Chromium with Node for bench/compare.sh,
+#                                  which runs signature_pad beside our benchmarks
 set -euo pipefail
 
 build=(
@@ -23,13 +25,15 @@ tests=(
   locales xvfb xauth
 )
 ci=(clang libclang-rt-14-dev libxml2-dev gcovr abigail-tools)
+bench=(chromium nodejs)
 
 packages=("${build[@]}")
 case "${1:-}" in
   "") ;;
   --tests) packages+=("${tests[@]}") ;;
   --ci) packages+=("${tests[@]}" "${ci[@]}") ;;
-  *) echo "usage: bash scripts/setup.sh [--tests | --ci]" >&2; exit 2 ;;
+  --bench) packages+=("${tests[@]}" "${bench[@]}") ;;
+  *) echo "usage: bash scripts/setup.sh [--tests | --ci | --bench]" >&2; exit 2 ;;
 esac
 
 sudo=""
@@ -46,4 +50,9 @@ fi
 # The tests check that number formatting ignores a locale with a decimal comma.
 if [ -n "${1:-}" ] && ! locale -a 2>/dev/null | grep -qi '^de_DE\.utf-\?8$'; then
   $sudo localedef -i de_DE -f UTF-8 de_DE.UTF-8 || echo "setup: could not generate de_DE.UTF-8" >&2
+fi
+
+# Debian's npm is a package of its own; other builds of Node carry it and conflict with Debian's.
+if [ "${1:-}" = "--bench" ] && ! command -v npm >/dev/null; then
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends npm
 fi
