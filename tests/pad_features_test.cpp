@@ -40,7 +40,8 @@ TEST_F(Twins, SignalsComeOncePerStrokeUndoRedoClearAndLoadAndTheKeysUndoAndRedo)
               std::tuple(qsizetype(2), qsizetype(2), qsizetype(1), qsizetype(1))) << twin.name;
     const QString two = twin.pad->property("strokesJson").toString();
     // Keys reach the pad with focus: Undo, then Redo.
-    twin.window->requestActivate();
+    twin.window->requestActivate();  // on X11 the window becomes active later
+    ASSERT_TRUE(QTest::qWaitForWindowActive(twin.window)) << twin.name;
     twin.pad == area_ ? area_->forceActiveFocus() : widget_.setFocus();
     QTest::keySequence(twin.window, QKeySequence::Undo);
     EXPECT_EQ(std::tuple(twin.pad->property("strokeCount").toInt(), twin.pad->property("canRedo").toBool(), changed.size(),
