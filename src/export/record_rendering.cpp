@@ -29,7 +29,6 @@ RecordParts renderRecordParts(const QnStrokeListRef& strokes, const ExportSettin
   Aside png([&drawPNG] { return drawPNG ? drawPNG() : std::vector<uint8_t>{}; }, bool(drawPNG));
   // The SVG too, while this thread writes the PDF; its refusal, if any, is said after the PDF's.
   ExportCanvasOutcome svgOutcome;
-  svgOutcome.holdsRefusal = true;
   Aside svg([&] { return exportOfStrokes(strokes, "SVG", settings, parts.hash, &svgOutcome); });
   if (!settings.skipPDFData) parts.pdf = exportOfStrokes(strokes, "PDF", settings, parts.hash, &outcome);
   if (std::optional<std::vector<uint8_t>> bytes = svg.get())
