@@ -5,6 +5,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdarg>
+#include <cstdint>
 #include <cstdio>
 #include <locale.h>
 
@@ -40,12 +41,40 @@ std::string cformat(const char* format, ...) {
   return result;
 }
 
+char* toCharsFixed(char* first, char* last, double value, int decimals) {
+  if (!std::isfinite(value)) return nullptr;
+  double magnitude = std::fabs(value);
+  if (!(magnitude < 4294967296.0) || decimals < 0 || decimals > 9) {
+    auto [end, error] = std::to_chars(first, last, value, std::chars_format::fixed, decimals);
+    return error == std::errc() ? end : nullptr;
+  }
+  if (last - first < 21) return nullptr;  // a sign, 10 digits, the point and 9 decimals
+  // The value is mantissa x 2^-shift exactly; times 10^decimals it is a fraction of 128-bit integers,
+  // rounded to the nearest, ties to even, as printf rounds.
+  static constexpr uint64_t kPowersOfTen[10] = {1,      10,      100,      1000,      10000,
+                                                100000, 1000000, 10000000, 100000000, 1000000000};
+  int exponent = 0;
+  uint64_t mantissa = uint64_t(std::ldexp(std::frexp(magnitude, &exponent), 53));
+  int shift = 53 - exponent;  // at least 21 below 2^32
+  unsigned __int128 scaled = static_cast<unsigned __int128>(mantissa) * kPowersOfTen[decimals];  // below 2^83
+  uint64_t rounded = 0;
+  if (shift < 84) {  // otherwise the value is below half a unit of the last digit
+    unsigned __int128 one = 1, rest = scaled & ((one << shift) - 1), half = one << (shift - 1);
+    rounded = uint64_t(scaled >> shift);
+    if (rest > half || (rest == half && (rounded & 1))) ++rounded;
+  }
+  if (std::signbit(value)) *first++ = '-';
+  first = std::to_chars(first, last, rounded / kPowersOfTen[decimals]).ptr;
+  if (decimals == 0) return first;
+  *first++ = '.';
+  for (uint64_t digits = rounded % kPowersOfTen[decimals], i = uint64_t(decimals); i-- > 0; digits /= 10)
+    first[i] = char('0' + digits % 10);
+  return first + decimals;
+}
+
 void appendF(std::string& out, double value) {
   char digits[400];  // "%f" of the largest double has 309 digits before the point
-  auto [end, error] = std::isfinite(value)
-                          ? std::to_chars(digits, digits + sizeof digits, value, std::chars_format::fixed, 6)
-                          : std::to_chars_result{digits, std::errc::value_too_large};
-  if (error == std::errc())
+  if (char* end = toCharsFixed(digits, digits + sizeof digits, value, 6))
     out.append(digits, end);
   else
     out += cformat("%f", value);

@@ -8,6 +8,11 @@ namespace scrivlet {
 // printf-style formatting in the "C" locale, whatever locale the host has set.
 std::string cformat(const char* format, ...) __attribute__((format(printf, 1, 2)));
 
+// Writes the value with `decimals` digits after the point, as "%.*f" writes it in the "C" locale, and
+// answers the end; null when the value is not finite or [first, last) is too short. Sooner than
+// printf or std::to_chars for the values a drawing has (below 2^32, with at most 9 decimals).
+char* toCharsFixed(char* first, char* last, double value, int decimals);
+
 // Appends the value as "%f" writes it, several times sooner: the many coordinates of a drawing.
 void appendF(std::string& out, double value);
 
