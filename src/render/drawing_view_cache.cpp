@@ -260,6 +260,7 @@ void QnDrawingView::redrawCacheThroughKeptInk(const QnStrokeList& strokes) {
     }
     top.pieces = top.points = n;
     top.complete = true;
+    top.tiles.shrink_to_fit();  // a finished stroke keeps no more tiles; its list lasts the signature
   }
   planFromKeptInk();
   levelCacheWithKeptInk();
