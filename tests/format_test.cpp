@@ -45,6 +45,14 @@ TEST(Format, FixedPointWritesWhatPrintfWrites) {
   EXPECT_EQ(cformat("%s%f", longText.c_str(), 1.0), longText + "1.000000");
 }
 
+// The time series's 16-bit values wrap as C's "%hd" and "%hu" wrap them.
+TEST(Format, SixteenBitValuesWrapAsPrintfWrapsThem) {
+  for (int v = -140000; v <= 140000; v += 7) {
+    ASSERT_EQ(formatHd(v), cformat("%hd", static_cast<short>(v))) << v;
+    ASSERT_EQ(formatHu(v), cformat("%hu", static_cast<unsigned short>(v))) << v;
+  }
+}
+
 TEST(Format, IgnoresALocaleWithADecimalComma) {
   const char* previous = std::setlocale(LC_ALL, nullptr);
   std::string saved = previous ? previous : "C";

@@ -19,9 +19,10 @@ void appendF(std::string& out, double value);
 // The formats the outputs use, one helper each.
 inline std::string formatF(double v) { return cformat("%f", v); }
 inline std::string formatD(int v) { return cformat("%d", v); }
-// "%hd" and "%hu" take an int and write it as a 16-bit value, wrapping like C does.
-inline std::string formatHd(int v) { return cformat("%hd", static_cast<short>(v)); }
-inline std::string formatHu(int v) { return cformat("%hu", static_cast<unsigned short>(v)); }
+// "%hd" and "%hu" take an int and write it as a 16-bit value, wrapping like C does (integers are
+// written alike in every locale, so without printf: the time series has thousands).
+inline std::string formatHd(int v) { return std::to_string(static_cast<short>(v)); }
+inline std::string formatHu(int v) { return std::to_string(static_cast<unsigned short>(v)); }
 inline std::string format02lX(long v) { return cformat("%02lX", static_cast<unsigned long>(v)); }
 inline std::string format02x(unsigned v) { return cformat("%02x", v); }
 inline std::string formatLu(unsigned long v) { return cformat("%lu", v); }
