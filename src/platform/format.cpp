@@ -7,6 +7,7 @@
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <locale.h>
 
 namespace scrivlet {
@@ -43,19 +44,21 @@ std::string cformat(const char* format, ...) {
 
 char* toCharsFixed(char* first, char* last, double value, int decimals) {
   if (!std::isfinite(value)) return nullptr;
-  double magnitude = std::fabs(value);
-  if (!(magnitude < 4294967296.0) || decimals < 0 || decimals > 9) {
+  if (!(std::fabs(value) < 4294967296.0) || decimals < 0 || decimals > 9) {
     auto [end, error] = std::to_chars(first, last, value, std::chars_format::fixed, decimals);
     return error == std::errc() ? end : nullptr;
   }
   if (last - first < 21) return nullptr;  // a sign, 10 digits, the point and 9 decimals
-  // The value is mantissa x 2^-shift exactly; times 10^decimals it is a fraction of 128-bit integers,
-  // rounded to the nearest, ties to even, as printf rounds.
+  // The value is mantissa x 2^-shift exactly (read from its bits); times 10^decimals it is a fraction
+  // of 128-bit integers, rounded to the nearest, ties to even, as printf rounds.
   static constexpr uint64_t kPowersOfTen[10] = {1,      10,      100,      1000,      10000,
                                                 100000, 1000000, 10000000, 100000000, 1000000000};
-  int exponent = 0;
-  uint64_t mantissa = uint64_t(std::ldexp(std::frexp(magnitude, &exponent), 53));
-  int shift = 53 - exponent;  // at least 21 below 2^32
+  uint64_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  int biased = int(bits >> 52) & 0x7ff;  // 0 for zeros and subnormals
+  uint64_t mantissa = bits & ((uint64_t(1) << 52) - 1);
+  if (biased) mantissa |= uint64_t(1) << 52;
+  int shift = 1075 - (biased ? biased : 1);  // at least 21 below 2^32
   unsigned __int128 scaled = static_cast<unsigned __int128>(mantissa) * kPowersOfTen[decimals];  // below 2^83
   uint64_t rounded = 0;
   if (shift < 84) {  // otherwise the value is below half a unit of the last digit
@@ -63,7 +66,7 @@ char* toCharsFixed(char* first, char* last, double value, int decimals) {
     rounded = uint64_t(scaled >> shift);
     if (rest > half || (rest == half && (rounded & 1))) ++rounded;
   }
-  if (std::signbit(value)) *first++ = '-';
+  if (bits >> 63) *first++ = '-';
   first = std::to_chars(first, last, rounded / kPowersOfTen[decimals]).ptr;
   if (decimals == 0) return first;
   *first++ = '.';
