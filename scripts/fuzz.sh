@@ -3,10 +3,9 @@
 # from its seed corpus: the signing session (engine and host API) for the given number of seconds
 # (default 120), the strokes, record-file and time-series readers and the evidence readers (sealed
 # files, record files, PDFs) for a quarter of that, and the outputs' number formatting (against printf)
-# for an eighth. A crash, an exception, a sanitizer report, a
-# broken invariant, a reader holding more than its share of memory (checked in the fuzzers) or the
-# process growing past 2 GB, or a single allocation over 256 MB, fails the run and leaves the input in
-# build-fuzz/artifacts/.
+# for an eighth. A crash, an exception, a sanitizer report, a broken invariant, a reader holding more
+# than its share of memory (checked in the fuzzers) or the process growing past 2 GB, or a single
+# allocation over 256 MB, fails the run and leaves the input in build-fuzz/artifacts/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-120}
