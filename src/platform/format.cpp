@@ -19,6 +19,29 @@ locale_t cLocale() {
   return locale;
 }
 
+constexpr uint64_t kPowersOfTen[10] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000, 100000000, 1000000000};
+
+constexpr char kDigitPairs[] =
+    "00010203040506070809101112131415161718192021222324252627282930313233343536373839"
+    "40414243444546474849505152535455565758596061626364656667686970717273747576777879"
+    "8081828384858687888990919293949596979899";
+
+// value / 10^decimals, by a constant divisor for each count (a multiplication, not a division).
+uint64_t wholePart(uint64_t value, int decimals) {
+  switch (decimals) {
+    case 1: return value / 10;
+    case 2: return value / 100;
+    case 3: return value / 1000;
+    case 4: return value / 10000;
+    case 5: return value / 100000;
+    case 6: return value / 1000000;
+    case 7: return value / 10000000;
+    case 8: return value / 100000000;
+    case 9: return value / 1000000000;
+    default: return value;
+  }
+}
+
 }  // namespace
 
 std::string cformat(const char* format, ...) {
@@ -51,8 +74,6 @@ char* toCharsFixed(char* first, char* last, double value, int decimals) {
   if (last - first < 21) return nullptr;  // a sign, 10 digits, the point and 9 decimals
   // The value is mantissa x 2^-shift exactly (read from its bits); times 10^decimals it is a fraction
   // of 128-bit integers, rounded to the nearest, ties to even, as printf rounds.
-  static constexpr uint64_t kPowersOfTen[10] = {1,      10,      100,      1000,      10000,
-                                                100000, 1000000, 10000000, 100000000, 1000000000};
   uint64_t bits;
   std::memcpy(&bits, &value, sizeof bits);
   int biased = int(bits >> 52) & 0x7ff;  // 0 for zeros and subnormals
@@ -67,11 +88,15 @@ char* toCharsFixed(char* first, char* last, double value, int decimals) {
     if (rest > half || (rest == half && (rounded & 1))) ++rounded;
   }
   if (bits >> 63) *first++ = '-';
-  first = std::to_chars(first, last, rounded / kPowersOfTen[decimals]).ptr;
+  uint64_t whole = wholePart(rounded, decimals);
+  first = std::to_chars(first, last, whole).ptr;
   if (decimals == 0) return first;
   *first++ = '.';
-  for (uint64_t digits = rounded % kPowersOfTen[decimals], i = uint64_t(decimals); i-- > 0; digits /= 10)
-    first[i] = char('0' + digits % 10);
+  // The decimals, below 10^9, two digits at a time from the last.
+  auto fraction = uint32_t(rounded - whole * kPowersOfTen[decimals]);
+  int i = decimals;
+  for (; i >= 2; i -= 2, fraction /= 100) std::memcpy(first + i - 2, &kDigitPairs[2 * (fraction % 100)], 2);
+  if (i) first[0] = char('0' + fraction);
   return first + decimals;
 }
 
