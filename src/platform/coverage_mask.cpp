@@ -5,6 +5,7 @@
 
 #include <cairo.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 
@@ -56,6 +57,28 @@ uint32_t storedPixel(const QnColor& color) {
   return pixel;
 }
 
+// The first byte of a row that is not zero, eight at a time; the width when none is.
+int firstCovered(const unsigned char* line, int width) {
+  int at = 0;
+  for (uint64_t eight; at + 8 <= width; at += 8) {
+    std::memcpy(&eight, line + at, sizeof eight);
+    if (eight) return at + std::countr_zero(eight) / 8;  // the lowest address is the lowest byte
+  }
+  while (at < width && !line[at]) ++at;
+  return at;
+}
+
+// One past the last byte of a row that is not zero, at `first` at least, eight at a time from the end.
+int lastCovered(const unsigned char* line, int first, int width) {
+  int end = width;
+  for (uint64_t eight; end - 8 >= first; end -= 8) {
+    std::memcpy(&eight, line + end - 8, sizeof eight);
+    if (eight) return end - std::countl_zero(eight) / 8;  // the highest address is the highest byte
+  }
+  while (end > first && !line[end - 1]) --end;
+  return end;
+}
+
 #if defined(__SSE2__)
 // The same blend for four pixels at once, a 16-bit lane a channel. A coverage of 0 gives back the
 // pixel beneath and one of 255 the source, exactly, so no pixel needs a branch.
@@ -96,11 +119,11 @@ bool QnCoverage::layOn(QnBitmapContext& target) const {
   for (int row = 0; row < height_; ++row) {
     const uint8_t* coverage = coverage_.data() + size_t(row) * size_t(width_);
     uint32_t* destination = reinterpret_cast<uint32_t*>(pixels + size_t(top_ + row) * stride) + left_;
-    int column = first_[row];
+    int column = spans_[2 * size_t(row)], end = spans_[2 * size_t(row) + 1];
 #if defined(__SSE2__)
-    for (; column + 4 <= last_[row]; column += 4) blendFour(source, coverage + column, destination + column);
+    for (; column + 4 <= end; column += 4) blendFour(source, coverage + column, destination + column);
 #endif
-    for (; column < last_[row]; ++column) {
+    for (; column < end; ++column) {
       uint8_t a = coverage[column];
       if (a == 0xff)
         destination[column] = pixel_;
@@ -165,14 +188,12 @@ std::shared_ptr<const QnCoverage> QnCoverageMask::take() {
   int stride = cairo_image_surface_get_stride(surface_);
   int width = next_.width_, height = next_.height_;
   coverage->coverage_.resize(size_t(width) * size_t(height));
-  coverage->first_.resize(size_t(height)), coverage->last_.resize(size_t(height));
+  coverage->spans_.resize(2 * size_t(height));
   for (int row = 0; row < height; ++row) {
     const unsigned char* line = mask + row * stride;
     std::memcpy(coverage->coverage_.data() + size_t(row) * size_t(width), line, size_t(width));
-    int first = 0, last = width;
-    while (first < last && !line[first]) ++first;
-    while (last > first && !line[last - 1]) --last;
-    coverage->first_[size_t(row)] = uint16_t(first), coverage->last_[size_t(row)] = uint16_t(last);
+    int first = firstCovered(line, width), last = lastCovered(line, first, width);
+    coverage->spans_[2 * size_t(row)] = uint16_t(first), coverage->spans_[2 * size_t(row) + 1] = uint16_t(last);
   }
   return coverage;
 }
