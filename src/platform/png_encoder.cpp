@@ -76,8 +76,9 @@ void deflateBand(BandPixels pixels, int width, RowBand rows, bool last, Band& ba
     z.next_in = line.data();
     z.avail_in = uInt(line.size());
     bool lastRow = rows.firstRow + y + 1 == rows.endRow;
-    // A full flush before the window would slide starts the window again: sliding it costs zlib a
-    // pass over its whole hash table, a third of its work on these rows, and the flushes cost 3 % in size.
+    // A full flush before the window would slide starts the window again: sliding it costs zlib a pass
+    // over its whole hash table, a quarter of its work on these rows; the flushes cost 3 % in size
+    // (the 2,000-point signature's PNG: 135 KB, not 131 KB).
     fed += line.size();
     bool restart = fed + line.size() > kBytesBeforeSlide;
     if (restart) fed = 0;
