@@ -48,8 +48,10 @@ void deflateBand(BandPixels pixels, int width, RowBand rows, bool last, Band& ba
   if (!pixels.rows || deflateInit2(&z, 1, Z_DEFLATED, -15, 8, Z_RLE) != Z_OK) return;
   std::vector<unsigned char> line(1 + size_t(width) * 4);
   band.adler = adler32(0, nullptr, 0);
-  // Left uninitialized: only the pages the deflated bytes reach are ever touched.
-  size_t bound = deflateBound(&z, uLong(line.size()) * uLong(rows.endRow - rows.firstRow)) + 64;
+  // Room for incompressible rows and for a flush after every row (an empty block and the start of a
+  // new one), left uninitialized: only the pages the deflated bytes reach are ever touched.
+  size_t rowCount = size_t(rows.endRow - rows.firstRow);
+  size_t bound = deflateBound(&z, uLong(line.size()) * uLong(rowCount)) + 64 + 16 * rowCount;
   std::unique_ptr<Bytef[]> out(new Bytef[bound]);
   z.next_out = out.get();
   z.avail_out = uInt(bound);
