@@ -19,6 +19,7 @@ namespace {
 
 static_assert(std::endian::native == std::endian::little, "pixels are packed as little-endian words");
 
+// The largest band of pixels a thread keeps for its next band.
 constexpr size_t kKeptScratchBytes = size_t(8) << 20;
 // What deflate takes into its window of 32 KB before it slides it (two windows less the lookahead).
 constexpr size_t kBytesBeforeSlide = 2 * 32768 - 262;
