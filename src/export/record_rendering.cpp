@@ -30,15 +30,14 @@ RecordParts renderRecordParts(const QnStrokeListRef& strokes, const ExportSettin
   // come free: the largest job is the one shared out. An SVG's refusal is said after the PDF's.
   ExportCanvasOutcome svgOutcome;
   Aside svg([&] { return exportOfStrokes(strokes, "SVG", settings, parts.hash, &svgOutcome); });
-  ExportCanvasOutcome pdfOutcome;
   Aside pdf(
       [&]() -> std::optional<std::vector<uint8_t>> {
         if (settings.skipPDFData) return std::nullopt;
-        return exportOfStrokes(strokes, "PDF", settings, parts.hash, &pdfOutcome);
+        return exportOfStrokes(strokes, "PDF", settings, parts.hash, nullptr);
       },
       !settings.skipPDFData);
   std::vector<uint8_t> encoded = drawPNG ? drawPNG() : std::vector<uint8_t>{};
-  if (!settings.skipPDFData) parts.pdf = pdf.get();
+  parts.pdf = pdf.get();
   if (std::optional<std::vector<uint8_t>> bytes = svg.get())
     parts.svg = std::string(bytes->begin(), bytes->end());
   else if (!svgOutcome.refusal.empty())
