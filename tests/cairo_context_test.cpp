@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <random>
 #include <tuple>
 #include <utility>
@@ -118,6 +119,20 @@ TEST(CairoContext, PNGsInBandsReadBackAsCairosOwnWriterWritesThemOnAnyThreads) {
   EXPECT_EQ(test_support::differingPixels(decoded, QnImage::decodePNG(cairos)), 0);
   for (int threads : {2, 3, 8}) EXPECT_EQ(encodeARGBAsPNG(pixels, 97, 600, stride, threads), png) << threads << " threads";
   EXPECT_TRUE(encodeARGBAsPNG(nullptr, 97, 13, stride).empty() && encodeARGBAsPNG(pixels, 0, 13, stride).empty());
+
+  SCOPED_TRACE("noise nothing compresses, in rows wider than deflate's window");
+  QnBitmapContext noise({9000, 40}, 1);
+  std::mt19937 random(7);
+  for (int y = 0; y < 40; ++y)
+    for (int x = 0; x < 9000; ++x) {
+      uint32_t a = random() % 256, r = random() % (a + 1), g = random() % (a + 1), b = random() % (a + 1);
+      uint32_t pixel = a << 24 | r << 16 | g << 8 | b;
+      std::memcpy(noise.pixels() + size_t(y) * size_t(noise.stride()) + size_t(x) * 4, &pixel, 4);
+    }
+  noise.pixelsChanged();
+  QnImage decodedNoise = QnImage::decodePNG(encodeARGBAsPNG(noise.pixels(), 9000, 40, noise.stride(), 1));
+  ASSERT_EQ(decodedNoise.pixelWidth(), 9000);
+  EXPECT_EQ(test_support::differingPixels(decodedNoise, noise.makeImage()), 0);
 }
 
 // Each bad call is ignored or drawn as far as it can be; an error would stick and stop the square.

@@ -14,11 +14,13 @@
 namespace scrivlet {
 namespace {
 
-// The fast "%f" of drawing coordinates writes exactly what printf writes, ties and extremes included.
-TEST(Format, AppendFWritesWhatPrintfWrites) {
-  std::vector<double> values = {0.0, -0.0, 0.5, 1e-7, 5e-7, 0.0000005, 0.0000015, 0.0000025, -0.0000005,
-                                123.4567895, 2.5e-6, 1e15 + 0.5, 1e300, -1e300, 1.7976931348623157e308,
-                                4.9e-324, INFINITY, -INFINITY, NAN, -NAN};
+// The fast fixed-point formatting of drawing coordinates writes exactly what printf writes, ties
+// (exact halves, which round to even) and extremes included, with every count of decimals.
+TEST(Format, FixedPointWritesWhatPrintfWrites) {
+  std::vector<double> values = {0.0, -0.0, 0.5, 1.5, 2.5, -2.5, 0.125, 0.375, 0.0625, 1e-7, 5e-7, 0.0000005,
+                                0.0000015, 0.0000025, -0.0000005, 123.4567895, 2.5e-6, 4294967295.5,
+                                4294967295.9999999, 4294967296.0, -4294967296.5, 1e15 + 0.5, 1e300, -1e300,
+                                1.7976931348623157e308, 4.9e-324, INFINITY, -INFINITY, NAN, -NAN};
   std::mt19937_64 random(7);
   for (int i = 0; i < 20000; ++i) {
     uint64_t bits = random();
@@ -26,14 +28,29 @@ TEST(Format, AppendFWritesWhatPrintfWrites) {
     std::memcpy(&any, &bits, sizeof any);
     values.push_back(any);
     values.push_back(std::ldexp(double(random() % 100000000), -int(random() % 40)) - 1000.0);
+    values.push_back(std::ldexp(double(random() % 2000001) - 1000000.0, -int(random() % 12)));  // halves
   }
   for (double v : values) {
     std::string fast = "x";
     appendF(fast, v);
     ASSERT_EQ(fast, "x" + cformat("%f", v)) << std::hexfloat << v;
+    for (int decimals = 0; decimals <= 10; ++decimals) {
+      char written[400];
+      char* end = toCharsFixed(written, written + sizeof written, v, decimals);
+      ASSERT_EQ(end != nullptr, std::isfinite(v));
+      if (end) ASSERT_EQ(std::string(written, end), cformat("%.*f", decimals, v)) << std::hexfloat << v << " " << decimals;
+    }
   }
   std::string longText(300, 'x');  // longer than any buffer on the stack
   EXPECT_EQ(cformat("%s%f", longText.c_str(), 1.0), longText + "1.000000");
+}
+
+// The time series's 16-bit values wrap as C's "%hd" and "%hu" wrap them.
+TEST(Format, SixteenBitValuesWrapAsPrintfWrapsThem) {
+  for (int v = -140000; v <= 140000; v += 7) {
+    ASSERT_EQ(formatHd(v), cformat("%hd", static_cast<short>(v))) << v;
+    ASSERT_EQ(formatHu(v), cformat("%hu", static_cast<unsigned short>(v))) << v;
+  }
 }
 
 TEST(Format, IgnoresALocaleWithADecimalComma) {

@@ -164,6 +164,10 @@ TEST_F(HostileExport, NumbersThatAreNotFiniteNeverReachTheSVG) {
     // Said in the outputs' order, though the SVG is written beside the PDF.
     size_t pdfLine = stderrText.find("Scrivlet: no PDF");
     EXPECT_TRUE(pdfLine != std::string::npos && pdfLine < svgLine) << stderrText;
+    // Asked for alone, the SVG is refused with the same line, said once.
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(c->getImageData("SVG"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Scrivlet: no SVG: a number of the drawing is not finite\n");
   }
   c->setMyBrushStrokes(strokes);  // the same controller with ordinary strokes writes its SVG again
   EXPECT_TRUE(prepare()->svgString());

@@ -13,6 +13,7 @@
 #include "export/stroke_copies.h"
 #include "export/time_series_export.h"
 #include "platform/clock.h"
+#include "platform/log.h"
 #include "platform/main_thread.h"
 #include "render/drawing_view.h"
 
@@ -104,6 +105,7 @@ std::optional<std::vector<uint8_t>> cfDataCreatePDFDocumentFromDrawing(
   std::optional<std::vector<uint8_t>> bytes =
       drawExportCanvas(inkView ? strokes : std::make_shared<QnStrokeList>(), format, unscaledPNG, settings, hash,
                        w, h, x0, y0, scale, &outcome, pngLater);
+  if (!outcome.refusal.empty()) logLine(outcome.refusal);
   if (controller) controller->setLastLocation({controller->lastLocation().origin, outcome.size});
   if (inkView) leaveInkViewWith(inkView, std::move(outcome.drawnStrokes));
   return bytes;

@@ -151,7 +151,7 @@ std::optional<std::vector<uint8_t>> drawExportCanvas(
   if (format == "SVG") {
     if (combo->writesOnlyFiniteNumbers({cw, ch})) return bytesOf(combo->serializeSVG({cw, ch}));
     std::string refusal = "Scrivlet: no SVG: a number of the drawing is not finite";
-    if (outcome && outcome->holdsRefusal)
+    if (outcome)
       outcome->refusal = std::move(refusal);
     else
       logLine(refusal);

@@ -27,9 +27,7 @@ struct ExportCanvasFrame {
 struct ExportCanvasOutcome {
   QnSize size;                  // the canvas in output units
   QnStrokeListRef drawnStrokes;  // the strokes as drawn: moved to the canvas's whole-number origin
-  // The line saying why no SVG came: said at once, unless the caller holds it to say in its own order.
-  bool holdsRefusal = false;
-  std::string refusal;
+  std::string refusal;  // the line saying why no SVG came, for the caller to say in its own order
 };
 
 // The canvas of the strokes: one and a half pen widths round them and the date's room, or the view's

@@ -26,12 +26,18 @@ RecordParts renderRecordParts(const QnStrokeListRef& strokes, const ExportSettin
   PNGJob drawPNG;
   ExportCanvasOutcome outcome;
   exportOfStrokes(strokes, "PNG", settings, parts.hash, &outcome, &drawPNG);
-  Aside png([&drawPNG] { return drawPNG ? drawPNG() : std::vector<uint8_t>{}; }, bool(drawPNG));
-  // The SVG too, while this thread writes the PDF; its refusal, if any, is said after the PDF's.
+  // The SVG and the PDF beside the PNG's bands, which this thread draws with the pool's workers as they
+  // come free: the largest job is the one shared out. An SVG's refusal is said after the PDF's.
   ExportCanvasOutcome svgOutcome;
-  svgOutcome.holdsRefusal = true;
   Aside svg([&] { return exportOfStrokes(strokes, "SVG", settings, parts.hash, &svgOutcome); });
-  if (!settings.skipPDFData) parts.pdf = exportOfStrokes(strokes, "PDF", settings, parts.hash, &outcome);
+  Aside pdf(
+      [&]() -> std::optional<std::vector<uint8_t>> {
+        if (settings.skipPDFData) return std::nullopt;
+        return exportOfStrokes(strokes, "PDF", settings, parts.hash, nullptr);
+      },
+      !settings.skipPDFData);
+  std::vector<uint8_t> encoded = drawPNG ? drawPNG() : std::vector<uint8_t>{};
+  parts.pdf = pdf.get();
   if (std::optional<std::vector<uint8_t>> bytes = svg.get())
     parts.svg = std::string(bytes->begin(), bytes->end());
   else if (!svgOutcome.refusal.empty())
@@ -39,7 +45,6 @@ RecordParts renderRecordParts(const QnStrokeListRef& strokes, const ExportSettin
   parts.frame.size = outcome.size;
   parts.drawnStrokes = std::move(outcome.drawnStrokes);
   parts.xml = xml.get();
-  std::vector<uint8_t> encoded = png.get();
   if (!encoded.empty()) parts.png = std::move(encoded);
   return parts;
 }

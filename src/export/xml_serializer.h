@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace scrivlet {
 
@@ -11,16 +12,16 @@ class QnXMLSerializer {
   void setString(std::string text) { string_ = std::move(text); }
 
   // Replaces the text with the XML declaration of the encoding.
-  void startDocument(const std::string& encoding);
+  void startDocument(std::string_view encoding);
   // Opens an element; the tag text may carry attributes.
-  void startTag(const std::string& tag);
-  void text(const std::string& text);
-  void endTag(const std::string& name);
+  void startTag(std::string_view tag);
+  void text(std::string_view text);
+  void endTag(std::string_view name);
   void endDocument() {}
   const std::string& toString() const { return string_; }
 
   // An element holding the text: startTag, text and endTag in one.
-  void element(const std::string& name, const std::string& text);
+  void element(std::string_view name, std::string_view text);
 
  private:
   std::string string_;

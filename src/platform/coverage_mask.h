@@ -34,8 +34,8 @@ class QnCoverage {
   QnColor color_ = QnColor::clear();  // no coverage is of a clear colour: the first one is worked out
   uint32_t pixel_ = 0;                 // the colour as the target stores it
   int left_ = 0, top_ = 0, width_ = 0, height_ = 0;  // the shape's pixels in the target
-  std::vector<uint16_t> first_, last_;  // each row's covered columns [first, last)
-  std::vector<uint8_t> coverage_;       // width x height
+  std::vector<uint16_t> spans_;  // each row's covered columns [first, last), as pairs
+  std::vector<uint8_t> coverage_;  // width x height
 };
 
 // Where shapes are rasterized: one at a time, each taken as a coverage of its own.

@@ -1,11 +1,12 @@
 // Content-stream operators for filled and stroked paths, numbers as cairo's PDF writer rounds them.
 #include "platform/pdf_content_stream.h"
 
+#include "platform/format.h"
+
 #include <cairo.h>
 #include <libdeflate.h>
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 
 namespace scrivlet {
@@ -23,8 +24,8 @@ PdfContentStream::PdfContentStream(double pageHeight) : pageHeight_(pageHeight) 
 
 void PdfContentStream::number(double value, int decimals) {
   char buffer[400];  // the largest double has 309 digits before the point
-  auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed, decimals);
-  if (error != std::errc() || !std::isfinite(value)) {
+  char* end = toCharsFixed(buffer, buffer + sizeof buffer, value, decimals);
+  if (!end) {
     text_ += "0 ";
     return;
   }

@@ -143,7 +143,7 @@ bool QnDrawingView::layLiveSegment(const QnStroke& stroke, size_t i, const QnCol
 namespace {
 // The open stroke's final pieces are handed to the kept ink's lane this many at a time: one job a
 // sample would cost the main thread more in handing over than the drawing it saves.
-constexpr size_t kPiecesAJob = 8;
+constexpr size_t kPiecesAJob = 64;
 // Samples faster than the lane draws (a replay, a busy pool) leave it behind by this many jobs at
 // most: the main thread then helps it catch up, so that a stroke's end never waits for more.
 constexpr size_t kMostJobsBehind = 4;
@@ -260,6 +260,7 @@ void QnDrawingView::redrawCacheThroughKeptInk(const QnStrokeList& strokes) {
     }
     top.pieces = top.points = n;
     top.complete = true;
+    top.tiles.shrink_to_fit();  // a finished stroke keeps no more tiles; its list lasts the signature
   }
   planFromKeptInk();
   levelCacheWithKeptInk();

@@ -159,7 +159,7 @@ int KeptInk::takeSlot() {
 
 void KeptInk::freeSlots(Drawn& drawn) {
   for (const Drawn::Tile& t : drawn.tiles) freeSlots_.push_back(t.slot);
-  drawn.tiles.clear();
+  std::vector<Drawn::Tile>().swap(drawn.tiles);
 }
 
 void KeptInk::swapTiles(Drawn& drawn) {

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Encodes the shared benchmark signatures as fuzzer seeds: session inputs in corpus/, a strokes
 document in corpus_json/, a record file in corpus_record/ and, from a time series the library wrote (tests/fuzz/time_series_seed.xml),
-shortened ones in corpus_xml/.
+shortened ones in corpus_xml/, and numbers to format (a double and a count of decimals) in corpus_numbers/.
 
 Each stroke lands, moves through its samples and lifts; time passes after each stroke so that the
 record is prepared, and the session ends with "Done". Every session seed is written twice: for the
@@ -112,3 +112,11 @@ short = head + '</sig:SamplePoint>'.join(samples[:8]) + '</sig:SamplePoint>' + d
 for name, text in {'wave': document, 'wave_first_8': short}.items():
     with open(os.path.join(fuzz, 'corpus_xml', name), 'w') as f:
         f.write(text)
+
+# Numbers: exact halves that round to even, the 2^32 bound of the fast path, extremes.
+os.makedirs(os.path.join(fuzz, 'corpus_numbers'), exist_ok=True)
+numbers = [(0.0, 6), (-0.0, 6), (0.5, 0), (2.5, 0), (0.125, 2), (4294967295.5, 0), (4294967296.0, 3), (1e300, 6),
+           (5e-324, 9), (123.4567895, 6), (-1000.5, 1)]
+for i, (value, decimals) in enumerate(numbers):
+    with open(os.path.join(fuzz, 'corpus_numbers', 'seed%02d' % i), 'wb') as f:
+        f.write(struct.pack('<d', value) + bytes([decimals]))
